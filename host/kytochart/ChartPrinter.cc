@@ -1,0 +1,245 @@
+#include "chartxml/host/ChartPrinter.h"
+
+#include <string>
+#include <vector>
+
+#include <xercesc/dom/DOMNamedNodeMap.hpp>
+#include <xercesc/dom/DOMNode.hpp>
+
+#include "chartxml/host/ChartString.h"
+
+using xercesc::DOMNode;
+
+namespace {
+
+enum class Escape { kText, kAttribute, kNone };
+
+bool isWhiteSpace(char16_t c) {
+  return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
+
+bool isBlankText(const XMLCh* text) {
+  for (; text && *text; ++text) {
+    if (!isWhiteSpace(*text)) return false;
+  }
+  return true;
+}
+
+// Characters that XML 1.0 cannot carry even as references become U+FFFD;
+// surrogates are left for the UTF-8 conversion to pair or replace.
+bool isForbidden(char16_t c) {
+  return (c < 0x20 && c != '\t' && c != '\n' && c != '\r') || c == 0xFFFE || c == 0xFFFF;
+}
+
+void appendEscaped(std::string& out, const XMLCh* text, Escape escape) {
+  if (!text) return;
+  std::u16string escaped;
+  for (; *text; ++text) {
+    const char16_t c = *text;
+    if (escape != Escape::kNone) {
+      const char16_t* reference = nullptr;
+      switch (c) {
+        case '&':
+          reference = u"&amp;";
+          break;
+        case '<':
+          reference = u"&lt;";
+          break;
+        case '>':
+          reference = u"&gt;";
+          break;
+        // A parser turns a literal CR into LF, and in attributes also LF and
+        // tab into spaces; references keep them.
+        case '\r':
+          reference = u"&#13;";
+          break;
+        case '"':
+          if (escape == Escape::kAttribute) reference = u"&quot;";
+          break;
+        case '\n':
+          if (escape == Escape::kAttribute) reference = u"&#10;";
+          break;
+        case '\t':
+          if (escape == Escape::kAttribute) reference = u"&#9;";
+          break;
+        default:
+          break;
+      }
+      if (reference) {
+        escaped += reference;
+        continue;
+      }
+    }
+    escaped += isForbidden(c) ? char16_t{0xFFFD} : c;
+  }
+  out += ChartString::toUTF8(escaped);
+}
+
+// Comment and PI texts cannot be escaped; break up the sequences that would
+// end them early.
+std::u16string guarded(const XMLCh* text, std::u16string_view closer) {
+  std::u16string out = text ? text : u"";
+  for (std::size_t at = out.find(closer); at != std::u16string::npos; at = out.find(closer, at)) {
+    out.insert(at + 1, 1, u' ');
+  }
+  return out;
+}
+
+enum class Layout { kEmpty, kInline, kBlock };
+
+// With white space on: an element with element children (and no text but
+// white space) gets one line per child; one with text keeps its content as
+// is, on one line, since added white space would change that text.
+Layout classify(const DOMNode* element) {
+  bool any = false, structural = false, text = false;
+  for (const DOMNode* child = element->getFirstChild(); child; child = child->getNextSibling()) {
+    any = true;
+    const auto type = child->getNodeType();
+    if (type == DOMNode::TEXT_NODE || type == DOMNode::CDATA_SECTION_NODE) {
+      if (!isBlankText(child->getNodeValue())) text = true;
+    } else {
+      structural = true;
+    }
+  }
+  if (!any) return Layout::kEmpty;
+  return structural && !text ? Layout::kBlock : Layout::kInline;
+}
+
+// One open node of the walk: an explicit stack instead of recursion, so the
+// depth of the tree is bounded by memory, not by the call stack.
+struct Frame {
+  const DOMNode* node;
+  const DOMNode* next;  // the next child to print
+  bool block;           // children each on their own line
+  bool ownLine;         // this node is indented and ends its line
+  int depth;            // indentation level of the children
+};
+
+class Writer {
+ public:
+  Writer(std::ostream& out, bool whiteSpace) : out_(out), whiteSpace_(whiteSpace) {}
+
+  void print(const DOMNode* root) {
+    visit(root, whiteSpace_, 0);
+    while (!stack_.empty()) {
+      Frame& top = stack_.back();
+      if (top.next) {
+        const DOMNode* child = top.next;
+        top.next = child->getNextSibling();
+        visit(child, top.block, top.depth);  // may grow the stack: `top` is not used after
+      } else {
+        const Frame done = top;
+        stack_.pop_back();
+        close(done);
+      }
+      if (buffer_.size() >= kFlushSize) flush();
+    }
+    flush();
+  }
+
+ private:
+  static constexpr std::size_t kFlushSize = 1 << 16;
+
+  void flush() {
+    out_.write(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
+    buffer_.clear();
+  }
+
+  void indent(int depth) { buffer_.append(2 * static_cast<std::size_t>(depth), ' '); }
+
+  void startLine(bool ownLine, int depth) {
+    if (ownLine) indent(depth);
+  }
+  void endLine(bool ownLine) {
+    if (ownLine) buffer_ += '\n';
+  }
+
+  void visit(const DOMNode* node, bool ownLine, int depth) {
+    switch (node->getNodeType()) {
+      case DOMNode::DOCUMENT_NODE:
+        buffer_ += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+        stack_.push_back({node, node->getFirstChild(), whiteSpace_, false, 0});
+        break;
+      case DOMNode::DOCUMENT_FRAGMENT_NODE:
+      case DOMNode::ENTITY_REFERENCE_NODE:
+        // Transparent: the children take this node's place.
+        stack_.push_back({node, node->getFirstChild(), ownLine, false, depth});
+        break;
+      case DOMNode::ELEMENT_NODE:
+        openElement(node, ownLine, depth);
+        break;
+      case DOMNode::TEXT_NODE:
+      case DOMNode::CDATA_SECTION_NODE:
+        // Between block children only white space occurs (see classify);
+        // the indentation stands in for it.
+        if (!ownLine) appendEscaped(buffer_, node->getNodeValue(), Escape::kText);
+        break;
+      case DOMNode::COMMENT_NODE:
+        startLine(ownLine, depth);
+        buffer_ += "<!--" + ChartString::toUTF8(guarded(node->getNodeValue(), u"--")) + "-->";
+        endLine(ownLine);
+        break;
+      case DOMNode::PROCESSING_INSTRUCTION_NODE:
+        startLine(ownLine, depth);
+        buffer_ += "<?";
+        appendEscaped(buffer_, node->getNodeName(), Escape::kNone);
+        if (const XMLCh* data = node->getNodeValue(); data && *data) {
+          buffer_ += ' ' + ChartString::toUTF8(guarded(data, u"?>"));
+        }
+        buffer_ += "?>";
+        endLine(ownLine);
+        break;
+      default:  // document types, and nodes that only occur inside others
+        break;
+    }
+  }
+
+  void openElement(const DOMNode* element, bool ownLine, int depth) {
+    Layout layout = Layout::kEmpty;
+    if (element->hasChildNodes()) layout = ownLine ? classify(element) : Layout::kInline;
+
+    startLine(ownLine, depth);
+    buffer_ += '<';
+    appendEscaped(buffer_, element->getNodeName(), Escape::kNone);
+    if (const xercesc::DOMNamedNodeMap* attributes = element->getAttributes()) {
+      for (XMLSize_t i = 0; i < attributes->getLength(); ++i) {
+        const DOMNode* attribute = attributes->item(i);
+        buffer_ += ' ';
+        appendEscaped(buffer_, attribute->getNodeName(), Escape::kNone);
+        buffer_ += "=\"";
+        appendEscaped(buffer_, attribute->getNodeValue(), Escape::kAttribute);
+        buffer_ += '"';
+      }
+    }
+    if (layout == Layout::kEmpty) {
+      buffer_ += "/>";
+      endLine(ownLine);
+      return;
+    }
+    buffer_ += '>';
+    const bool block = layout == Layout::kBlock;
+    endLine(block);
+    stack_.push_back({element, element->getFirstChild(), block, ownLine, depth + 1});
+  }
+
+  void close(const Frame& frame) {
+    if (frame.node->getNodeType() != DOMNode::ELEMENT_NODE) return;
+    startLine(frame.block, frame.depth - 1);
+    buffer_ += "</";
+    appendEscaped(buffer_, frame.node->getNodeName(), Escape::kNone);
+    buffer_ += '>';
+    endLine(frame.ownLine);
+  }
+
+  std::ostream& out_;
+  const bool whiteSpace_;
+  std::string buffer_;
+  std::vector<Frame> stack_;
+};
+
+}  // namespace
+
+void ChartPrinter::Print(const DOMNode* node, std::ostream& out) const {
+  if (!node) return;
+  Writer(out, whiteSpace_).print(node);
+}

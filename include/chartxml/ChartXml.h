@@ -1,0 +1,182 @@
+// ChartXml: the process-wide facade through which procedures describe charts.
+//
+// Contract, for every public operation:
+// 1. Threads: one instance per process, used from one thread at a time.
+//    Nothing here locks.
+// 2. Errors: no exception leaves an operation. A failure is reported to the
+//    host's report log through the error handler, with its exact message, the
+//    source name and the line, and the operation returns its failure value:
+//    -1 unless the operation's comment says otherwise.
+// 3. Handles: chart handles come from CreateChart (0, 1, 2, ..., never reused
+//    until KillCharts). Element handles are per chart: 0 is the document
+//    element, new elements get 1, 2, ... String handles are shared by all
+//    charts: 1 to 156 are the vocabulary codes, caller strings start at 157.
+//    -1 means "none" wherever a handle is optional.
+// 4. Texts: narrow texts arrive in the host's default code page; message keys
+//    are translated through the host's string tables (an unknown key stands
+//    for itself). The two characters backslash and 'n' in a label become a
+//    line feed.
+// 5. Ownership: the instance owns its charts, strings, transcoders and string
+//    tables. A data source passed in belongs to the host.
+#ifndef CHARTXML_CHARTXML_H_
+#define CHARTXML_CHARTXML_H_
+
+#include <memory>
+#include <string>
+
+#include <xercesc/util/XercesDefs.hpp>
+
+#include "chartxml/export.h"
+#include "chartxml/host/ChartString.h"
+
+XERCES_CPP_NAMESPACE_BEGIN
+class DOMDocument;
+class DOMElement;
+class SchemaValidator;
+XERCES_CPP_NAMESPACE_END
+
+class Chart;
+class ChartErrorHandler;
+class ChartStringHandler;
+class ChartTranscoder;
+class FacSTDictionary;
+
+namespace chartxml {
+class ChartRegistry;
+}
+
+class CHARTXML_EXPORT ChartXml {
+ public:
+  // ---- Instance lifetime ------------------------------------------------
+  // Marks the instance as initialised (strings and data source then outlive
+  // the last chart) and returns it, creating it if needed.
+  static ChartXml* Initialize();
+  // The instance, created on first use.
+  static ChartXml* GetInstance();
+  // Destroys the instance (and every chart still open). Returns null.
+  static ChartXml* Terminate();
+
+  static ChartXml* _instance;
+  static bool _initialized;
+
+  ChartXml(const ChartXml&) = delete;
+  ChartXml& operator=(const ChartXml&) = delete;
+
+  // ---- Charts -----------------------------------------------------------
+  // A new chart; its handle, or -1 when no document could be made.
+  int CreateChart();
+  // Completes the chart and removes it. Its completion status, or -1.
+  int EndChart(int chart);
+  // Removes the chart unsent. Always 0, also for an unknown handle (no report).
+  int KillChart(int chart);
+  // Removes every chart; chart handles start again at 0. Always 0.
+  int KillCharts();
+  // The chart's document, or null when the handle does not resolve.
+  xercesc::DOMDocument* getChart(int chart);
+  // The element handle under which the chart recorded `element`, or -1.
+  int getHandle(int chart, xercesc::DOMElement* element);
+  // Marks the y dimension's scale parameter "safe" as false. Always -1, also
+  // after a change.
+  int SetLogUnsafe(int chart);
+  // The chart's document as indented XML text; "" when it does not resolve.
+  std::string GetXmlBuffer(int chart);
+
+  // ---- Procedure and string tables --------------------------------------
+  // Names the current procedure for string-table look-ups (and for the chart
+  // unless chart is -1). Returns the path of the procedure's own string table,
+  // or "" when it has none.
+  const std::string& SetProcedure(int chart, const std::string& name);
+  // Selects the global string table (a string-table folder).
+  void SetGlobalStringTable(const std::string& table);
+  // False on the first call after a change of procedure, true afterwards.
+  bool warningShownAlready();
+
+  // ---- Strings (no chart; Initialize or GetInstance first) --------------
+  // New string handles. String and NStringNoTranslate take narrow text in the
+  // default code page; NString translates a message key.
+  int String(const std::string& text);
+  int NStringNoTranslate(const std::string& text);
+  int NString(const std::string& key);
+  // Composite strings: a translated pattern with places "^1".."^9" filled by
+  // parameters in order; a repeat list fills one place with its parameters
+  // joined by ", ". AddParameter, BeginRepeat and EndRepeat return 0;
+  // EndCompositeString returns the composite's handle.
+  int CompositeString(const std::string& key);
+  int AddParameter(int composite, int parameter);
+  int BeginRepeat(int composite);
+  int EndRepeat(int composite);
+  int EndCompositeString(int composite);
+  // A new handle holding the string's text, "_" and the index.
+  int StyleString(int string, int index);
+  // Numbers as new string handles, printed as printf("%.16g") does. The
+  // host's missing value, NaN and infinities make no string: -1 (NaN and
+  // infinities are reported).
+  int Double(double value);
+  int Integer(int value);
+  // A value printed with a display format code; -1 as the format behaves as
+  // Double.
+  int LRValue(double value, int format);
+  // Clears every string handle; the vocabulary is reloaded and the next
+  // caller string is 157 again. Always 0.
+  int ResetStrings();
+  // The text as a cell text of the host's output tables: its handle, or -1.
+  int ToTS(int string);
+  // The string's text as UTF-8 ("" when the handle names nothing).
+  std::string getUTF8String(int string);
+
+  // ---- Translation and transcoding ---------------------------------------
+  // A message key's text in the output language (localised and English
+  // forms); an unknown key comes back as itself.
+  ChartString translate(const std::string& key);
+  // Narrow text in the host's default code page as UTF-16.
+  ChartString transcode(const std::string& text);
+
+  // ---- Document helpers ---------------------------------------------------
+  // Copies the attributes of one element onto another. 0, or -1.
+  int CopyAttributes(int chart, int fromElement, int toElement);
+  // The handle of the variable's meta element, made on first call.
+  int AddMeta(int chart, int variable);
+
+  // ---- Frames and labels ----------------------------------------------------
+  // A frame under the document element (0) or a frame; suffix names its id.
+  int AddFrame(int chart, int parent, int suffix);
+  // A label under any element, replacing the parent's earlier label.
+  int AddLabel(int chart, int parent, int idSuffix, int content);
+
+ protected:
+  // The chart under `chart`, or null. When `report` is set a failure is
+  // reported with `file` and `line`.
+  Chart* getValidChart(int chart, const char* file, unsigned line, bool report);
+
+ private:
+  ChartXml();
+  ~ChartXml();
+
+  // Resolves the chart (reporting) and runs op(chart) under guard; -1 when the
+  // chart does not resolve. Defined in src/chartxml/Forward.h.
+  template <class Op>
+  int forward(int chart, int line, Op op);
+  // Runs op(); an exception becomes a report and `failure`.
+  template <class Result, class Op>
+  Result guard(Result failure, int line, Op op);
+
+  void reportFacade(const std::string& message, int line);
+  void releaseIfEmpty();
+  ChartTranscoder* createOLangTranscoder();
+  ChartTranscoder* createLocalTranscoder();
+
+  int nextHandle = 0;
+  std::unique_ptr<xercesc::SchemaValidator> validator;
+  std::unique_ptr<ChartStringHandler> stringHandler;
+  std::unique_ptr<chartxml::ChartRegistry> charts;
+  std::unique_ptr<FacSTDictionary> dictionary;
+  std::unique_ptr<ChartErrorHandler> errorHandler;
+  std::unique_ptr<ChartTranscoder> olangTranscoder;
+  std::unique_ptr<ChartTranscoder> localTranscoder;
+  std::string procedureName;
+  std::string procedureTable;
+  bool warningShown = false;
+  bool platformReady = false;
+};
+
+#endif  // CHARTXML_CHARTXML_H_

@@ -1,0 +1,16 @@
+// The registry of open charts, by chart handle.
+#ifndef CHARTXML_CHARTXML_CHARTREGISTRY_H_
+#define CHARTXML_CHARTXML_CHARTREGISTRY_H_
+
+#include <memory>
+
+#include "chart/Chart.h"
+#include "common/KeyedTable.h"
+
+namespace chartxml {
+
+class ChartRegistry : public KeyedTable<std::unique_ptr<Chart>> {};
+
+}  // namespace chartxml
+
+#endif  // CHARTXML_CHARTXML_CHARTREGISTRY_H_

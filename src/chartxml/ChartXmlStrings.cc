@@ -1,0 +1,120 @@
+// The facade's string operations: string handles, composites, numbers as
+// text, translation and transcoding. None of them takes a chart.
+#include <cmath>
+#include <string>
+
+#include "chartstringhandler/ChartStringHandler.h"
+#include "chartxml/Forward.h"
+#include "chartxml/ChartXml.h"
+#include "chartxml/host/ChartBase.h"
+#include "chartxml/host/ChartErrorHandler.h"
+#include "chartxml/host/ChartException.h"
+#include "chartxml/host/ChartTranscoder.h"
+#include "chartxml/host/FacSTDictionary.h"
+#include "chartxml/host/Platform.h"
+#include "chartxml/host/TsCellText.h"
+#include "common/SourceNames.h"
+#include "common/XmlText.h"
+
+using chartxml::kFacadeSource;
+using chartxml::kStringsSource;
+
+int ChartXml::String(const std::string& text) { return NStringNoTranslate(text); }
+
+int ChartXml::NStringNoTranslate(const std::string& text) {
+  return guard(-1, __LINE__, [&] { return stringHandler->add(transcode(text)); });
+}
+
+int ChartXml::NString(const std::string& key) {
+  return guard(-1, __LINE__, [&] { return stringHandler->add(translate(key)); });
+}
+
+int ChartXml::CompositeString(const std::string& key) {
+  return guard(-1, __LINE__, [&] { return stringHandler->addComposite(translate(key)); });
+}
+
+int ChartXml::AddParameter(int composite, int parameter) {
+  return guard(-1, __LINE__, [&] { return stringHandler->addParameter(composite, parameter); });
+}
+
+int ChartXml::BeginRepeat(int composite) {
+  return guard(-1, __LINE__, [&] { return stringHandler->beginRepeat(composite); });
+}
+
+int ChartXml::EndRepeat(int composite) {
+  return guard(-1, __LINE__, [&] { return stringHandler->endRepeat(composite); });
+}
+
+int ChartXml::EndCompositeString(int composite) {
+  return guard(-1, __LINE__, [&] { return stringHandler->endComposite(composite); });
+}
+
+int ChartXml::StyleString(int string, int index) {
+  return guard(-1, __LINE__, [&] { return stringHandler->styleString(string, index); });
+}
+
+int ChartXml::Double(double value) {
+  if (value == kVornMissingValue) return -1;
+  if (!std::isfinite(value)) {
+    errorHandler->error(ChartException(
+        "value is not a finite number - " + ChartBase::asString(value), kStringsSource, __LINE__));
+    return -1;
+  }
+  return guard(-1, __LINE__, [&] {
+    ChartString text;
+    text.assignDouble(value);
+    return stringHandler->add(text);
+  });
+}
+
+int ChartXml::Integer(int value) { return Double(static_cast<double>(value)); }
+
+int ChartXml::LRValue(double value, int format) {
+  if (format == -1) return Double(value);
+  if (value == kVornMissingValue) return -1;
+  // Display formats other than -1 need the host's value formatter.
+  errorHandler->error(ChartException(
+      "display format not supported - " + std::to_string(format), kStringsSource, __LINE__));
+  return -1;
+}
+
+int ChartXml::ResetStrings() {
+  return guard(0, __LINE__, [&] {
+    if (stringHandler) stringHandler->reset();
+    return 0;
+  });
+}
+
+int ChartXml::ToTS(int string) {
+  return guard(-1, __LINE__, [&] {
+    if (!stringHandler->checkHandle(string, "string", kFacadeSource, __LINE__)) return -1;
+    const ChartString text = stringHandler->getString(string);
+    if (text.empty()) {
+      reportFacade("converting string handle to Tessel handle failed " + std::to_string(string),
+                   __LINE__);
+      return -1;
+    }
+    return TsCellText::Replicate(TsString(localTranscoder->transcodeTo(text)));
+  });
+}
+
+std::string ChartXml::getUTF8String(int string) {
+  return guard(std::string(), __LINE__, [&] { return stringHandler->getString(string).toUTF8(); });
+}
+
+ChartString ChartXml::transcode(const std::string& text) {
+  return localTranscoder->transcode(text);
+}
+
+ChartString ChartXml::translate(const std::string& key) {
+  std::string text;
+  std::string companion;
+  dictionary->LookUp(key, text, companion);
+  // A known key comes in the output language's code page; an unknown key is
+  // the caller's own text, in the default code page.
+  ChartTranscoder& transcoder = text != key ? *olangTranscoder : *localTranscoder;
+  ChartString result;
+  result.assign(transcoder.transcode(text).str(), transcoder.transcode(companion).str());
+  chartxml::expandNewlines(result);
+  return result;
+}

@@ -1,0 +1,47 @@
+// The facade's forwarding pattern: resolve the chart, call the chart's
+// operation, and make sure that no exception leaves the facade.
+#ifndef CHARTXML_CHARTXML_FORWARD_H_
+#define CHARTXML_CHARTXML_FORWARD_H_
+
+#include <exception>
+#include <new>
+#include <string>
+
+#include <xercesc/dom/DOMException.hpp>
+#include <xercesc/util/XMLException.hpp>
+
+#include "chart/Chart.h"
+#include "chartxml/ChartXml.h"
+#include "chartxml/host/ChartErrorHandler.h"
+#include "chartxml/host/ChartException.h"
+#include "common/SourceNames.h"
+
+template <class Result, class Op>
+Result ChartXml::guard(Result failure, int line, Op op) {
+  try {
+    return op();
+  } catch (const ChartException& e) {
+    errorHandler->error(e);
+  } catch (const xercesc::DOMException& e) {
+    errorHandler->error(e);
+  } catch (const xercesc::XMLException& e) {
+    errorHandler->error(e);
+  } catch (const std::bad_alloc&) {
+    reportFacade("out of memory", line);
+  } catch (const std::exception& e) {
+    reportFacade(std::string("internal error - ") + e.what(), line);
+  } catch (...) {
+    reportFacade("internal error", line);
+  }
+  return failure;
+}
+
+template <class Op>
+int ChartXml::forward(int chart, int line, Op op) {
+  return guard(-1, line, [&]() -> int {
+    Chart* target = getValidChart(chart, chartxml::kFacadeSource, static_cast<unsigned>(line), true);
+    return target == nullptr ? -1 : op(*target);
+  });
+}
+
+#endif  // CHARTXML_CHARTXML_FORWARD_H_

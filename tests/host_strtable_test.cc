@@ -1,0 +1,155 @@
+// String tables: file format, look-up order, code pages and path safety.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <string>
+
+#include "chartxml/chartxml_host.h"
+#include "chartxml/host/FacSTDictionary.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+class StringTableTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    dir_ = fs::temp_directory_path() / ("chartxml-strtable-" + std::to_string(getpid()));
+    fs::remove_all(dir_);
+    cxh_clear_reports();
+  }
+  void TearDown() override {
+    cxh_set_language(nullptr);
+    fs::remove_all(dir_);
+  }
+  void write(const std::string& relative, const std::string& content) {
+    fs::create_directories((dir_ / relative).parent_path());
+    std::ofstream(dir_ / relative, std::ios::binary) << content;
+  }
+  std::string path(const char* relative) const { return (dir_ / relative).string(); }
+
+  fs::path dir_;
+};
+
+// "text|companion" of `key`, or "MISS" when unknown (both then hold the key).
+std::string lookUp(const FacSTDictionary& tables, const std::string& key) {
+  std::string text, companion;
+  if (!tables.LookUp(key, text, companion)) {
+    EXPECT_EQ(text + companion, key + key);
+    return "MISS";
+  }
+  return text + "|" + companion;
+}
+
+TEST_F(StringTableTest, ProcedureThenGlobalThenEnglish) {
+  write("en/global.txt", "A\tglobal A\nB\tglobal B\nC\tglobal C\n");
+  write("en/Proc.txt", "A\tproc A\n");
+  write("de/global.txt", "A\tglobal A de\nB\tglobal B de\n");
+  write("de/Proc.txt", "A\tproc A de\n");
+  cxh_set_language("de");
+  FacSTDictionary tables(dir_.string());
+  EXPECT_EQ(lookUp(tables, "A"), "global A de|global A");
+  EXPECT_EQ(tables.SetProcedure("Proc"), path("de/Proc.txt"));
+  EXPECT_EQ(lookUp(tables, "A"), "proc A de|proc A");
+  EXPECT_EQ(lookUp(tables, "B"), "global B de|global B");
+  EXPECT_EQ(lookUp(tables, "C"), "global C|global C");
+  EXPECT_EQ(lookUp(tables, "nowhere"), "MISS");
+  EXPECT_EQ(tables.SetProcedure(""), "");
+  EXPECT_EQ(lookUp(tables, "A"), "global A de|global A");
+  EXPECT_EQ(tables.SetProcedure("Unknown"), "");
+
+  // A file given as the global table serves the output language.
+  write("other.txt", "A\tfrom file\n");
+  tables.SetGlobalStringTable(path("other.txt"));
+  EXPECT_EQ(lookUp(tables, "A"), "from file|global A");
+  EXPECT_EQ(cxh_report_count(), 0);
+}
+
+TEST_F(StringTableTest, FileFormat) {
+  write("en/global.txt",
+        "\xEF\xBB\xBFK1\tone\r\n# a comment\tline\r\n\r\nno tab here\r\n"
+        "K2\ttwo\\nlines\r\nK3\t\ttab kept");
+  FacSTDictionary tables(dir_.string());
+  EXPECT_EQ(lookUp(tables, "K1"), "one|one");
+  EXPECT_EQ(lookUp(tables, "K2"), "two\\nlines|two\\nlines");
+  EXPECT_EQ(lookUp(tables, "K3"), "\ttab kept|\ttab kept");
+  EXPECT_EQ(lookUp(tables, "# a comment"), "MISS");
+  EXPECT_EQ(lookUp(tables, "no tab here"), "MISS");
+  ASSERT_EQ(cxh_report_count(), 1);
+  EXPECT_NE(std::string(cxh_report_message(0)).find(path("en/global.txt") + ":4"),
+            std::string::npos)
+      << cxh_report_message(0);
+  EXPECT_STREQ(cxh_report_source(0), "host/strtable");
+}
+
+TEST_F(StringTableTest, HostileProcedureNamesAreRefused) {
+  write("en/global.txt", "A\tglobal\n");
+  write("en/Proc.txt", "A\tproc\n");
+  write("secret.txt", "A\tsecret\n");
+  FacSTDictionary tables(dir_.string());
+  for (const char* name : {"../secret", "en/Proc", "en\\Proc", ".hidden", "a..b"}) {
+    ASSERT_EQ(tables.SetProcedure("Proc"), path("en/Proc.txt"));
+    cxh_clear_reports();
+    EXPECT_EQ(tables.SetProcedure(name), "") << name;
+    EXPECT_EQ(lookUp(tables, "A"), "global|global") << name;  // the old one is deselected
+    EXPECT_EQ(cxh_report_count(), 1) << name;
+  }
+}
+
+TEST_F(StringTableTest, TextsComeInTheOutputLanguagesCodePage) {
+  const struct {
+    const char* language;
+    const char* utf8;
+    std::string encoded;
+  } cases[] = {
+      {"ru", "\xD0\x96", "\xC6"},             // Ж in CP1251
+      {"pl", "\xC5\x82", "\xB3"},             // ł in CP1250
+      {"zh-tw", "\xE4\xB8\xAD", "\xA4\xA4"},  // 中 in CP950
+      {"zh-cn", "\xE4\xB8\xAD", "\xD6\xD0"},  // 中 in CP936
+      {"ko", "\xE4\xB8\xAD", "\xF1\xE9"},     // 中 in CP949
+      {"ja", "\xE4\xB8\xAD", "\x92\x86"},     // 中 in CP932
+      {"de", "\xC3\xA9", "\xE9"},             // é in CP1252
+  };
+  write("en/global.txt", "K\tenglish\n");
+  for (const auto& c : cases) {
+    write(std::string(c.language) + "/global.txt", std::string("K\t") + c.utf8);
+    cxh_set_language(c.language);
+    EXPECT_EQ(lookUp(FacSTDictionary(dir_.string()), "K"), c.encoded + "|english") << c.language;
+  }
+  EXPECT_EQ(cxh_report_count(), 0);
+
+  // Codes match exactly: "JA" gets CP1252, which lacks 中: substituted and reported.
+  write("JA/global.txt", "K\t\xE4\xB8\xAD");
+  cxh_set_language("JA");
+  EXPECT_EQ(lookUp(FacSTDictionary(dir_.string()), "K").size(), std::string("?|english").size());
+  ASSERT_EQ(cxh_report_count(), 1);
+  EXPECT_NE(std::string(cxh_report_message(0)).find("CP1252"), std::string::npos);
+}
+
+std::set<std::string> keysOf(const fs::path& file) {
+  std::ifstream in(file);
+  std::set<std::string> keys;
+  for (std::string line; std::getline(in, line);) {
+    if (!line.empty() && line[0] != '#') keys.insert(line.substr(0, line.find('\t')));
+  }
+  return keys;
+}
+
+TEST_F(StringTableTest, ShippedTablesAgree) {
+  const fs::path shipped = CHARTXML_SOURCE_STRINGS_DIR;
+  const std::set<std::string> keys = keysOf(shipped / "en/global.txt");
+  EXPECT_EQ(keysOf(shipped / "ja/global.txt"), keys);
+  for (const char* key : {"X Variable", "E60712", "E60561", "E61215^1", "E61219^1"}) {
+    EXPECT_EQ(keys.count(key), 1u) << key;
+  }
+  cxh_set_language("ja");
+  FacSTDictionary tables(shipped.string());
+  EXPECT_EQ(lookUp(tables, "E61218"), "\x96\x7D\x97\xE1|Key");  // 凡例 in CP932
+  for (const std::string& key : keys) EXPECT_NE(lookUp(tables, key), "MISS") << key;
+  EXPECT_EQ(cxh_report_count(), 0);  // every line well formed, every text fits CP932
+}
+
+}  // namespace

@@ -1,0 +1,191 @@
+// The string-handle table through the facade: vocabulary codes, caller
+// strings, composites, numbers as text, translation and transcoding.
+#include <cmath>
+#include <limits>
+
+#include "chartxml/host/TsCellText.h"
+#include "test_support.h"
+
+namespace {
+
+using cxtest::FacadeTest;
+using cxtest::messages;
+using cxtest::reports;
+
+using StringsTest = FacadeTest;
+
+TEST_F(StringsTest, VocabularyCodesResolveToTheirTokens) {
+  EXPECT_EQ(cx->getUTF8String(1), "axisx");
+  EXPECT_EQ(cx->getUTF8String(6), "axistheta");
+  EXPECT_EQ(cx->getUTF8String(7), "axisxtick");
+  EXPECT_EQ(cx->getUTF8String(10), "axisrtick");
+  EXPECT_EQ(cx->getUTF8String(17), "title");
+  EXPECT_EQ(cx->getUTF8String(45), "areabar");
+  EXPECT_EQ(cx->getUTF8String(47), "bins");
+  EXPECT_EQ(cx->getUTF8String(123), "matrixscatterinnery");
+  EXPECT_EQ(cx->getUTF8String(125), "yzplane");
+  EXPECT_EQ(cx->getUTF8String(146), "clusteredbar");
+  EXPECT_EQ(cx->getUTF8String(156), "dot");
+  EXPECT_EQ(cx->getUTF8String(55), "X Variable");
+  EXPECT_EQ(cx->getUTF8String(148), "Y Axis");
+  EXPECT_TRUE(messages().empty());
+  // The two holes and 0 name nothing.
+  EXPECT_EQ(cx->getUTF8String(46), "");
+  EXPECT_EQ(cx->getUTF8String(124), "");
+  EXPECT_EQ(cx->getUTF8String(0), "");
+  EXPECT_EQ(messages(), (std::vector<std::string>{"String not found for handle 46",
+                                                  "String not found for handle 124",
+                                                  "String not found for handle 0"}));
+  EXPECT_EQ(reports()[0].source, "backend/chartxml/src/chartstringhandler");
+}
+
+TEST_F(StringsTest, CallerStringsStartAt157AndResetStartsOver) {
+  EXPECT_EQ(str("first"), 157);
+  EXPECT_EQ(cx->NString("E99999"), 158);  // unknown key: stands for itself
+  EXPECT_EQ(cx->getUTF8String(158), "E99999");
+  EXPECT_EQ(cx->ResetStrings(), 0);
+  EXPECT_EQ(cx->getUTF8String(157), "");  // gone
+  EXPECT_EQ(str("again"), 157);
+  EXPECT_EQ(cx->getUTF8String(17), "title");  // vocabulary reloaded
+}
+
+TEST_F(StringsTest, HandleChecksAdmitTheNextHandleOnly) {
+  EXPECT_EQ(cx->StyleString(158, 1), -1);
+  EXPECT_EQ(cx->StyleString(-1, 1), -1);
+  EXPECT_EQ(cx->StyleString(17, -1), -1);
+  // 157 is the next handle: it passes the range check, is not found, and the
+  // style string is made from the empty text.
+  EXPECT_EQ(cx->StyleString(157, 1), 157);
+  EXPECT_EQ(cx->getUTF8String(157), "_1");
+  EXPECT_EQ(messages(), (std::vector<std::string>{
+                            "string handle out of range",
+                            "string handle out of range",
+                            "negative handles are not allowed -1",
+                            "String not found for handle 157",
+                        }));
+}
+
+TEST_F(StringsTest, StyleStringJoinsTextAndIndex) {
+  const int style = cx->StyleString(17, 2);
+  EXPECT_EQ(cx->getUTF8String(style), "title_2");
+  EXPECT_EQ(cx->getUTF8String(cx->StyleString(style, 0)), "title_2_0");
+}
+
+TEST_F(StringsTest, CompositeSubstitutesParametersInOrder) {
+  const int pattern = cx->CompositeString("^2 of ^1");
+  EXPECT_EQ(cx->AddParameter(pattern, str("income")), 0);
+  EXPECT_EQ(cx->AddParameter(pattern, str("Mean")), 0);
+  EXPECT_EQ(cx->EndCompositeString(pattern), pattern);
+  EXPECT_EQ(cx->getUTF8String(pattern), "Mean of income");
+}
+
+TEST_F(StringsTest, CompositeRepeatListFillsOnePlace) {
+  const int pattern = cx->CompositeString("^1: ^2");
+  cx->AddParameter(pattern, str("Groups"));
+  EXPECT_EQ(cx->BeginRepeat(pattern), 0);
+  cx->AddParameter(pattern, str("a"));
+  cx->AddParameter(pattern, str("b"));
+  cx->AddParameter(pattern, str("c"));
+  EXPECT_EQ(cx->EndRepeat(pattern), 0);
+  cx->EndCompositeString(pattern);
+  EXPECT_EQ(cx->getUTF8String(pattern), "Groups: a, b, c");
+}
+
+TEST_F(StringsTest, CompositeFetchedEarlyIsCached) {
+  const int pattern = cx->CompositeString("^1 and ^2");
+  cx->AddParameter(pattern, str("x"));
+  const std::string early = cx->getUTF8String(pattern);
+  EXPECT_EQ(early.rfind("x and", 0), 0u) << early;
+  cx->AddParameter(pattern, str("y"));
+  cx->EndCompositeString(pattern);
+  EXPECT_EQ(cx->getUTF8String(pattern), early);
+}
+
+TEST_F(StringsTest, CompositeMisuseIsReported) {
+  const int plain = str("plain");
+  EXPECT_EQ(cx->AddParameter(plain, 17), -1);
+  EXPECT_EQ(cx->AddParameter(9999, 17), -1);
+  EXPECT_EQ(cx->AddParameter(plain, -5), -1);
+  EXPECT_EQ(cx->BeginRepeat(-2), -1);
+  EXPECT_EQ(cx->EndCompositeString(plain), -1);
+  const int pattern = cx->CompositeString("^1");
+  EXPECT_EQ(cx->EndRepeat(pattern), -1);  // no list open
+  EXPECT_EQ(messages(), (std::vector<std::string>{
+                            "composite string not found 157",
+                            "composite handle out of range",
+                            "parameter handle out of range",
+                            "pattern handle out of range",
+                            "composite string not found 157",
+                            "end repeat list failed",
+                        }));
+}
+
+TEST_F(StringsTest, NumbersAsText) {
+  EXPECT_EQ(cx->getUTF8String(cx->Double(1000)), "1000");
+  EXPECT_EQ(cx->getUTF8String(cx->Double(0.1)), "0.1");
+  EXPECT_EQ(cx->getUTF8String(cx->Double(-35)), "-35");
+  EXPECT_EQ(cx->getUTF8String(cx->Double(M_E)), "2.718281828459045");
+  EXPECT_EQ(cx->getUTF8String(cx->Integer(-2147483647 - 1)), "-2147483648");
+  EXPECT_EQ(cx->getUTF8String(cx->LRValue(2.5, -1)), "2.5");
+  const int next = str("probe");
+  // The missing value makes no string and no report; NaN and infinity are reported.
+  EXPECT_EQ(cx->Double(-1.7976931348623157e308), -1);
+  EXPECT_EQ(cx->LRValue(-1.7976931348623157e308, -1), -1);
+  EXPECT_EQ(cx->Double(std::numeric_limits<double>::quiet_NaN()), -1);
+  EXPECT_EQ(cx->Double(std::numeric_limits<double>::infinity()), -1);
+  EXPECT_EQ(str("after"), next + 1);
+  EXPECT_EQ(messages().size(), 2u);
+}
+
+TEST_F(StringsTest, ToTSMakesCellTexts) {
+  const int cell = cx->ToTS(str("Mean"));
+  ASSERT_GT(cell, 0);
+  ASSERT_NE(TsCellText::Find(cell), nullptr);
+  EXPECT_EQ(TsCellText::Find(cell)->text(), "Mean");
+  EXPECT_EQ(cx->ToTS(str("")), -1);
+  EXPECT_EQ(cx->ToTS(0), -1);
+  EXPECT_EQ(cx->ToTS(-1), -1);
+  EXPECT_EQ(messages(), (std::vector<std::string>{
+                            "converting string handle to Tessel handle failed 158",
+                            "String not found for handle 0",
+                            "converting string handle to Tessel handle failed 0",
+                            "string handle out of range",
+                        }));
+}
+
+TEST_F(StringsTest, TranslationUsesTablesAndKeepsUnknownKeys) {
+  EXPECT_EQ(cx->translate("E60551").toUTF8(), cx->translate("E60551").toUTF8ForEng());
+  EXPECT_NE(cx->translate("E60551").toUTF8(), "E60551");
+  const ChartString unknown = cx->translate("E12345\\nsecond");
+  EXPECT_EQ(unknown.toUTF8(), "E12345\nsecond");
+  EXPECT_EQ(cx->translate("^1 ^2").toUTF8(), "^1 ^2");
+}
+
+TEST_F(StringsTest, JapaneseTablesComeBackThroughTheirCodePage) {
+  const std::string english = cx->translate("X Axis").toUTF8();
+  ChartXml::Terminate();
+  cxh_set_language("ja");
+  cx = ChartXml::Initialize();
+  const ChartString axis = cx->translate("X Axis");
+  // The localised form is Japanese text, intact after the CP932 round trip;
+  // the companion is the English text.
+  EXPECT_NE(axis.toUTF8(), english);
+  EXPECT_EQ(axis.toUTF8ForEng(), english);
+  EXPECT_EQ(cx->getUTF8String(155), axis.toUTF8());
+  bool japanese = false;
+  for (char16_t c : axis.str()) japanese = japanese || (c >= 0x3000 && c <= 0x9FFF);
+  EXPECT_TRUE(japanese) << axis.toUTF8();
+  EXPECT_TRUE(messages().empty());
+
+  // The vocabulary keeps the language of construction until a reset.
+  cxh_set_language("en");
+  EXPECT_EQ(cx->getUTF8String(155), axis.toUTF8());
+}
+
+TEST_F(StringsTest, InvalidBytesForTheCodePageAreReported) {
+  const int handle = str(std::string("ok\xff\xfe", 4));
+  EXPECT_EQ(cx->getUTF8String(handle), "ok\xEF\xBF\xBD\xEF\xBF\xBD");
+  ASSERT_EQ(messages().size(), 1u);
+}
+
+}  // namespace

@@ -1,0 +1,92 @@
+// Shared fixture of the library suites: a fresh instance per test, English
+// string tables from the source tree, reports collected quietly.
+#ifndef CHARTXML_TESTS_TEST_SUPPORT_H_
+#define CHARTXML_TESTS_TEST_SUPPORT_H_
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include <xercesc/dom/DOMDocument.hpp>
+#include <xercesc/dom/DOMElement.hpp>
+
+#include "chartxml/ChartXml.h"
+#include "chartxml/chartxml_host.h"
+
+namespace cxtest {
+
+struct Report {
+  std::string message;
+  std::string source;
+  int line;
+};
+
+inline std::vector<Report> reports() {
+  std::vector<Report> out;
+  for (int i = 0; i < cxh_report_count(); ++i) {
+    out.push_back({cxh_report_message(i), cxh_report_source(i), cxh_report_line(i)});
+  }
+  return out;
+}
+
+inline std::vector<std::string> messages() {
+  std::vector<std::string> out;
+  for (const Report& r : reports()) out.push_back(r.message);
+  return out;
+}
+
+inline std::vector<std::string> debugLines() {
+  std::vector<std::string> out;
+  for (int i = 0; i < cxh_debug_count(); ++i) out.push_back(cxh_debug_line(i));
+  return out;
+}
+
+inline std::string utf8(const XMLCh* text) {
+  return text == nullptr ? std::string() : ChartString::toUTF8(std::u16string_view(text));
+}
+
+// The attribute's value as UTF-8.
+inline std::string attr(const xercesc::DOMElement* e, const char16_t* name) {
+  return utf8(e->getAttribute(name));
+}
+
+// Tags of the element's child elements, in order, joined by blanks.
+std::string childTags(const xercesc::DOMElement* parent);
+
+class FacadeTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    cxh_set_quiet(1);
+    cxh_set_language("en");
+    cxh_set_string_tables(CHARTXML_SOURCE_STRINGS_DIR);
+    cxh_set_code_page(nullptr);
+    cxh_set_bootstrapping(0);
+    cxh_clear_reports();
+    cxh_clear_debug();
+    cx = ChartXml::Initialize();
+  }
+  void TearDown() override {
+    ChartXml::Terminate();
+    cxh_set_language(nullptr);
+  }
+
+  // A new chart; fails the test if none could be made.
+  int newChart() {
+    const int chart = cx->CreateChart();
+    EXPECT_GE(chart, 0);
+    return chart;
+  }
+  int str(const std::string& text) { return cx->NStringNoTranslate(text); }
+  xercesc::DOMElement* root(int chart) { return cx->getChart(chart)->getDocumentElement(); }
+  // The element with this id in the chart's document.
+  xercesc::DOMElement* byId(int chart, const std::u16string& id) {
+    return cx->getChart(chart)->getElementById(id.c_str());
+  }
+
+  ChartXml* cx = nullptr;
+};
+
+}  // namespace cxtest
+
+#endif  // CHARTXML_TESTS_TEST_SUPPORT_H_
