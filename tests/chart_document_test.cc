@@ -169,6 +169,19 @@ TEST_F(ChartDocumentTest, CopyAttributesChecksBothHandles) {
   EXPECT_EQ(attr(byId(chart, u"frame_b"), u"clip"), "true");
 }
 
+TEST_F(ChartDocumentTest, HandleTableGrowsWithoutLosingElements) {
+  const int chart = newChart();
+  // Past 66, 134 and 269 entries the table grows to 179, 359 and 719 buckets.
+  for (int i = 1; i <= 400; ++i) ASSERT_EQ(cx->AddFrame(chart, 0, -1), i);
+  int nextMeta = 401;
+  for (int i : {1, 66, 67, 200, 400}) {
+    DOMElement* frame = byId(chart, u"frame" + std::u16string(cxtest::widen(std::to_string(i))));
+    ASSERT_NE(frame, nullptr) << i;
+    EXPECT_EQ(cx->getHandle(chart, frame), i);
+    EXPECT_EQ(cx->AddMeta(chart, i), nextMeta++);
+  }
+}
+
 TEST_F(ChartDocumentTest, GetHandleOfAForeignElementIsMinusOne) {
   const int chart = newChart();
   DOMElement* stray = cx->getChart(chart)->createElement(u"frame");

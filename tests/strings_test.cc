@@ -1,7 +1,10 @@
 // The string-handle table through the facade: vocabulary codes, caller
 // strings, composites, numbers as text, translation and transcoding.
 #include <cmath>
+#include <filesystem>
+#include <fstream>
 #include <limits>
+#include <utility>
 
 #include "chartxml/host/TsCellText.h"
 #include "test_support.h"
@@ -166,20 +169,47 @@ TEST_F(StringsTest, JapaneseTablesComeBackThroughTheirCodePage) {
   ChartXml::Terminate();
   cxh_set_language("ja");
   cx = ChartXml::Initialize();
+  // Stored as UTF-8 on disk, handed over in CP932, turned back into characters.
   const ChartString axis = cx->translate("X Axis");
-  // The localised form is Japanese text, intact after the CP932 round trip;
-  // the companion is the English text.
-  EXPECT_NE(axis.toUTF8(), english);
+  EXPECT_EQ(axis.toUTF8(), "X \u8EF8");
   EXPECT_EQ(axis.toUTF8ForEng(), english);
-  EXPECT_EQ(cx->getUTF8String(155), axis.toUTF8());
-  bool japanese = false;
-  for (char16_t c : axis.str()) japanese = japanese || (c >= 0x3000 && c <= 0x9FFF);
-  EXPECT_TRUE(japanese) << axis.toUTF8();
+  EXPECT_EQ(cx->getUTF8String(155), "X \u8EF8");
+  EXPECT_EQ(cx->translate("E60712").toUTF8(), "\u6B20\u640D\u5024");
   EXPECT_TRUE(messages().empty());
 
   // The vocabulary keeps the language of construction until a reset.
   cxh_set_language("en");
-  EXPECT_EQ(cx->getUTF8String(155), axis.toUTF8());
+  EXPECT_EQ(cx->getUTF8String(155), "X \u8EF8");
+}
+
+// Each output language's texts arrive in its own code page; the facade must
+// pick the same one to read them back.
+TEST_F(StringsTest, EveryOutputLanguageReadsBackItsOwnCodePage) {
+  const std::string dir = ::testing::TempDir() + "/cx_codepages";
+  const std::vector<std::pair<std::string, std::string>> samples = {
+      {"ru", "\u041E\u0441\u044C"},            // Cyrillic, CP1251
+      {"pl", "O\u015B"},                         // Polish, CP1250
+      {"zh-tw", "\u8EF8\u7DDA"},                // Traditional Chinese, CP950
+      {"zh-cn", "\u8F74\u7EBF"},                // Simplified Chinese, CP936
+      {"ko", "\uCD95"},                          // Korean, CP949
+      {"fr", "Axe d\u2019abscisse \u00E9t\u00E9"}  // anything else, CP1252
+  };
+  for (const auto& [language, text] : samples) {
+    std::filesystem::create_directories(dir + "/" + language);
+    std::ofstream(dir + "/" + language + "/global.txt") << "AXIS\t" << text << "\n";
+  }
+  std::filesystem::create_directories(dir + "/en");
+  std::ofstream(dir + "/en/global.txt") << "AXIS\tAxis\n";
+  cxh_set_string_tables(dir.c_str());
+  for (const auto& [language, text] : samples) {
+    ChartXml::Terminate();
+    cxh_set_language(language.c_str());
+    cx = ChartXml::Initialize();
+    const ChartString translated = cx->translate("AXIS");
+    EXPECT_EQ(translated.toUTF8(), text) << language;
+    EXPECT_EQ(translated.toUTF8ForEng(), "Axis") << language;
+  }
+  EXPECT_TRUE(messages().empty());
 }
 
 TEST_F(StringsTest, InvalidBytesForTheCodePageAreReported) {

@@ -46,6 +46,10 @@ inline std::string utf8(const XMLCh* text) {
   return text == nullptr ? std::string() : ChartString::toUTF8(std::u16string_view(text));
 }
 
+inline std::u16string widen(const std::string& ascii) {
+  return std::u16string(ascii.begin(), ascii.end());
+}
+
 // The attribute's value as UTF-8.
 inline std::string attr(const xercesc::DOMElement* e, const char16_t* name) {
   return utf8(e->getAttribute(name));

@@ -11,11 +11,10 @@
 #include <xercesc/dom/DOMImplementationRegistry.hpp>
 #include <xercesc/dom/DOMNamedNodeMap.hpp>
 #include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/parsers/SAX2XMLReaderImpl.hpp>
 #include <xercesc/sax/SAXException.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
 #include <xercesc/sax2/DefaultHandler.hpp>
-#include <xercesc/sax2/SAX2XMLReader.hpp>
-#include <xercesc/sax2/XMLReaderFactory.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/SecurityManager.hpp>
@@ -65,12 +64,21 @@ bool guarded(Operation operation, int line) noexcept {
   return false;
 }
 
-// The first error of a well-formedness check, and the DOCTYPE refusal.
-class WellFormednessHandler : public DefaultHandler {
- public:
-  struct DoctypeFound {};
+struct DoctypeFound {};
 
-  void startDTD(const XMLCh*, const XMLCh*, const XMLCh*) override { throw DoctypeFound{}; }
+// The scanner announces every DOCTYPE here, before reading any internal
+// subset; the SAX lexical callback would miss one without subsets.
+class DoctypeRefusingReader : public SAX2XMLReaderImpl {
+ public:
+  void doctypeDecl(const DTDElementDecl&, const XMLCh* const, const XMLCh* const, const bool,
+                   const bool) override {
+    throw DoctypeFound{};
+  }
+};
+
+// Keeps the first error of a well-formedness check.
+class FirstErrorHandler : public DefaultHandler {
+ public:
   void error(const SAXParseException& e) override { record(e); }
   void fatalError(const SAXParseException& e) override { record(e); }
   void warning(const SAXParseException&) override {}
@@ -82,8 +90,8 @@ class WellFormednessHandler : public DefaultHandler {
   void record(const SAXParseException& e) {
     if (failed_) return;
     failed_ = true;
-    problem_ = "XML is not well-formed at line " + std::to_string(e.getLineNumber()) + ", column " +
-               std::to_string(e.getColumnNumber()) + ": " +
+    problem_ = "XML is not well-formed at line " + std::to_string(e.getLineNumber()) +
+               ", column " + std::to_string(e.getColumnNumber()) + ": " +
                ChartString::toUTF8(e.getMessage() ? e.getMessage() : u"");
   }
 
@@ -169,21 +177,20 @@ std::string ChartBase::asString(int value) {
 bool ChartBase::ValidXML(const std::string& xml) {
   if (!platformReady(__LINE__)) return false;
   bool wellFormed = false;
-  WellFormednessHandler handler;
+  FirstErrorHandler handler;
   try {
     // Nothing outside the text is ever read: no DTD, no external entity, and
     // a DOCTYPE stops the parse before its internal subset could define
     // entities. The security manager bounds entity expansion regardless.
     SecurityManager security;
     security.setEntityExpansionLimit(16);
-    std::unique_ptr<SAX2XMLReader> parser(XMLReaderFactory::createXMLReader());
+    auto parser = std::make_unique<DoctypeRefusingReader>();
     parser->setFeature(XMLUni::fgSAX2CoreValidation, false);
     parser->setFeature(XMLUni::fgSAX2CoreNameSpaces, false);
     parser->setFeature(XMLUni::fgXercesLoadExternalDTD, false);
     parser->setFeature(XMLUni::fgXercesDisableDefaultEntityResolution, true);
     parser->setProperty(XMLUni::fgXercesSecurityManager, &security);
     parser->setContentHandler(&handler);
-    parser->setLexicalHandler(&handler);
     parser->setErrorHandler(&handler);
     MemBufInputSource input(reinterpret_cast<const XMLByte*>(xml.data()), xml.size(), "chart");
     parser->parse(input);
@@ -192,7 +199,7 @@ bool ChartBase::ValidXML(const std::string& xml) {
     } else {
       wellFormed = true;
     }
-  } catch (const WellFormednessHandler::DoctypeFound&) {
+  } catch (const DoctypeFound&) {
     guarded([] { cxhost::report("DOCTYPE is not allowed in a chart document", kSource, __LINE__); },
             __LINE__);
   } catch (const SAXException& e) {

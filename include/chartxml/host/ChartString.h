@@ -76,6 +76,8 @@ class CHARTXML_EXPORT ChartString {
   bool operator==(const ChartString& other) const { return text_ == other.text_; }
   bool operator!=(const ChartString& other) const { return text_ != other.text_; }
   bool operator==(std::u16string_view other) const { return text_ == other; }
+  // A literal would otherwise match both overloads above; null reads as empty.
+  bool operator==(const char16_t* other) const { return other ? text_ == other : text_.empty(); }
 
   // UTF-8 <-> UTF-16 helpers shared by the host and the library.
   static std::u16string fromUTF8(std::string_view utf8);

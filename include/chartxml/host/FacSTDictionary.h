@@ -5,8 +5,11 @@
 //   LANG/global.txt        the global table of language LANG ("en", "ja", ...)
 //   LANG/PROCEDURE.txt     a procedure's own table, looked up first
 // Each line is KEY<TAB>text (UTF-8); lines starting with '#' and blank lines
-// are skipped; a line without a tab is skipped and reported with its file and
-// line number. A text may hold the two characters backslash and 'n'.
+// are skipped; a line without a tab, or with an empty key, is skipped and
+// reported with its file and line number, and bytes that are not UTF-8 become
+// U+FFFD and are reported the same way. A leading UTF-8 byte-order mark and
+// CRLF line ends are accepted. A text may hold the two characters backslash
+// and 'n'.
 //
 // A key missing from the current language falls back to "en"; the companion
 // (English) text always comes from "en". LookUp returns its texts encoded in
@@ -33,18 +36,23 @@ class CHARTXML_EXPORT FacSTDictionary {
   FacSTDictionary& operator=(const FacSTDictionary&) = delete;
 
   // Selects the global tables: `path` is a string-table folder, or a file
-  // holding one language's global table.
+  // holding one language's global table. A file serves as the output
+  // language's global table; "en" and procedure tables then still come from
+  // the folder selected before.
   void SetGlobalStringTable(const std::string& path);
   // Selects the procedure's own tables (LANG/NAME.txt under the folder); an
-  // empty name selects none. Returns the path of the procedure table that was
-  // loaded for the output language, or "" when there is none; the reference
-  // stays valid until the next call.
+  // empty name selects none. A name that could leave the folder (holding '/',
+  // '\\' or "..", or starting with '.') is reported and selects none.
+  // Returns the path of the procedure table that was loaded for the output
+  // language, or "" when there is none; the reference stays valid until the
+  // next call.
   const std::string& SetProcedure(const std::string& name);
 
   // Looks `key` up: procedure table, then global table, of the output
   // language, then of "en". On a hit, `text` is the translation and
-  // `companion` the English text, both in the output language's code page.
-  // On a miss both are the key itself and the result is false.
+  // `companion` the English text (the translation when "en" lacks the key),
+  // both in the output language's code page. On a miss both are the key
+  // itself and the result is false.
   bool LookUp(const std::string& key, std::string& text, std::string& companion) const;
 
  private:
