@@ -48,12 +48,11 @@ TEST_F(Transcoder, CodePagesRoundTripKnownBytes) {
 }
 
 TEST_F(Transcoder, InvalidBytesBecomeReplacementAndAreReported) {
-  ChartTranscoder cp1252("CP1252");
-  EXPECT_EQ(cp1252
-                .transcode("AB\x81"
-                           "C\x81")
-                .str(),
-            u"AB\uFFFDC\uFFFD");
+  const std::string greek =
+      "AB\xD2"
+      "C\xFF";  // both bytes unassigned in CP1253
+  ChartTranscoder cp1253("CP1253");
+  EXPECT_EQ(cp1253.transcode(greek).str(), u"AB\uFFFDC\uFFFD");
   ChartTranscoder cp932("CP932");
   EXPECT_EQ(cp932.transcode("x\x93").str(), u"x\uFFFD");  // lead byte cut off
   ChartTranscoder utf8("UTF-8");
@@ -62,7 +61,7 @@ TEST_F(Transcoder, InvalidBytesBecomeReplacementAndAreReported) {
   // One report per call, at the first bad byte.
   ASSERT_EQ(cxh_report_count(), 3);
   EXPECT_EQ(reportMessages(),
-            (std::vector<std::string>{"invalid bytes for code page CP1252 at byte 2",
+            (std::vector<std::string>{"invalid bytes for code page CP1253 at byte 2",
                                       "invalid bytes for code page CP932 at byte 1",
                                       "invalid bytes for code page UTF-8 at byte 2"}));
   EXPECT_STREQ(cxh_report_source(0), "host/chartutl");

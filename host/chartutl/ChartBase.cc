@@ -2,10 +2,8 @@
 
 #include <charconv>
 #include <memory>
-#include <new>
 #include <string>
 
-#include <xercesc/dom/DOMAttr.hpp>
 #include <xercesc/dom/DOMException.hpp>
 #include <xercesc/dom/DOMImplementation.hpp>
 #include <xercesc/dom/DOMImplementationRegistry.hpp>
@@ -90,8 +88,8 @@ class FirstErrorHandler : public DefaultHandler {
   void record(const SAXParseException& e) {
     if (failed_) return;
     failed_ = true;
-    problem_ = "XML is not well-formed at line " + std::to_string(e.getLineNumber()) +
-               ", column " + std::to_string(e.getColumnNumber()) + ": " +
+    problem_ = "XML is not well-formed at line " + std::to_string(e.getLineNumber()) + ", column " +
+               std::to_string(e.getColumnNumber()) + ": " +
                ChartString::toUTF8(e.getMessage() ? e.getMessage() : u"");
   }
 
@@ -151,6 +149,8 @@ void ChartBase::mergeAttributes(const DOMElement* from, DOMElement* to) {
         const DOMNamedNodeMap* attributes = from->getAttributes();
         for (XMLSize_t i = 0; attributes && i < attributes->getLength(); ++i) {
           const DOMNode* attribute = attributes->item(i);
+          // Ids are unique in a document: the target keeps its own.
+          if (XMLString::equals(attribute->getNodeName(), u"id")) continue;
           to->setAttribute(attribute->getNodeName(), attribute->getNodeValue());
         }
       },
@@ -192,6 +192,7 @@ bool ChartBase::ValidXML(const std::string& xml) {
     parser->setProperty(XMLUni::fgXercesSecurityManager, &security);
     parser->setContentHandler(&handler);
     parser->setErrorHandler(&handler);
+    parser->setDTDHandler(&handler);  // without one the reader skips doctypeDecl
     MemBufInputSource input(reinterpret_cast<const XMLByte*>(xml.data()), xml.size(), "chart");
     parser->parse(input);
     if (handler.failed()) {
@@ -200,8 +201,7 @@ bool ChartBase::ValidXML(const std::string& xml) {
       wellFormed = true;
     }
   } catch (const DoctypeFound&) {
-    guarded([] { cxhost::report("DOCTYPE is not allowed in a chart document", kSource, __LINE__); },
-            __LINE__);
+    cxhost::report("DOCTYPE is not allowed in a chart document", kSource, __LINE__);
   } catch (const SAXException& e) {
     guarded(
         [&] {

@@ -1,11 +1,13 @@
 #include "chartxml/host/ChartPrinter.h"
 
+#include <exception>
 #include <string>
 #include <vector>
 
 #include <xercesc/dom/DOMNamedNodeMap.hpp>
 #include <xercesc/dom/DOMNode.hpp>
 
+#include "chartutl/ReportLog.h"
 #include "chartxml/host/ChartString.h"
 
 using xercesc::DOMNode;
@@ -72,7 +74,7 @@ void appendEscaped(std::string& out, const XMLCh* text, Escape escape) {
     }
     escaped += isForbidden(c) ? char16_t{0xFFFD} : c;
   }
-  out += ChartString::toUTF8(escaped);
+  ChartString::appendUTF8(escaped, out);
 }
 
 // Comment and PI texts cannot be escaped; break up the sequences that would
@@ -82,6 +84,12 @@ std::u16string guarded(const XMLCh* text, std::u16string_view closer) {
   for (std::size_t at = out.find(closer); at != std::u16string::npos; at = out.find(closer, at)) {
     out.insert(at + 1, 1, u' ');
   }
+  return out;
+}
+
+std::u16string guardedComment(const XMLCh* text) {
+  std::u16string out = guarded(text, u"--");
+  if (!out.empty() && out.back() == u'-') out += u' ';  // "--->" would not end it
   return out;
 }
 
@@ -176,7 +184,7 @@ class Writer {
         break;
       case DOMNode::COMMENT_NODE:
         startLine(ownLine, depth);
-        buffer_ += "<!--" + ChartString::toUTF8(guarded(node->getNodeValue(), u"--")) + "-->";
+        buffer_ += "<!--" + ChartString::toUTF8(guardedComment(node->getNodeValue())) + "-->";
         endLine(ownLine);
         break;
       case DOMNode::PROCESSING_INSTRUCTION_NODE:
@@ -241,5 +249,11 @@ class Writer {
 
 void ChartPrinter::Print(const DOMNode* node, std::ostream& out) const {
   if (!node) return;
-  Writer(out, whiteSpace_).print(node);
+  try {
+    Writer(out, whiteSpace_).print(node);
+  } catch (const std::exception& e) {
+    // Out of memory, or a stream set to throw: the text is incomplete.
+    cxhost::report(std::string("cannot print the document: ") + e.what(), "host/kytochart",
+                   __LINE__);
+  }
 }

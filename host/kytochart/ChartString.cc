@@ -14,7 +14,7 @@ bool isContinuation(unsigned char b) {
   return (b & 0xC0) == 0x80;
 }
 
-void appendUTF8(std::string& out, char32_t c) {
+void appendCodePoint(std::string& out, char32_t c) {
   if (c < 0x80) {
     out += static_cast<char>(c);
   } else if (c < 0x800) {
@@ -252,7 +252,12 @@ std::u16string ChartString::fromUTF8(std::string_view utf8) {
 
 std::string ChartString::toUTF8(std::u16string_view utf16) {
   std::string out;
-  out.reserve(utf16.size());
+  appendUTF8(utf16, out);
+  return out;
+}
+
+void ChartString::appendUTF8(std::u16string_view utf16, std::string& out) {
+  out.reserve(out.size() + utf16.size());
   for (std::size_t i = 0; i < utf16.size(); ++i) {
     char32_t c = utf16[i];
     if (c >= 0xD800 && c <= 0xDBFF && i + 1 < utf16.size() && utf16[i + 1] >= 0xDC00 &&
@@ -262,7 +267,6 @@ std::string ChartString::toUTF8(std::u16string_view utf16) {
     } else if (c >= 0xD800 && c <= 0xDFFF) {
       c = kReplacement;
     }
-    appendUTF8(out, c);
+    appendCodePoint(out, c);
   }
-  return out;
 }

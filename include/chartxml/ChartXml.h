@@ -37,6 +37,11 @@ XERCES_CPP_NAMESPACE_END
 
 class Chart;
 class ChartErrorHandler;
+class ProcedureDataSource;
+class VORN_DataSource;
+class VORN_Variable;
+class VarDataProcessor;
+class VORN_FortranDictionary;
 class ChartStringHandler;
 class ChartTranscoder;
 class FacSTDictionary;
@@ -78,6 +83,9 @@ class CHARTXML_EXPORT ChartXml {
   // Marks the y dimension's scale parameter "safe" as false. Always -1, also
   // after a change.
   int SetLogUnsafe(int chart);
+  // The chart's data feed (owned by the chart), or null when the handle does
+  // not resolve.
+  VarDataProcessor* getDataProcessor(int chart);
   // The chart's document as indented XML text; "" when it does not resolve.
   std::string GetXmlBuffer(int chart);
 
@@ -137,6 +145,83 @@ class CHARTXML_EXPORT ChartXml {
   // The handle of the variable's meta element, made on first call.
   int AddMeta(int chart, int variable);
 
+  // ---- Data source and variables --------------------------------------------
+  // Variable indexes: with a procedure dictionary (second SetDataSource form
+  // with a data area) callers pass the procedure's 1-based variable numbers;
+  // otherwise 0-based column indexes.
+  //
+  // Ties a data source to the instance (the first one set stays for the life
+  // of the instance) and, unless chart is -1, to the chart. The source is the
+  // host's: it must outlive the instance and is never freed here.
+  void SetDataSource(int chart, VORN_DataSource* source);
+  // The same from a procedure's data area and dictionary: with the all-ones
+  // data pointer ((void*)-1) the dictionary is itself the data source;
+  // otherwise the dictionary maps the procedure's variable numbers.
+  void SetDataSource(int chart, void* data, VORN_FortranDictionary*& dictionary);
+  // A `source` element (ids "source0", "source1", ...); its handle.
+  int AddSource(int chart);
+  // A `variable` element for a data-source column; its handle.
+  int AddVariable(int chart, int source, int variable, bool categorical);
+  // As AddVariable, its meta described as a labeling variable.
+  int AddLabelingVariable(int chart, int source, int variable, bool categorical);
+  // Points a variable element at another column; returns the column index.
+  int SetVariable(int chart, int variableHandle, int variable, bool categorical);
+  // A copy of a variable element (attributes only) with its own id.
+  int CopyVariable(int chart, int variableHandle);
+  // Marks the variable as log-scaled. Returns `chart`, whatever happens.
+  int CreateLogVar(int chart, int variableHandle);
+  // Each returns the variable handle.
+  int SetVariableCategorical(int chart, int variableHandle, bool categorical);
+  int SetVariableFormat(int chart, int variableHandle, long formatCode);
+  int SetVariableLabel(int chart, int variableHandle, int text);
+  int SetVariableName(int chart, int variableHandle, int text);
+  int SetVariableValue(int chart, int variableHandle, int text);
+  // The column's display format as a format code.
+  int GetVariableFormat(int chart, int variable);
+  // Variable lists, numbered 0, 1, ... per chart.
+  int BeginVariableList(int chart);
+  int AddToVariableList(int chart, int list, int variableHandle);
+  // A variable whose expression sums a list's variables.
+  int AddRangeVariable(int chart, int list);
+  // A relabel of a variable's value; 0 (nothing added) past 1000 relabels.
+  int AddRelabel(int chart, int variableHandle, int from, int to);
+  // The column's value labels as relabels: the variable handle, or -1 when
+  // none was added.
+  int AddRelabels(int chart, int variableHandle, int variable);
+
+  // ---- Data rows (quiet about bad chart handles: called once per case) -----
+  // Opens the next row; the new row count, or -1.
+  int AddRow(int chart, int source);
+  // Stores the text of a string handle (a number when it reads as one) in the
+  // current row. 0, or -1 (a refused value discards the chart).
+  int AddDataValue(int chart, int source, int variableHandle, int text);
+  // Stores a number in the current row. 0, or -1 (which discards the chart,
+  // also for a handle that is not a data-source variable).
+  int AddDoubleDataValue(int chart, int source, int variableHandle, double value);
+  // From now on every text value is stored as a number. Returns `chart`.
+  int AllDataDoubles(int chart);
+  // Marks the chart as failed: it refuses data and is not sent. The handle, or -1.
+  int SetFatalError(int chart);
+
+  // ---- Value texts (new string handles; no chart) ---------------------------
+  // The column's name; its label (blanks trimmed), else its name.
+  int VariableName(int variable);
+  int VariableLabel(int variable);
+  // The value's label, else the value in the column's display format; the
+  // host's missing value gives the translated "missing" text. Longer texts are
+  // cut to maxLength bytes (0: no limit) without splitting a character. With a
+  // pattern key the text fills "^1" of that pattern.
+  int ValueLabel(int variable, double value, int maxLength);
+  int ValueLabel(int variable, double value, int maxLength, const std::string& patternKey);
+  // The value in the column's display format (never its label).
+  int Value(int variable, double value);
+  // The value in the display format of a mean of the column.
+  int MeanValue(int variable, double value);
+  // "LABEL: VALUE": the variable's label and the value's label or text.
+  int ObjectLabel(int variable, double value);
+  // As LRValue, but the missing value gives the translated "missing" text.
+  int LRValueAsString(double value, int format);
+
   // ---- Frames and labels ----------------------------------------------------
   // A frame under the document element (0) or a frame; suffix names its id.
   int AddFrame(int chart, int parent, int suffix);
@@ -161,7 +246,17 @@ class CHARTXML_EXPORT ChartXml {
   Result guard(Result failure, int line, Op op);
 
   void reportFacade(const std::string& message, int line);
+  // A procedure's variable number as a column index (unchanged without a
+  // procedure dictionary); -1 (reported) when out of range.
+  int getVariableIndex(int variable);
+  // The instance data source's column, checked: null (reported) when there is
+  // no data source or the index is out of range.
+  const VORN_Variable* columnOf(int variable, int line);
+  // A new string handle holding `text` (UTF-8, as the formatter writes).
+  int addFormatted(const std::string& text);
   void releaseIfEmpty();
+  // Clears the strings and lets go of the data source.
+  void releaseShared();
   ChartTranscoder* createOLangTranscoder();
   ChartTranscoder* createLocalTranscoder();
 
@@ -170,6 +265,8 @@ class CHARTXML_EXPORT ChartXml {
   std::unique_ptr<ChartStringHandler> stringHandler;
   std::unique_ptr<chartxml::ChartRegistry> charts;
   std::unique_ptr<FacSTDictionary> dictionary;
+  VORN_DataSource* dataSource = nullptr;
+  std::unique_ptr<ProcedureDataSource> ownedDataSource;
   std::unique_ptr<ChartErrorHandler> errorHandler;
   std::unique_ptr<ChartTranscoder> olangTranscoder;
   std::unique_ptr<ChartTranscoder> localTranscoder;

@@ -30,6 +30,23 @@ CHARTXML_EXPORT void cxh_set_code_page(const char* name);  /* the default multib
 CHARTXML_EXPORT void cxh_set_bootstrapping(int on);
 CHARTXML_EXPORT void cxh_set_quiet(int on); /* 1: reports are not echoed to standard error */
 
+/* Data sources. cxh_open_csv reads PATH (RFC 4180: a header row of variable
+ * names, one row per case, an empty field is a missing value) and, when it
+ * exists, PATH.dict.json beside it (labels, display formats, measurement
+ * levels, value labels, missing values). It returns a VORN_DataSource* to pass
+ * as the dictionary argument together with the all-ones data pointer
+ * ((void*)-1), or NULL when the file cannot be read or is malformed (reported
+ * with the file and line; nothing half-loaded is returned). The caller owns it
+ * and releases it with cxh_close; the library never frees it. */
+CHARTXML_EXPORT void* cxh_open_csv(const char* path);
+CHARTXML_EXPORT void cxh_close(void* source_or_dictionary);
+/* A procedure dictionary over SOURCE: variable number k (1-based) names column
+ * columns[k-1] (0-based). Pass it as the dictionary argument with a data
+ * pointer that is not all-ones. NULL (reported) when SOURCE is NULL, COUNT is
+ * negative or a column is out of range. Release with cxh_close before its
+ * source. */
+CHARTXML_EXPORT void* cxh_dictionary(void* source, const int64_t* columns, int64_t count);
+
 /* Reports: every ChartException and TsError, oldest first; the most recent
  * 100,000 are kept. */
 CHARTXML_EXPORT int cxh_report_count(void);

@@ -8,8 +8,12 @@
 #ifndef CHARTXML_CHART_CHART_H_
 #define CHARTXML_CHART_CHART_H_
 
+#include <cstdint>
 #include <initializer_list>
+#include <map>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include <xercesc/dom/DOMDocument.hpp>
 #include <xercesc/dom/DOMElement.hpp>
@@ -17,9 +21,13 @@
 #include "chartxml/host/ChartBase.h"
 #include "chartxml/host/ChartErrorHandler.h"
 #include "chartxml/host/ChartString.h"
+#include "chartxml/host/VORN_Format.h"
+#include "chartxml/host/VarDataProcessor.h"
 #include "common/KeyedTable.h"
 
 class ChartStringHandler;
+class VORN_DataSource;
+class VORN_Variable;
 
 class Chart : public ChartBase {
  public:
@@ -85,6 +93,44 @@ class Chart : public ChartBase {
   int AddFrame(int parent, int suffix);
   int AddLabel(int parent, int idSuffix, int content);
 
+  // ---- Data source and variables (Variables.cc) ---------------------------
+  // The chart's data source (not owned); null until set.
+  void setDataSource(VORN_DataSource* source) { dataSource_ = source; }
+  VORN_DataSource* dataSource() const { return dataSource_; }
+  int AddSource();
+  int AddVariable(int source, int column, bool categorical);
+  int AddLabelingVariable(int source, int column, bool categorical);
+  int SetVariable(int variable, int column, bool categorical);
+  int CopyVariable(int variable);
+  int CreateLogVar(int variable);
+  int SetVariableCategorical(int variable, bool categorical);
+  int SetVariableFormat(int variable, int formatCode);
+  int GetVariableFormat(int column);
+  int SetVariableLabel(int variable, int text);
+  int SetVariableName(int variable, int text);
+  int SetVariableValue(int variable, int text);
+  int BeginVariableList();
+  int AddToVariableList(int list, int variable);
+  int AddRelabel(int variable, int from, int to);
+  int AddRelabels(int variable, int column);
+  int AddRangeVariable(int list);
+  // The overlay-expression variable: the ids of a list's variables joined by
+  // " + "; mode 1 labels it "X Axis", other modes "Y Axis".
+  int addExpressionVariable(int list, int mode);
+  // The meta child of `element`, made (and registered) on first need.
+  xercesc::DOMElement* metaOf(xercesc::DOMElement* element);
+  // Writes a display format into a meta element as its format children,
+  // replacing earlier ones (DisplayFormats.cc).
+  void writeDisplayFormat(xercesc::DOMElement* meta, const VORN_Format& format);
+
+  // ---- Data rows (DataFeed.cc) --------------------------------------------
+  int AddRow();
+  int AddDataValue(int variable, int text);
+  int AddDoubleDataValue(int variable, double value);
+  void AllDataDoubles() { allDoubles_ = true; }
+  std::uint32_t rowCount() const { return rowCounter_; }
+  VarDataProcessor& dataProcessor() { return dataProcessor_; }
+
   // ---- Accessors ----------------------------------------------------------
   xercesc::DOMDocument* document() const { return document_; }
   xercesc::DOMElement* root() const;
@@ -93,6 +139,15 @@ class Chart : public ChartBase {
   const std::string& procedureName() const { return procedureName_; }
   ChartErrorHandler& errors() { return errorHandler_; }
   ChartStringHandler& strings() { return *strings_; }
+
+  // The checks of variables and columns; each reports and returns false.
+  bool checkDataSource(int line);
+  bool checkColumn(int column, int line);
+  bool checkVariableList(int list, int line);
+  // Sets an attribute from text that came from the host or a caller: only
+  // when every character is legal in XML (else reported and left out).
+  bool setTextAttribute(xercesc::DOMElement* element, const char16_t* name,
+                        const std::u16string& value);
 
   // Reports `message` with the chart's source name.
   void report(const std::string& message, int line);
@@ -112,6 +167,24 @@ class Chart : public ChartBase {
   chartxml::KeyedTable<xercesc::DOMElement*> elements_;
   int nextIdSerial_ = 1;
   bool fatalError_ = false;
+
+  // Variables and data.
+  int addDataSourceVariable(int source, int column, bool categorical);
+  void labelFromColumn(xercesc::DOMElement* variable, const VORN_Variable& column,
+                       bool expandLineBreaks);
+  xercesc::DOMElement* newRelabel(const ChartString& from, const ChartString& to);
+
+  VORN_DataSource* dataSource_ = nullptr;
+  std::uint32_t sourceCounter_ = 0;
+  int variableListCounter_ = 0;
+  std::map<int, std::vector<int>> variableLists_;
+  std::map<int, int> variableColumns_;
+  // Feed records by element handle: the per-value path indexes, never searches.
+  std::vector<VarDataProcessor::_varinfo*> feedRecords_;
+  VarDataProcessor dataProcessor_;
+  std::uint32_t rowCounter_ = 0;
+  bool allDoubles_ = false;
+  std::string utf8Scratch_;
   ChartErrorHandler errorHandler_;
   ChartStringHandler* strings_;
   int chartIndex_;

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "chartxml/ChartXml.h"
 #include "chartxml/host/ChartBase.h"
 #include "chartxml/host/ChartException.h"
 #include "common/SourceNames.h"
@@ -149,3 +150,9 @@ void ChartStringHandler::reset() {
   strings_.clear();
   fillVocabulary();
 }
+
+ChartString ChartStringHandler::transcode(const std::string& narrow) {
+  return owner_.transcode(narrow);
+}
+
+ChartString ChartStringHandler::translate(const std::string& key) { return owner_.translate(key); }

@@ -46,6 +46,10 @@ class ChartStringHandler {
   // Empties the table and reloads the vocabulary; the next handle is 157.
   void reset();
 
+  // The instance's text services (ChartXml::transcode and translate).
+  ChartString transcode(const std::string& narrow);
+  ChartString translate(const std::string& key);
+
   int nextHandle() const { return next_; }
   ChartErrorHandler& errors() { return errors_; }
 

@@ -16,6 +16,7 @@
 #include "chartxml/host/ChartTranscoder.h"
 #include "chartxml/host/FacSTDictionary.h"
 #include "chartxml/host/Platform.h"
+#include "chartxml/host/VORN_DataSource.h"
 #include "common/SourceNames.h"
 
 using chartxml::kFacadeSource;
@@ -88,6 +89,8 @@ ChartXml::~ChartXml() {
   }
   errorHandler.reset();
   dictionary.reset();
+  dataSource = nullptr;
+  ownedDataSource.reset();
 }
 
 ChartTranscoder* ChartXml::createOLangTranscoder() {
@@ -155,9 +158,14 @@ int ChartXml::CreateChart() {
 }
 
 void ChartXml::releaseIfEmpty() {
-  if (charts->empty() && !_initialized) {
-    ResetStrings();
-  }
+  if (charts->empty() && !_initialized) releaseShared();
+}
+
+void ChartXml::releaseShared() {
+  ResetStrings();
+  // Only a wrapper built here is freed; the host's own source stays the host's.
+  dataSource = nullptr;
+  ownedDataSource.reset();
 }
 
 int ChartXml::EndChart(int chart) {
@@ -180,7 +188,7 @@ int ChartXml::KillChart(int chart) {
 
 int ChartXml::KillCharts() {
   charts->clear();
-  if (!_initialized) ResetStrings();
+  if (!_initialized) releaseShared();
   nextHandle = 0;
   return 0;
 }
@@ -188,6 +196,11 @@ int ChartXml::KillCharts() {
 xercesc::DOMDocument* ChartXml::getChart(int chart) {
   Chart* target = getValidChart(chart, kFacadeSource, __LINE__, true);
   return target == nullptr ? nullptr : target->document();
+}
+
+VarDataProcessor* ChartXml::getDataProcessor(int chart) {
+  Chart* target = getValidChart(chart, kFacadeSource, __LINE__, true);
+  return target == nullptr ? nullptr : &target->dataProcessor();
 }
 
 int ChartXml::getHandle(int chart, xercesc::DOMElement* element) {

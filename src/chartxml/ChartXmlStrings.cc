@@ -69,15 +69,6 @@ int ChartXml::Double(double value) {
 
 int ChartXml::Integer(int value) { return Double(static_cast<double>(value)); }
 
-int ChartXml::LRValue(double value, int format) {
-  if (format == -1) return Double(value);
-  if (value == kVornMissingValue) return -1;
-  // Display formats other than -1 need the host's value formatter.
-  errorHandler->error(ChartException(
-      "display format not supported - " + std::to_string(format), kStringsSource, __LINE__));
-  return -1;
-}
-
 int ChartXml::ResetStrings() {
   return guard(0, __LINE__, [&] {
     if (stringHandler) stringHandler->reset();

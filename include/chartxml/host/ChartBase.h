@@ -20,9 +20,10 @@ class CHARTXML_EXPORT ChartBase {
   ChartBase() = default;
   virtual ~ChartBase() = default;
 
-  // A new, empty chart document whose document element is <visualization>,
-  // with `encoding` as its declared encoding. Null when the XML platform is
-  // not initialised or the DOM refuses (reported).
+  // A new, empty chart document whose document element is <visualization>.
+  // `encoding` is accepted for callers' sake only: the DOM cannot record a
+  // declared encoding, and ChartPrinter always writes UTF-8. Null when the
+  // XML platform is not initialised or the DOM refuses (reported).
   static xercesc::DOMDocument* createDocument(const char16_t* encoding);
   // Releases a document made by createDocument and sets the pointer to null.
   // Null is harmless.
@@ -37,8 +38,8 @@ class CHARTXML_EXPORT ChartBase {
   // The first child element (direct children only) with this tag, or null.
   static xercesc::DOMElement* getChildByTagName(const xercesc::DOMElement* parent,
                                                 const char16_t* tag);
-  // Copies every attribute of `from` onto `to`, replacing equal names; an `id`
-  // is copied as a plain attribute (not declared as an ID).
+  // Copies every attribute of `from` onto `to`, replacing equal names, except
+  // `id`: ids are unique, so the target keeps its own.
   static void mergeAttributes(const xercesc::DOMElement* from, xercesc::DOMElement* to);
 
   // Writes a debug line to the host's debug log.

@@ -82,6 +82,9 @@ class CHARTXML_EXPORT ChartString {
   // UTF-8 <-> UTF-16 helpers shared by the host and the library.
   static std::u16string fromUTF8(std::string_view utf8);
   static std::string toUTF8(std::u16string_view utf16);
+  // Appends the UTF-8 of `utf16` to `out`: reusing `out` allocates nothing
+  // once it is large enough.
+  static void appendUTF8(std::u16string_view utf16, std::string& out);
 
  private:
   std::u16string text_;

@@ -4,11 +4,13 @@
 //
 // Bad input is reported to the host's report log, never thrown:
 // - an unknown code-page name is reported once, at construction, and the
-//   transcoder then works as UTF-8 (valid() is false);
-// - bytes that are invalid in the code page become U+FFFD each and are
-//   reported, with the code page and the byte offset of the first one;
-// - characters the code page cannot represent become the code page's
-//   substitution character (usually '?') and are reported the same way.
+//   transcoder then works as UTF-8 (valid() is false); an empty name means
+//   UTF-8 and is not reported;
+// - each invalid byte sequence (or byte without a mapping) becomes one U+FFFD;
+//   one report per call names the code page and the 0-based byte offset of
+//   the first;
+// - characters the code page cannot represent become '?' (U+FFFD in UTF-8),
+//   reported once per call with the UTF-16 offset of the first.
 //
 // One transcoder, one thread.
 #ifndef CHARTXML_HOST_CHARTTRANSCODER_H_

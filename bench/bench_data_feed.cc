@@ -1,0 +1,191 @@
+// The per-case data path: feeding rows through the facade against appending
+// the same values to reserved vectors, allocations during the feed, and the
+// feed's memory per value. Prints each figure and exits non-zero when one
+// misses its target.
+#include <benchmark/benchmark.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "chartxml/ChartXml.h"
+#include "chartxml/chartxml_host.h"
+#include "chartxml/host/VORN_DataSource.h"
+#include "chartxml/host/VarDataProcessor.h"
+
+namespace {
+
+std::atomic<std::size_t> allocations{0};
+
+constexpr int kRows = 1000000;
+constexpr double kMaxRatio = 4.0;
+constexpr double kMaxNumericBytes = 8.5;
+constexpr double kMaxStringBytes = 4.5;
+
+// A three-column numeric data source with no rows: the variables need columns
+// to refer to, the values come from the loop.
+class ThreeColumns : public VORN_DataSource {
+ public:
+  ThreeColumns() {
+    for (const char* name : {"x", "y", "z"}) columns_.emplace_back(name, false);
+  }
+  int ColumnCount() const override { return 3; }
+  int RowCount() const override { return 0; }
+  VORN_Variable* GetVariable(int column) override {
+    return column >= 0 && column < 3 ? &columns_[column] : nullptr;
+  }
+  double GetNumber(int, int) const override { return 0; }
+  std::string GetString(int, int) const override { return {}; }
+
+ private:
+  std::vector<VORN_Variable> columns_;
+};
+
+struct FeedChart {
+  explicit FeedChart(ChartXml* cx, VORN_DataSource* source) : cx(cx) {
+    chart = cx->CreateChart();
+    cx->SetDataSource(chart, source);
+    src = cx->AddSource(chart);
+    for (int c = 0; c < 3; ++c) vars[c] = cx->AddVariable(chart, src, c, false);
+  }
+  ~FeedChart() { cx->KillChart(chart); }
+  void feed(int rows) {
+    for (int r = 0; r < rows; ++r) {
+      cx->AddRow(chart, src);
+      const double v = r;
+      cx->AddDoubleDataValue(chart, src, vars[0], v);
+      cx->AddDoubleDataValue(chart, src, vars[1], v * 0.5);
+      cx->AddDoubleDataValue(chart, src, vars[2], v + 1);
+    }
+  }
+  ChartXml* cx;
+  int chart = -1, src = -1;
+  int vars[3] = {-1, -1, -1};
+};
+
+ThreeColumns* source() {
+  static ThreeColumns columns;
+  return &columns;
+}
+
+void BM_FacadeFeed(benchmark::State& state) {
+  ChartXml* cx = ChartXml::Initialize();
+  for (auto _ : state) {
+    state.PauseTiming();
+    auto chart = std::make_unique<FeedChart>(cx, source());
+    state.ResumeTiming();
+    chart->feed(kRows);
+    state.PauseTiming();
+    chart.reset();
+    state.ResumeTiming();
+  }
+  state.SetItemsProcessed(state.iterations() * kRows * 3);
+}
+BENCHMARK(BM_FacadeFeed)->Unit(benchmark::kMillisecond)->MinTime(1.0);
+
+void BM_VectorBaseline(benchmark::State& state) {
+  for (auto _ : state) {
+    state.PauseTiming();
+    std::vector<double> columns[3];
+    for (auto& c : columns) c.reserve(kRows);
+    state.ResumeTiming();
+    for (int r = 0; r < kRows; ++r) {
+      const double v = r;
+      columns[0].push_back(v);
+      columns[1].push_back(v * 0.5);
+      columns[2].push_back(v + 1);
+      benchmark::ClobberMemory();
+    }
+    benchmark::DoNotOptimize(columns);
+  }
+  state.SetItemsProcessed(state.iterations() * kRows * 3);
+}
+BENCHMARK(BM_VectorBaseline)->Unit(benchmark::kMillisecond)->MinTime(1.0);
+
+// Keeps each benchmark's mean time per iteration.
+class Recorder : public benchmark::ConsoleReporter {
+ public:
+  void ReportRuns(const std::vector<Run>& runs) override {
+    for (const Run& run : runs) {
+      if (run.run_type == Run::RT_Iteration) times[run.benchmark_name()] = run.GetAdjustedRealTime();
+    }
+    ConsoleReporter::ReportRuns(runs);
+  }
+  std::map<std::string, double> times;
+};
+
+bool check(const char* what, double value, double limit, const char* unit) {
+  const bool ok = value <= limit;
+  std::printf("%-52s %10.3f %-8s (target <= %.2f) %s\n", what, value, unit, limit,
+              ok ? "ok" : "MISSED");
+  return ok;
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  allocations.fetch_add(1, std::memory_order_relaxed);
+  if (void* p = std::malloc(size == 0 ? 1 : size)) return p;
+  throw std::bad_alloc();
+}
+void operator delete(void* p) noexcept { std::free(p); }
+void operator delete(void* p, std::size_t) noexcept { std::free(p); }
+
+int main(int argc, char** argv) {
+  cxh_set_quiet(1);
+  cxh_set_string_tables(CHARTXML_SOURCE_STRINGS_DIR);
+  benchmark::Initialize(&argc, argv);
+  Recorder recorder;
+  benchmark::RunSpecifiedBenchmarks(&recorder);
+
+  bool ok = true;
+  std::printf("\n");
+  const double facade = recorder.times["BM_FacadeFeed"];
+  const double baseline = recorder.times["BM_VectorBaseline"];
+  if (facade > 0 && baseline > 0) {
+    std::printf("%-52s %10.3f ns\n", "facade, per value", facade * 1e6 / (3.0 * kRows));
+    std::printf("%-52s %10.3f ns\n", "reserved vectors, per value", baseline * 1e6 / (3.0 * kRows));
+    ok &= check("facade / reserved vectors", facade / baseline, kMaxRatio, "x");
+  }
+
+  ChartXml* cx = ChartXml::Initialize();
+  {
+    // Allocations while feeding: only the columns' geometric growth may allocate.
+    FeedChart chart(cx, source());
+    const std::size_t before = allocations.load();
+    chart.feed(kRows);
+    const std::size_t during = allocations.load() - before;
+    std::printf("%-52s %10zu\n", "allocations while feeding 3,000,000 values", during);
+    ok &= check("allocations per value", static_cast<double>(during) / (3.0 * kRows), 1e-5, "");
+
+    VarDataProcessor* feed = cx->getDataProcessor(chart.chart);
+    ok &= check("numeric column, bytes per value",
+                static_cast<double>(feed->BytesUsed("source0", "V1")) / kRows, kMaxNumericBytes,
+                "bytes");
+  }
+  {
+    // A column of strings over five distinct texts.
+    FeedChart chart(cx, source());
+    const char* texts[] = {"north", "south", "east", "west", "centre"};
+    int handles[5];
+    for (int i = 0; i < 5; ++i) handles[i] = cx->NStringNoTranslate(texts[i]);
+    const std::size_t before = allocations.load();
+    for (int r = 0; r < kRows; ++r) {
+      cx->AddRow(chart.chart, chart.src);
+      cx->AddDataValue(chart.chart, chart.src, chart.vars[0], handles[r % 5]);
+    }
+    const std::size_t during = allocations.load() - before;
+    std::printf("%-52s %10zu\n", "allocations while feeding 1,000,000 texts", during);
+    VarDataProcessor* feed = cx->getDataProcessor(chart.chart);
+    ok &= check("string column (5 distinct), bytes per value",
+                static_cast<double>(feed->BytesUsed("source0", "V1")) / kRows, kMaxStringBytes,
+                "bytes");
+  }
+  ChartXml::Terminate();
+  std::printf("\n%s\n", ok ? "all targets met" : "some targets MISSED");
+  return ok ? 0 : 1;
+}

@@ -1,0 +1,71 @@
+// A data source read from a CSV file (internal to the host).
+//
+// The file is RFC 4180 text: a header row of variable names, then one row per
+// case; an empty field is a missing value. A UTF-8 byte order mark and CRLF
+// line ends are accepted. A column whose non-empty fields all read as finite
+// numbers is numeric, any other column holds text. Texts are kept as the
+// file's bytes (the host's default code page), never transcoded.
+//
+// The optional PATH.dict.json beside the file describes variables by name:
+// label, display format, measurement level, value labels, missing values.
+// Without it (or for variables it leaves out) every variable gets its name,
+// no label, measure scale (numbers) or nominal (texts), and a display format
+// guessed from its values.
+#ifndef CHARTXML_HOST_DATASRC_CSVDATASOURCE_H_
+#define CHARTXML_HOST_DATASRC_CSVDATASOURCE_H_
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "chartxml/host/VORN_DataSource.h"
+
+namespace cxhost {
+
+class CsvDataSource final : public VORN_DataSource {
+ public:
+  // Loads `path` and its dictionary. Null when either is missing where
+  // required, unreadable or malformed; every refusal is reported as
+  // "FILE:LINE: ..." (or "FILE: ..." where no line applies).
+  static std::unique_ptr<CsvDataSource> Open(const std::string& path);
+
+  const std::string& Path() const { return path_; }
+
+  int ColumnCount() const override { return static_cast<int>(variables_.size()); }
+  int RowCount() const override { return rows_; }
+  VORN_Variable* GetVariable(int column) override;
+  double GetNumber(int row, int column) const override;
+  // A numeric cell reads back as printf("%.16g") of its value: the file's own
+  // spelling of numbers is not kept, to keep numeric columns at 8 bytes a cell.
+  std::string GetString(int row, int column) const override;
+
+  // A column as stored: numbers (kVornMissingValue for an empty cell), or the
+  // texts of all cells back to back with the end offset of each cell.
+  struct Column {
+    std::vector<double> numbers;
+    std::string text;
+    std::vector<std::size_t> ends;
+
+    std::string_view cell(std::size_t row) const {
+      const std::size_t begin = row == 0 ? 0 : ends[row - 1];
+      return std::string_view(text).substr(begin, ends[row] - begin);
+    }
+  };
+
+ private:
+  explicit CsvDataSource(std::string path) : path_(std::move(path)) {}
+  bool inRange(int row, int column) const {
+    return row >= 0 && row < rows_ && column >= 0 && column < ColumnCount();
+  }
+
+  std::string path_;
+  std::vector<VORN_Variable> variables_;
+  std::vector<Column> columns_;
+  int rows_ = 0;
+};
+
+}  // namespace cxhost
+
+#endif  // CHARTXML_HOST_DATASRC_CSVDATASOURCE_H_

@@ -1,0 +1,48 @@
+// The facade's per-case data path. Charts resolve quietly here: these calls
+// come once per case and variable, and a bad handle must cost no message.
+#include "chartxml/Forward.h"
+
+using chartxml::kFacadeSource;
+
+int ChartXml::AddRow(int chart, int /*source*/) {
+  return guard(-1, __LINE__, [&] {
+    Chart* target = getValidChart(chart, kFacadeSource, __LINE__, false);
+    return target == nullptr ? -1 : target->AddRow();
+  });
+}
+
+int ChartXml::AddDataValue(int chart, int /*source*/, int variableHandle, int text) {
+  if (text == -1) return -1;  // no value; the chart is not harmed
+  return guard(-1, __LINE__, [&] {
+    Chart* target = getValidChart(chart, kFacadeSource, __LINE__, false);
+    if (target == nullptr) return -1;
+    const int result = target->AddDataValue(variableHandle, text);
+    if (result == -1) KillChart(chart);
+    return result;
+  });
+}
+
+int ChartXml::AddDoubleDataValue(int chart, int /*source*/, int variableHandle, double value) {
+  return guard(-1, __LINE__, [&] {
+    Chart* target = getValidChart(chart, kFacadeSource, __LINE__, false);
+    if (target == nullptr) return -1;
+    const int result = target->AddDoubleDataValue(variableHandle, value);
+    if (result == -1) KillChart(chart);
+    return result;
+  });
+}
+
+int ChartXml::AllDataDoubles(int chart) {
+  forward(chart, __LINE__, [](Chart& c) {
+    c.AllDataDoubles();
+    return 0;
+  });
+  return chart;
+}
+
+int ChartXml::SetFatalError(int chart) {
+  return forward(chart, __LINE__, [&](Chart& c) {
+    c.setFatalError();
+    return chart;
+  });
+}

@@ -1,0 +1,24 @@
+#include "role/Roles.h"
+
+#include <string>
+
+#include "chartxml/host/ChartErrorHandler.h"
+#include "chartxml/host/ChartException.h"
+#include "common/SourceNames.h"
+
+namespace chartxml {
+
+namespace {
+constexpr const char* kRoles[] = {"", "x", "y", "z", "r", "theta", "phi", "position"};
+}
+
+const char* roleText(int role, ChartErrorHandler& errors) {
+  if (role < kFirstRole || role > kLastRole) {
+    errors.error(ChartException("role handle out of range " + std::to_string(role), kRoleSource,
+                                line::kRoleLookup));
+    return kRoles[0];
+  }
+  return kRoles[role];
+}
+
+}  // namespace chartxml

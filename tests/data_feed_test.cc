@@ -1,0 +1,109 @@
+// The per-case data path through the facade: rows, values landing in their
+// cells, the kinds of value stored, and the charts it discards.
+#include "chartxml/host/VORN_DataSource.h"
+#include "chartxml/host/VarDataProcessor.h"
+#include "test_support.h"
+
+namespace {
+
+using cxtest::messages;
+using Kind = VarDataProcessor::CellKind;
+
+class DataFeedTest : public cxtest::FacadeTest {
+ protected:
+  void SetUp() override {
+    FacadeTest::SetUp();
+    source = static_cast<VORN_DataSource*>(cxh_open_csv(CHARTXML_TEST_DATA_DIR "/people.csv"));
+    ASSERT_NE(source, nullptr);
+    chart = newChart();
+    cx->SetDataSource(chart, source);
+    src = cx->AddSource(chart);
+    income = cx->AddVariable(chart, src, 2, false);  // sourceName V1
+    city = cx->AddVariable(chart, src, 3, true);     // sourceName V2
+  }
+  void TearDown() override {
+    FacadeTest::TearDown();
+    cxh_close(source);
+  }
+  VarDataProcessor& feed() { return *cx->getDataProcessor(chart); }
+
+  VORN_DataSource* source = nullptr;
+  int chart = -1, src = -1, income = -1, city = -1;
+};
+
+TEST_F(DataFeedTest, ValuesLandInTheirRowsAndKinds) {
+  EXPECT_EQ(cx->AddRow(chart, src), 1);
+  EXPECT_EQ(cx->AddDoubleDataValue(chart, src, income, 35000.5), 0);
+  EXPECT_EQ(cx->AddDataValue(chart, src, city, str("Paris")), 0);
+  EXPECT_EQ(cx->AddRow(chart, src), 2);
+  EXPECT_EQ(cx->AddDataValue(chart, src, income, str(" 12.5 ")), 0);  // reads as a number
+  EXPECT_EQ(cx->AddRow(chart, src), 3);
+  EXPECT_EQ(cx->AddDataValue(chart, src, city, str("Rome, IT")), 0);
+
+  EXPECT_EQ(feed().GetRowCount("source0"), 3u);
+  EXPECT_EQ(feed().Number("source0", "V1", 0), 35000.5);
+  EXPECT_EQ(feed().Number("source0", "V1", 1), 12.5);
+  EXPECT_EQ(feed().Kind("source0", "V1", 2), Kind::Missing);  // never written
+  EXPECT_EQ(feed().Text("source0", "V2", 0), "Paris");
+  EXPECT_EQ(feed().Kind("source0", "V2", 1), Kind::Missing);
+  EXPECT_EQ(feed().Text("source0", "V2", 2), "Rome, IT");
+  EXPECT_TRUE(messages().empty());
+}
+
+TEST_F(DataFeedTest, AllDataDoublesTurnsTextIntoNumbers) {
+  cx->AddRow(chart, src);
+  cx->AddDataValue(chart, src, city, str("12"));
+  EXPECT_EQ(feed().Kind("source0", "V2", 0), Kind::Number);
+  EXPECT_EQ(cx->AllDataDoubles(chart), chart);
+  cx->AddRow(chart, src);
+  cx->AddDataValue(chart, src, city, str("Oslo"));
+  EXPECT_EQ(feed().Kind("source0", "V2", 1), Kind::Number);
+}
+
+TEST_F(DataFeedTest, SourcesShareTheRowCounter) {
+  const int second = cx->AddSource(chart);
+  EXPECT_EQ(cx->AddRow(chart, src), 1);
+  EXPECT_EQ(cx->AddRow(chart, second), 2);
+  EXPECT_EQ(cx->AddRow(chart, src), 3);
+}
+
+TEST_F(DataFeedTest, ProgressLineEveryTenThousandRows) {
+  cxh_clear_debug();
+  for (int i = 1; i <= 20000; ++i) ASSERT_EQ(cx->AddRow(chart, src), i);
+  EXPECT_EQ(cxtest::debugLines(),
+            (std::vector<std::string>{"Added 10000 rows of data", "Added 20000 rows of data"}));
+}
+
+TEST_F(DataFeedTest, ValuesThatAreNoDataValues) {
+  const int frame = cx->AddFrame(chart, 0, -1);
+  // Before the first row the feed refuses the value; the chart lives on.
+  EXPECT_EQ(cx->AddDoubleDataValue(chart, src, income, 1.0), 0);
+  EXPECT_EQ(feed().GetRowCount("source0"), 0u);
+  cx->AddRow(chart, src);
+  EXPECT_EQ(cx->AddDataValue(chart, src, income, -1), -1);      // no value, chart unharmed
+  EXPECT_EQ(cx->AddDataValue(chart, src, frame, str("x")), 0);  // not a variable: ignored
+  EXPECT_NE(cx->getChart(chart), nullptr);
+  EXPECT_EQ(cx->AddDoubleDataValue(chart, src, frame, 1.0), -1);  // stricter: the chart goes
+  EXPECT_EQ(cx->getChart(chart), nullptr);
+  cxh_clear_reports();
+  EXPECT_EQ(cx->AddRow(chart, src), -1);  // quietly
+  EXPECT_TRUE(messages().empty());
+}
+
+TEST_F(DataFeedTest, AFailedChartRefusesDataAndIsDiscarded) {
+  cx->AddRow(chart, src);
+  EXPECT_EQ(cx->SetFatalError(chart), chart);
+  EXPECT_EQ(cx->AddRow(chart, src), -1);
+  EXPECT_NE(cx->getChart(chart), nullptr);
+  EXPECT_EQ(cx->AddDataValue(chart, src, city, str("x")), -1);
+  EXPECT_EQ(cx->getChart(chart), nullptr);
+}
+
+TEST_F(DataFeedTest, UnknownStringHandleStoresWhatTheTableYields) {
+  cx->AddRow(chart, src);
+  EXPECT_EQ(cx->AddDataValue(chart, src, city, 5000), 0);
+  EXPECT_EQ(messages(), std::vector<std::string>{"String not found for handle 5000"});
+  EXPECT_EQ(feed().Text("source0", "V2", 0), "");
+}
+
+}  // namespace

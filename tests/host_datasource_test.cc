@@ -1,0 +1,321 @@
+// Data sources: CSV reading, column typing, the dictionary file and the
+// procedure's view through a dictionary.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "chartxml/chartxml_host.h"
+#include "chartxml/host/Platform.h"
+#include "chartxml/host/VORN_DataSource.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Handles are dictionaries; a CSV handle is also its own data source.
+void* handleOf(VORN_DataSource* source) {
+  return static_cast<VORN_FortranDictionary*>(source);
+}
+VORN_DataSource* asSource(void* handle) {
+  return handle == nullptr ? nullptr : static_cast<VORN_FortranDictionary*>(handle)->Source();
+}
+
+struct Closer {
+  void operator()(VORN_DataSource* source) const { cxh_close(handleOf(source)); }
+};
+using Source = std::unique_ptr<VORN_DataSource, Closer>;
+
+class DataSourceTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    cxh_set_quiet(1);
+    cxh_clear_reports();
+    dir_ = fs::path(::testing::TempDir()) /
+           ("chartxml-datasrc-" + std::to_string(getpid()) + "-" +
+            ::testing::UnitTest::GetInstance()->current_test_info()->name());
+    fs::remove_all(dir_);
+    fs::create_directories(dir_);
+  }
+  void TearDown() override { fs::remove_all(dir_); }
+
+  std::string write(const std::string& name, const std::string& content) {
+    const fs::path file = dir_ / name;
+    std::ofstream(file, std::ios::binary) << content;
+    return file.string();
+  }
+  Source open(const std::string& path) { return Source(asSource(cxh_open_csv(path.c_str()))); }
+  Source load(const std::string& csv) { return open(write("data.csv", csv)); }
+
+  std::string lastReport() const {
+    const int count = cxh_report_count();
+    return count > 0 ? cxh_report_message(count - 1) : "";
+  }
+
+  fs::path dir_;
+};
+
+TEST_F(DataSourceTest, ReadsQuotedFieldsByteOrderMarkCrlfAndEmptyLastLine) {
+  Source source = load(
+      "\xEF\xBB\xBFid,name,note\r\n"
+      "1,\"Smith, Jo\",\"said \"\"hi\"\"\"\r\n"
+      "2,plain,\"two\r\nlines\"\r\n"
+      "3,,\r\n"
+      "\r\n");
+  ASSERT_NE(source, nullptr) << lastReport();
+  EXPECT_EQ(cxh_report_count(), 0);
+  ASSERT_EQ(source->ColumnCount(), 3);
+  EXPECT_EQ(source->RowCount(), 3);
+  EXPECT_EQ(source->GetVariable(0)->GetName(), "id");
+  EXPECT_EQ(source->GetString(0, 1), "Smith, Jo");
+  EXPECT_EQ(source->GetString(0, 2), "said \"hi\"");
+  EXPECT_EQ(source->GetString(1, 2), "two\r\nlines");
+  EXPECT_EQ(source->GetString(2, 1), "");
+  EXPECT_EQ(source->GetNumber(2, 0), 3);
+}
+
+TEST_F(DataSourceTest, EveryLineOfAOneColumnFileIsACase) {
+  // An empty line is then a missing value; only the final line break ends
+  // the file.
+  Source source = load("x\n1\n\n2\n\n");
+  ASSERT_NE(source, nullptr) << lastReport();
+  ASSERT_EQ(source->RowCount(), 4);
+  EXPECT_EQ(source->GetNumber(0, 0), 1);
+  EXPECT_EQ(source->GetNumber(1, 0), kVornMissingValue);
+  EXPECT_EQ(source->GetNumber(2, 0), 2);
+  EXPECT_EQ(source->GetNumber(3, 0), kVornMissingValue);
+}
+
+TEST_F(DataSourceTest, RefusesMalformedFilesNamingFileAndLine) {
+  struct Case {
+    const char* content;
+    int line;
+    const char* problem;
+  };
+  const Case cases[] = {
+      {"a,b\n1,2\n3\n", 3, "row has 1 field; the header has 2"},
+      {"a,b\n\"x\ny\",2\n1,2,3\n", 4, "row has 3 fields"},
+      {"a,b\n1,2\n\n3,4\n", 3, "row has 1 field"},
+      {"a,b\n1,2\n3,\"open\n4,5\n", 3, "not closed"},
+      {"a\n\"x\"y\n", 2, "after the closing quote"},
+      {"", 1, "empty file"},
+      {"\r\n", 1, "empty file"},
+      {"a,,c\n1,2,3\n", 1, "column 2 is empty"},
+      {"a,b,a\n1,2,3\n", 1, "\"a\" is used by columns 1 and 3"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.content);
+    cxh_clear_reports();
+    const std::string path = write("bad.csv", c.content);
+    EXPECT_EQ(open(path), nullptr);
+    ASSERT_EQ(cxh_report_count(), 1);
+    const std::string message = lastReport();
+    EXPECT_EQ(message.rfind(path + ":" + std::to_string(c.line) + ": ", 0), 0u) << message;
+    EXPECT_NE(message.find(c.problem), std::string::npos) << message;
+    EXPECT_EQ(cxh_report_line(0), c.line);
+  }
+
+  cxh_clear_reports();
+  const std::string missing = (dir_ / "absent.csv").string();
+  EXPECT_EQ(open(missing), nullptr);
+  EXPECT_EQ(lastReport().rfind(missing + ": ", 0), 0u) << lastReport();
+  EXPECT_EQ(cxh_open_csv(nullptr), nullptr);
+  EXPECT_EQ(cxh_report_count(), 2);
+}
+
+TEST_F(DataSourceTest, TypesColumnsAndGuessesFormatsWithoutADictionary) {
+  Source source = load(
+      "small,wide,tiny,text,mixed,special,empty\n"
+      "1.50,123456789.125,2.5e-3,a,1,nan,\n"
+      "-20,+7, 1 ,\xC3\xBC\x6E\xC3\xAF,x,1,\n"
+      ",0,0,,2,inf,\n");
+  ASSERT_NE(source, nullptr) << lastReport();
+  ASSERT_EQ(source->ColumnCount(), 7);
+
+  auto variable = [&](int column) { return *source->GetVariable(column); };
+  EXPECT_FALSE(variable(0).IsString());
+  EXPECT_EQ(variable(0).GetFormatEx(), VORN_Format(5, 8, 2));  // never narrower than 8
+  EXPECT_EQ(variable(1).GetFormatEx(), VORN_Format(5, 13, 3));
+  EXPECT_EQ(variable(2).GetFormatEx(), VORN_Format(5, 8, 4));
+  EXPECT_EQ(variable(3).GetFormatEx(), VORN_Format(1, 5, 0));  // bytes, not characters
+  EXPECT_TRUE(variable(4).IsString());
+  EXPECT_TRUE(variable(5).IsString());  // only finite numbers make a numeric column
+  EXPECT_FALSE(variable(6).IsString());
+  EXPECT_EQ(variable(0).GetMeasure(), VORN_Measure::Scale);
+  EXPECT_EQ(variable(3).GetMeasure(), VORN_Measure::Nominal);
+  EXPECT_EQ(variable(0).GetLabel(), "");
+  EXPECT_EQ(variable(0).GetValueLabels().Count(), 0u);
+
+  EXPECT_EQ(source->GetNumber(0, 0), 1.5);
+  EXPECT_EQ(source->GetNumber(1, 0), -20);
+  EXPECT_EQ(source->GetNumber(2, 0), kVornMissingValue);
+  EXPECT_EQ(source->GetNumber(1, 1), 7);
+  EXPECT_EQ(source->GetNumber(1, 2), 1);
+  EXPECT_EQ(source->GetString(0, 0), "1.5");
+  EXPECT_EQ(source->GetString(2, 0), "");
+  EXPECT_EQ(source->GetString(1, 3), "\xC3\xBC\x6E\xC3\xAF");
+  // A text cell that spells a number still reads as one.
+  EXPECT_EQ(source->GetNumber(0, 4), 1);
+  EXPECT_EQ(source->GetNumber(1, 4), kVornMissingValue);
+  EXPECT_EQ(source->GetNumber(0, 6), kVornMissingValue);
+
+  EXPECT_EQ(source->GetVariable(7), nullptr);
+  EXPECT_EQ(source->GetVariable(-1), nullptr);
+  EXPECT_EQ(source->GetNumber(3, 0), kVornMissingValue);
+  EXPECT_EQ(source->GetString(0, 7), "");
+}
+
+TEST_F(DataSourceTest, AppliesTheDictionary) {
+  const std::string path =
+      write("survey.csv", "sex,income,city\n1,1000.5,Oslo\n2,,Bergen\n9,20,Oslo\n");
+  write("survey.csv.dict.json", R"({ "variables": {
+    "sex": { "label": "Sex of respondent", "format": { "type": 5, "width": 1, "decimals": 0 },
+             "measure": "nominal", "valueLabels": { "2": "Female", "1.0": "Male" }, "missing": [9] },
+    "income": { "label": "Household income", "format": { "type": 4, "width": 10, "decimals": 2 },
+                "measure": "scale" },
+    "city": { "measure": "ordinal", "format": { "width": 12 }, "valueLabels": { "Oslo": "Capital" } }
+  } })");
+  Source source = open(path);
+  ASSERT_NE(source, nullptr) << lastReport();
+
+  VORN_Variable& sex = *source->GetVariable(0);
+  EXPECT_EQ(sex.GetLabel(), "Sex of respondent");
+  EXPECT_EQ(sex.GetFormatEx(), VORN_Format(5, 1, 0));
+  EXPECT_EQ(sex.GetMeasure(), VORN_Measure::Nominal);
+  EXPECT_TRUE(sex.IsUserMissing(9));
+  EXPECT_FALSE(sex.IsUserMissing(1));
+  EXPECT_EQ(source->GetNumber(2, 0), kVornMissingValue);
+  EXPECT_EQ(source->GetString(2, 0), "9");
+
+  // Pairs come in the dictionary's order, and a walk can be restarted.
+  VORN_ValueLabelMap& labels = sex.GetValueLabels();
+  for (int walk = 0; walk < 2; ++walk) {
+    labels.Reset();
+    VORN_Value value;
+    std::string label;
+    ASSERT_TRUE(labels.GetNextPair(value, label));
+    EXPECT_EQ(value.number, 2);
+    EXPECT_EQ(label, "Female");
+    ASSERT_TRUE(labels.GetNextPair(value, label));
+    EXPECT_FALSE(value.isString);
+    EXPECT_EQ(value.number, 1);
+    EXPECT_FALSE(labels.GetNextPair(value, label));
+    EXPECT_EQ(label, "Male");
+  }
+  ASSERT_NE(labels.Find(1.0), nullptr);
+  EXPECT_EQ(*labels.Find(1.0), "Male");
+  EXPECT_EQ(labels.Find(3.0), nullptr);
+  EXPECT_EQ(labels.Find(std::string("1")), nullptr);
+
+  const VORN_Variable& income = *source->GetVariable(1);
+  EXPECT_EQ(income.GetLabel(), "Household income");
+  EXPECT_EQ(income.GetFormatEx(), VORN_Format(4, 10, 2));
+
+  // Format keys left out keep the guessed values.
+  const VORN_Variable& city = *source->GetVariable(2);
+  EXPECT_EQ(city.GetLabel(), "");
+  EXPECT_EQ(city.GetFormatEx(), VORN_Format(1, 12, 0));
+  EXPECT_EQ(city.GetMeasure(), VORN_Measure::Ordinal);
+  ASSERT_NE(city.GetValueLabels().Find(std::string("Oslo")), nullptr);
+  EXPECT_EQ(*city.GetValueLabels().Find(std::string("Oslo")), "Capital");
+}
+
+TEST_F(DataSourceTest, RefusesABadDictionaryNamingTheFileAndVariable) {
+  struct Case {
+    const char* variables;
+    const char* problem;
+  };
+  const Case cases[] = {
+      {R"("nope": {})", "variable \"nope\": no such variable"},
+      {R"("n": { "format": { "type": 0 } })", "type 0 is not in 1..40"},
+      {R"("n": { "format": { "type": 41 } })", "type 41 is not in 1..40"},
+      {R"("n": { "format": { "width": 0 } })", "width 0 is not in 1..40"},
+      {R"("n": { "format": { "width": 41 } })", "width 41 is not in 1..40"},
+      {R"("s": { "format": { "width": 32768 } })", "width 32768 is not in 1..32767"},
+      {R"("n": { "format": { "decimals": 17, "width": 30 } })", "decimals 17 is not in 0..16"},
+      {R"("n": { "format": { "type": 5, "width": 4, "decimals": 4 } })", "decimals 4 leave"},
+      {R"("n": { "format": { "type": 1 } })", "numeric variable cannot have format type 1"},
+      {R"("s": { "format": { "type": 5 } })", "text variable needs format type 1"},
+      {R"("n": { "format": { "width": 8.5 } })", "width must be a whole number"},
+      {R"("n": { "measure": "interval" })", "measure \"interval\" is not"},
+      {R"("n": { "valueLabels": { "one": "One" } })", "key \"one\" is not a number"},
+      {R"("s": { "missing": ["x"] })", "only for numeric variables"},
+      {R"("n": { "lable": "typo" })", "unknown key \"lable\""},
+  };
+  const std::string path = write("d.csv", "n,s\n1,a\n");
+  const std::string dictionary = path + ".dict.json";
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.variables);
+    cxh_clear_reports();
+    write("d.csv.dict.json", std::string(R"({"variables": {)") + c.variables + "}}");
+    EXPECT_EQ(open(path), nullptr);
+    ASSERT_EQ(cxh_report_count(), 1);
+    const std::string message = lastReport();
+    EXPECT_EQ(message.rfind(dictionary + ": variable \"", 0), 0u) << message;
+    EXPECT_NE(message.find(c.problem), std::string::npos) << message;
+  }
+
+  cxh_clear_reports();
+  write("d.csv.dict.json", R"({"variables": {"n": )");
+  EXPECT_EQ(open(path), nullptr);
+  EXPECT_EQ(lastReport().rfind(dictionary + ": malformed JSON", 0), 0u) << lastReport();
+}
+
+TEST_F(DataSourceTest, ProcedureDictionaryMapsOneBasedNumbersToColumns) {
+  Source source = load("a,b,c\n1,2,3\n4,5,6\n");
+  ASSERT_NE(source, nullptr) << lastReport();
+  const int64_t columns[] = {2, 0};
+  void* handle = cxh_dictionary(handleOf(source.get()), columns, 2);
+  ASSERT_NE(handle, nullptr) << lastReport();
+  auto* dictionary = static_cast<VORN_FortranDictionary*>(handle);
+
+  ProcedureDataSource procedure(reinterpret_cast<void*>(0x10), dictionary);
+  EXPECT_EQ(procedure.Parent(), source.get());
+  EXPECT_EQ(procedure.DicPtr(0), 2);  // variable 1
+  EXPECT_EQ(procedure.DicPtr(1), 0);  // variable 2
+  EXPECT_EQ(procedure.DicPtr(2), -1);
+  EXPECT_EQ(procedure.DicPtr(-1), -1);
+  // The data source's own services keep the parent's column numbers.
+  EXPECT_EQ(procedure.ColumnCount(), 3);
+  EXPECT_EQ(procedure.RowCount(), 2);
+  EXPECT_EQ(procedure.GetVariable(1), source->GetVariable(1));
+  EXPECT_EQ(procedure.GetNumber(1, 2), 6);
+  EXPECT_EQ(procedure.GetString(0, 0), "1");
+
+  // A data source as its own dictionary: position k is column k.
+  ProcedureDataSource direct(nullptr, source.get());
+  EXPECT_EQ(direct.Parent(), source.get());
+  EXPECT_EQ(direct.DicPtr(2), 2);
+  EXPECT_EQ(direct.DicPtr(3), -1);
+  cxh_close(handle);
+
+  void* empty = cxh_dictionary(handleOf(source.get()), nullptr, 0);
+  ASSERT_NE(empty, nullptr);
+  EXPECT_EQ(ProcedureDataSource(nullptr, static_cast<VORN_FortranDictionary*>(empty)).DicPtr(0),
+            -1);
+  cxh_close(empty);
+  EXPECT_EQ(cxh_report_count(), 0);
+}
+
+TEST_F(DataSourceTest, RefusesInvalidDictionaryArguments) {
+  Source source = load("a,b\n1,2\n");
+  ASSERT_NE(source, nullptr) << lastReport();
+  const int64_t tooFar[] = {0, 2};
+  const int64_t negative[] = {-1};
+  EXPECT_EQ(cxh_dictionary(nullptr, tooFar, 1), nullptr);
+  EXPECT_EQ(cxh_dictionary(handleOf(source.get()), tooFar, -1), nullptr);
+  EXPECT_EQ(cxh_dictionary(handleOf(source.get()), nullptr, 1), nullptr);
+  EXPECT_EQ(cxh_dictionary(handleOf(source.get()), tooFar, 2), nullptr);
+  EXPECT_NE(lastReport().find("variable 2 names column 2"), std::string::npos) << lastReport();
+  EXPECT_EQ(cxh_dictionary(handleOf(source.get()), negative, 1), nullptr);
+  EXPECT_EQ(cxh_report_count(), 5);
+
+  cxh_close(nullptr);
+  EXPECT_EQ(cxh_report_count(), 5);
+}
+
+}  // namespace
