@@ -111,7 +111,10 @@ class Recorder : public benchmark::ConsoleReporter {
  public:
   void ReportRuns(const std::vector<Run>& runs) override {
     for (const Run& run : runs) {
-      if (run.run_type == Run::RT_Iteration) times[run.benchmark_name()] = run.GetAdjustedRealTime();
+      if (run.run_type != Run::RT_Iteration) continue;
+      // Names carry their arguments ("BM_FacadeFeed/min_time:1.000").
+      const std::string name = run.benchmark_name();
+      times[name.substr(0, name.find('/'))] = run.GetAdjustedCPUTime();
     }
     ConsoleReporter::ReportRuns(runs);
   }
@@ -160,7 +163,9 @@ int main(int argc, char** argv) {
     chart.feed(kRows);
     const std::size_t during = allocations.load() - before;
     std::printf("%-52s %10zu\n", "allocations while feeding 3,000,000 values", during);
-    ok &= check("allocations per value", static_cast<double>(during) / (3.0 * kRows), 1e-5, "");
+    // The columns' growth and the progress line every 10,000 rows allocate;
+    // a value does not.
+    ok &= check("allocations per value", static_cast<double>(during) / (3.0 * kRows), 1e-4, "");
 
     VarDataProcessor* feed = cx->getDataProcessor(chart.chart);
     ok &= check("numeric column, bytes per value",
@@ -180,6 +185,7 @@ int main(int argc, char** argv) {
     }
     const std::size_t during = allocations.load() - before;
     std::printf("%-52s %10zu\n", "allocations while feeding 1,000,000 texts", during);
+    ok &= check("allocations per text value", static_cast<double>(during) / kRows, 1e-3, "");
     VarDataProcessor* feed = cx->getDataProcessor(chart.chart);
     ok &= check("string column (5 distinct), bytes per value",
                 static_cast<double>(feed->BytesUsed("source0", "V1")) / kRows, kMaxStringBytes,

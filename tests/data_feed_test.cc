@@ -13,7 +13,7 @@ class DataFeedTest : public cxtest::FacadeTest {
  protected:
   void SetUp() override {
     FacadeTest::SetUp();
-    source = static_cast<VORN_DataSource*>(cxh_open_csv(CHARTXML_TEST_DATA_DIR "/people.csv"));
+    source = cxtest::openCsv(CHARTXML_TEST_DATA_DIR "/people.csv");
     ASSERT_NE(source, nullptr);
     chart = newChart();
     cx->SetDataSource(chart, source);

@@ -13,6 +13,7 @@
 
 #include "chartxml/ChartXml.h"
 #include "chartxml/chartxml_host.h"
+#include "chartxml/host/VORN_DataSource.h"
 
 namespace cxtest {
 
@@ -44,6 +45,11 @@ inline std::vector<std::string> debugLines() {
 
 inline std::string utf8(const XMLCh* text) {
   return text == nullptr ? std::string() : ChartString::toUTF8(std::u16string_view(text));
+}
+
+// A CSV data source; handles of the host are dictionaries.
+inline VORN_DataSource* openCsv(const char* path) {
+  return static_cast<VORN_DataSource*>(static_cast<VORN_FortranDictionary*>(cxh_open_csv(path)));
 }
 
 inline std::u16string widen(const std::string& ascii) {

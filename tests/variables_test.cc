@@ -18,7 +18,7 @@ class VariablesTest : public cxtest::FacadeTest {
  protected:
   void SetUp() override {
     FacadeTest::SetUp();
-    source = static_cast<VORN_DataSource*>(cxh_open_csv(CHARTXML_TEST_DATA_DIR "/people.csv"));
+    source = cxtest::openCsv(CHARTXML_TEST_DATA_DIR "/people.csv");
     ASSERT_NE(source, nullptr);
   }
   void TearDown() override {
@@ -116,10 +116,10 @@ TEST_F(VariablesTest, IndexAndSourceChecks) {
 }
 
 TEST_F(VariablesTest, FirstDataSourceStays) {
-  void* other = cxh_open_csv(CHARTXML_TEST_DATA_DIR "/people.csv");
+  VORN_DataSource* other = cxtest::openCsv(CHARTXML_TEST_DATA_DIR "/people.csv");
   const int chart = newChart();
   cx->SetDataSource(-1, source);
-  cx->SetDataSource(chart, static_cast<VORN_DataSource*>(other));
+  cx->SetDataSource(chart, other);
   const int v = cx->AddVariable(chart, 0, 1, false);
   EXPECT_GT(v, 0);
   cxh_close(other);  // not the chart's source: nothing refers to it

@@ -324,6 +324,17 @@ class DictionaryLoader {
       refuse(path_, std::string("malformed JSON: ") + e.what());
       return false;
     }
+    // Every value's type is tested before it is read; this only keeps a
+    // slip in those tests from escaping as an exception.
+    try {
+      return apply(root);
+    } catch (const Json::exception& e) {
+      return fail(e.what());
+    }
+  }
+
+ private:
+  bool apply(const Json& root) {
     if (!root.is_object()) return fail("the dictionary must be a JSON object");
     for (const auto& [key, value] : root.items()) {
       if (key != "variables") return fail("unknown key \"" + key + "\"");
@@ -344,7 +355,6 @@ class DictionaryLoader {
     return true;
   }
 
- private:
   bool fail(const std::string& problem) {
     refuse(path_, problem);
     return false;

@@ -253,7 +253,7 @@ Split splitSeconds(double value, int decimals) {
   return {seconds, fraction};
 }
 
-std::string clock(std::int64_t seconds, std::int64_t fraction, int decimals) {
+std::string clockText(std::int64_t seconds, std::int64_t fraction, int decimals) {
   char text[64];
   int n = std::snprintf(
       text, sizeof text, "%02lld:%02lld:%02lld", static_cast<long long>(seconds / 3600),
@@ -269,7 +269,7 @@ std::string dateTime(double value, int type, int decimals) {
     if (!(std::fabs(value) < kDurationLimit)) return "";
     const Split t = splitSeconds(std::fabs(value), decimals);
     const bool negative = value < 0 && (t.seconds != 0 || t.fraction != 0);
-    return (negative ? "-" : "") + clock(t.seconds, t.fraction, decimals);
+    return (negative ? "-" : "") + clockText(t.seconds, t.fraction, decimals);
   }
   if (!(value >= kFirstSecond && value < kEndSecond)) return "";
   const bool showsTime = type == kDateTime || type == kIsoDateTime;
@@ -298,7 +298,7 @@ std::string dateTime(double value, int type, int decimals) {
       break;
     case kDateTime:
       std::snprintf(text, sizeof text, "%02d-%s-%04d ", date.day, month, year);
-      return text + clock(secondOfDay, t.fraction, decimals);
+      return text + clockText(secondOfDay, t.fraction, decimals);
     case kMonthYear:
       std::snprintf(text, sizeof text, "%s %04d", month, year);
       break;
@@ -314,7 +314,7 @@ std::string dateTime(double value, int type, int decimals) {
       return kMonthNames[date.month - 1];
     case kIsoDateTime:
       std::snprintf(text, sizeof text, "%04d-%02d-%02dT", year, date.month, date.day);
-      return text + clock(secondOfDay, t.fraction, decimals);
+      return text + clockText(secondOfDay, t.fraction, decimals);
     default:  // kDateDmy
       std::snprintf(text, sizeof text, "%02d-%s-%04d", date.day, month, year);
       break;

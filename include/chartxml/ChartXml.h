@@ -260,7 +260,14 @@ class CHARTXML_EXPORT ChartXml {
   ChartTranscoder* createOLangTranscoder();
   ChartTranscoder* createLocalTranscoder();
 
+  // Removes a chart from the registry (and from the resolution cache).
+  void eraseChart(int chart);
+
   int nextHandle = 0;
+  // The chart resolved last: per-case calls name the same chart again and
+  // again, and skip the registry look-up. Cleared whenever a chart goes.
+  int lastChartHandle = -1;
+  Chart* lastChart = nullptr;
   std::unique_ptr<xercesc::SchemaValidator> validator;
   std::unique_ptr<ChartStringHandler> stringHandler;
   std::unique_ptr<chartxml::ChartRegistry> charts;

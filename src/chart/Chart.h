@@ -144,6 +144,7 @@ class Chart : public ChartBase {
   bool checkDataSource(int line);
   bool checkColumn(int column, int line);
   bool checkVariableList(int list, int line);
+  bool checkRole(int role, int line);
   // Sets an attribute from text that came from the host or a caller: only
   // when every character is legal in XML (else reported and left out).
   bool setTextAttribute(xercesc::DOMElement* element, const char16_t* name,

@@ -12,6 +12,7 @@
 #include "chartxml/host/formatter.h"
 #include "common/SourceNames.h"
 #include "common/XmlText.h"
+#include "role/Roles.h"
 
 using chartxml::isLegalXml;
 using chartxml::kChartSource;
@@ -29,13 +30,6 @@ constexpr int kYAxisCode = 148;
 
 bool hasTag(const DOMElement* element, const char16_t* tag) {
   return XMLString::equals(element->getTagName(), tag);
-}
-
-// Blanks (the space character only) at either end removed.
-std::string stripBlanks(const std::string& text) {
-  const auto first = text.find_first_not_of(' ');
-  if (first == std::string::npos) return std::string();
-  return text.substr(first, text.find_last_not_of(' ') - first + 1);
 }
 
 // A number written as %.16g, so that 1, 1.0 and 1.00 read the same.
@@ -65,6 +59,12 @@ bool Chart::checkColumn(int column, int line) {
 bool Chart::checkVariableList(int list, int line) {
   if (list >= 0 && list < variableListCounter_) return true;
   report("variable list handle out of range " + std::to_string(list), line);
+  return false;
+}
+
+bool Chart::checkRole(int role, int line) {
+  if (role >= chartxml::kFirstRole && role <= chartxml::kLastRole) return true;
+  report("invalid role " + std::to_string(role), line);
   return false;
 }
 
@@ -104,7 +104,7 @@ int Chart::AddSource() {
 
 void Chart::labelFromColumn(DOMElement* variable, const VORN_Variable& column,
                             bool expandLineBreaks) {
-  const std::string label = stripBlanks(column.GetLabel());
+  const std::string label = chartxml::stripBlanks(column.GetLabel());
   if (!label.empty()) {
     ChartString text = strings().transcode(label);
     if (expandLineBreaks) chartxml::expandNewlines(text);
@@ -333,10 +333,11 @@ int Chart::AddRelabels(int variable, int column) {
   std::string label;
   bool added = false;
   while (labels.GetNextPair(value, label)) {
+    // The formatter pads to the format's width; labels carry no padding.
     const std::string valueText =
         value.isString ? value.text
-                       : formatter::formattedValue(value.number, format.type, format.width,
-                                                   format.decimals);
+                       : chartxml::stripBlanks(formatter::formattedValue(
+                             value.number, format.type, format.width, format.decimals));
     if (valueText == label) continue;
     ChartString from = strings().transcode(valueText);
     ChartString to = strings().transcode(label);
@@ -354,11 +355,7 @@ int Chart::AddRelabels(int variable, int column) {
 int Chart::AddRangeVariable(int list) { return addExpressionVariable(list, 2); }
 
 int Chart::addExpressionVariable(int list, int mode) {
-  if (!checkVariableList(list, __LINE__)) return -1;
-  if (mode < 1 || mode > 7) {
-    report("invalid role " + std::to_string(mode), __LINE__);
-    return -1;
-  }
+  if (!checkVariableList(list, __LINE__) || !checkRole(mode, __LINE__)) return -1;
   auto found = variableLists_.find(list);
   if (found == variableLists_.end()) {
     report("AddOverlayExpressionVariable failed: could not find key " + std::to_string(list),

@@ -53,61 +53,50 @@ OmComposite* ChartStringHandler::findComposite(int handle, int line) {
   return it->second.get();
 }
 
+template <class Op>
+int ChartStringHandler::onComposite(int composite, const char* role, const char* failure,
+                                    Op op) {
+  if (!checkHandle(composite, role, kStringsSource, __LINE__)) return -1;
+  OmComposite* target = findComposite(composite, __LINE__);
+  if (target == nullptr) return -1;
+  // The cell library reports misuse by throwing; here it becomes a report.
+  try {
+    op(*target);
+  } catch (const std::exception&) {
+    report(failure, __LINE__);
+    return -1;
+  }
+  return 0;
+}
+
 int ChartStringHandler::addParameter(int composite, int parameter) {
   if (!checkHandle(composite, "composite", kStringsSource, __LINE__) ||
       !checkHandle(parameter, "parameter", kStringsSource, __LINE__)) {
     return -1;
   }
-  OmComposite* target = findComposite(composite, __LINE__);
-  if (target == nullptr) return -1;
-  const ChartString value = getString(parameter);
-  try {
-    target->Add(OmStringCell(value.toUTF8(), value.toUTF8ForEng()));
-  } catch (const std::exception&) {
-    report("add parameter failed", __LINE__);
-    return -1;
-  }
-  return 0;
+  return onComposite(composite, "composite", "add parameter failed", [&](OmComposite& target) {
+    const ChartString value = getString(parameter);
+    target.Add(OmStringCell(value.toUTF8(), value.toUTF8ForEng()));
+  });
 }
 
 int ChartStringHandler::beginRepeat(int composite) {
-  if (!checkHandle(composite, "pattern", kStringsSource, __LINE__)) return -1;
-  OmComposite* target = findComposite(composite, __LINE__);
-  if (target == nullptr) return -1;
-  try {
-    target->BeginRepeatList();
-  } catch (const std::exception&) {
-    report("begin repeat list failed", __LINE__);
-    return -1;
-  }
-  return 0;
+  return onComposite(composite, "pattern", "begin repeat list failed",
+                     [](OmComposite& target) { target.BeginRepeatList(); });
 }
 
 int ChartStringHandler::endRepeat(int composite) {
-  if (!checkHandle(composite, "pattern", kStringsSource, __LINE__)) return -1;
-  OmComposite* target = findComposite(composite, __LINE__);
-  if (target == nullptr) return -1;
-  try {
-    target->EndRepeatList();
-  } catch (const std::exception&) {
-    report("end repeat list failed", __LINE__);
-    return -1;
-  }
-  return 0;
+  return onComposite(composite, "pattern", "end repeat list failed",
+                     [](OmComposite& target) { target.EndRepeatList(); });
 }
 
 int ChartStringHandler::endComposite(int composite) {
-  if (!checkHandle(composite, "pattern", kStringsSource, __LINE__)) return -1;
-  OmComposite* target = findComposite(composite, __LINE__);
-  if (target == nullptr) return -1;
-  try {
-    target->End();
-    target->Substitute(true);
-  } catch (const std::exception&) {
-    report("end composite string failed", __LINE__);
-    return -1;
-  }
-  return composite;
+  const int result =
+      onComposite(composite, "pattern", "end composite string failed", [](OmComposite& target) {
+        target.End();
+        target.Substitute(true);
+      });
+  return result == 0 ? composite : result;
 }
 
 int ChartStringHandler::styleString(int string, int index) {

@@ -59,6 +59,10 @@ class ChartStringHandler {
  private:
   void insert(int code, const ChartString& text);
   OmComposite* findComposite(int handle, int line);
+  // Checks and finds the composite, then runs op on it; 0, or -1 (reported,
+  // with `failure` when op throws).
+  template <class Op>
+  int onComposite(int composite, const char* role, const char* failure, Op op);
   void report(const std::string& message, int line);
 
   ChartXml& owner_;

@@ -116,6 +116,7 @@ void ChartXml::reportFacade(const std::string& message, int line) {
 }
 
 Chart* ChartXml::getValidChart(int chart, const char* file, unsigned line, bool report) {
+  if (chart == lastChartHandle && lastChart != nullptr) return lastChart;
   const int reportLine = static_cast<int>(line);
   if (chart < 0 || chart > nextHandle) {
     if (report) {
@@ -141,7 +142,17 @@ Chart* ChartXml::getValidChart(int chart, const char* file, unsigned line, bool 
     }
     return nullptr;
   }
-  return entry->get();
+  lastChartHandle = chart;
+  lastChart = entry->get();
+  return lastChart;
+}
+
+void ChartXml::eraseChart(int chart) {
+  if (chart == lastChartHandle) {
+    lastChartHandle = -1;
+    lastChart = nullptr;
+  }
+  charts->erase(keyOf(chart));
 }
 
 int ChartXml::CreateChart() {
@@ -172,7 +183,7 @@ int ChartXml::EndChart(int chart) {
   const int status = forward(chart, chartxml::line::kEndChart, [](Chart& c) { return c.EndChart(); });
   // The chart goes whatever its completion status was.
   if (getValidChart(chart, kFacadeSource, chartxml::line::kEndChart, false) != nullptr) {
-    charts->erase(keyOf(chart));
+    eraseChart(chart);
     releaseIfEmpty();
   }
   return status;
@@ -180,13 +191,15 @@ int ChartXml::EndChart(int chart) {
 
 int ChartXml::KillChart(int chart) {
   if (getValidChart(chart, kFacadeSource, chartxml::line::kKillChart, false) != nullptr) {
-    charts->erase(keyOf(chart));
+    eraseChart(chart);
     releaseIfEmpty();
   }
   return 0;
 }
 
 int ChartXml::KillCharts() {
+  lastChartHandle = -1;
+  lastChart = nullptr;
   charts->clear();
   if (!_initialized) releaseShared();
   nextHandle = 0;

@@ -8,6 +8,7 @@
 #include "chartxml/host/Platform.h"
 #include "chartxml/host/VORN_DataSource.h"
 #include "chartxml/host/formatter.h"
+#include "common/XmlText.h"
 
 using chartxml::kStringsSource;
 
@@ -15,15 +16,9 @@ namespace {
 
 constexpr char kMissingKey[] = "E60712";
 
-std::string stripBlanks(const std::string& text) {
-  const auto first = text.find_first_not_of(' ');
-  if (first == std::string::npos) return std::string();
-  return text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
 // The formatter pads to the format's width; a chart label wants no padding.
 std::string formatted(double value, const VORN_Format& format) {
-  return stripBlanks(
+  return chartxml::stripBlanks(
       formatter::formattedValue(value, format.type, format.width, format.decimals));
 }
 
@@ -61,7 +56,7 @@ int ChartXml::VariableLabel(int variable) {
   return guard(-1, __LINE__, [&] {
     const VORN_Variable* column = columnOf(variable, __LINE__);
     if (column == nullptr) return -1;
-    const std::string label = stripBlanks(column->GetLabel());
+    const std::string label = chartxml::stripBlanks(column->GetLabel());
     return stringHandler->add(transcode(label.empty() ? column->GetName() : label));
   });
 }

@@ -20,6 +20,12 @@ bool isLegalXml(std::u16string_view text) {
 
 void expandNewlines(ChartString& text) { text.replace(u"\\n", u"\n"); }
 
+std::string stripBlanks(const std::string& text) {
+  const auto first = text.find_first_not_of(' ');
+  if (first == std::string::npos) return std::string();
+  return text.substr(first, text.find_last_not_of(' ') - first + 1);
+}
+
 std::u16string widenAscii(std::string_view ascii) {
   return std::u16string(ascii.begin(), ascii.end());
 }

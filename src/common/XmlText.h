@@ -2,6 +2,7 @@
 #ifndef CHARTXML_COMMON_XMLTEXT_H_
 #define CHARTXML_COMMON_XMLTEXT_H_
 
+#include <string>
 #include <string_view>
 
 #include "chartxml/host/ChartString.h"
@@ -14,6 +15,9 @@ bool isLegalXml(std::u16string_view text);
 
 // Replaces every backslash followed by 'n' with a line feed, in both forms.
 void expandNewlines(ChartString& text);
+
+// `text` without blanks (the space character only) at either end.
+std::string stripBlanks(const std::string& text);
 
 // Narrow ASCII (digits, tokens) widened to UTF-16 without a transcoder.
 std::u16string widenAscii(std::string_view ascii);

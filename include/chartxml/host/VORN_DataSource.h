@@ -49,6 +49,8 @@ enum class VORN_Measure { Nominal, Ordinal, Scale };
 
 class CHARTXML_EXPORT VORN_Variable {
  public:
+  // Until set otherwise: measure scale with fixed-point format (5, 8, 2) for
+  // numbers, measure nominal with string format (1, 8, 0) for texts.
   VORN_Variable(std::string name, bool isString);
 
   const std::string& GetName() const { return name_; }
