@@ -5,9 +5,12 @@
 #include <bit>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <limits>
+#include <memory>
 #include <new>
+#include <type_traits>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -44,6 +47,57 @@ constexpr std::size_t kEntryOverhead = sizeof(void*) + sizeof(std::string) + siz
                                        sizeof(std::size_t) + sizeof(void*) +
                                        sizeof(std::string_view);
 
+// The cells of one kind of a column. Storage grows by doubling and is left
+// uninitialised: only the cells below `filled` are valid, and a write past
+// them marks the gap as missing. Sequential rows therefore never pay for a
+// fill. The cells are trivially copyable, so growth uses realloc, which for
+// large blocks remaps pages instead of copying them.
+template <typename T>
+class Cells {
+  static_assert(std::is_trivially_copyable_v<T>);
+
+ public:
+  Cells() = default;
+  Cells(const Cells&) = delete;
+  Cells& operator=(const Cells&) = delete;
+  ~Cells() { std::free(data_); }
+
+  bool covers(std::uint32_t row) const { return row < filled_; }
+  T& operator[](std::uint32_t row) { return data_[row]; }
+  const T& operator[](std::uint32_t row) const { return data_[row]; }
+  std::size_t capacity() const { return capacity_; }
+
+  // Stores `value` at `row`; false when the storage cannot grow.
+  bool store(std::uint32_t row, T value, T missing, std::uint32_t initialRows,
+             std::size_t* allocations) {
+    if (row >= capacity_ && !grow(row, initialRows, allocations)) [[unlikely]]
+      return false;
+    if (row > filled_) [[unlikely]]
+      std::fill(data_ + filled_, data_ + row, missing);
+    data_[row] = value;
+    if (row >= filled_) filled_ = row + 1;
+    return true;
+  }
+
+ private:
+  [[gnu::noinline]] bool grow(std::uint32_t row, std::uint32_t initialRows,
+                              std::size_t* allocations) {
+    std::size_t capacity = capacity_ == 0 ? initialRows : capacity_;
+    while (capacity <= row) capacity *= 2;
+    capacity = std::min<std::size_t>(capacity, VarDataProcessor::kMaxRows);
+    void* grown = std::realloc(data_, capacity * sizeof(T));
+    if (grown == nullptr) return false;
+    data_ = static_cast<T*>(grown);
+    capacity_ = capacity;
+    ++*allocations;
+    return true;
+  }
+
+  T* data_ = nullptr;
+  std::size_t capacity_ = 0;
+  std::uint32_t filled_ = 0;
+};
+
 }  // namespace
 
 class VarDataProcessor::Column {
@@ -54,30 +108,27 @@ class VarDataProcessor::Column {
   // The hot path: a bounds check, a store, and the bookkeeping of the other
   // kind and the row span. Growth is out of line.
   bool setNumber(std::uint32_t row, double value) {
-    if (row >= numbers_.size() && !grow(numbers_, row, kMissing)) [[unlikely]]
+    if (!numbers_.store(row, value != value ? kCanonicalNaN : value, kMissing, initialRows_,
+                        allocations_)) [[unlikely]]
       return false;
-    numbers_[row] = value != value ? kCanonicalNaN : value;
-    if (row < codes_.size()) codes_[row] = 0;
+    if (codes_.covers(row)) codes_[row] = 0;
     if (row >= rows_) rows_ = row + 1;
     return true;
   }
 
   bool setText(std::uint32_t row, std::string_view text) {
-    if (row >= codes_.size() && !grow(codes_, row, std::uint32_t{0})) [[unlikely]]
-      return false;
     const auto found = dictionary_.find(text);
     const std::uint32_t code = found != dictionary_.end() ? found->second : intern(text);
-    if (code == 0) [[unlikely]]
+    if (code == 0 || !codes_.store(row, code, 0, initialRows_, allocations_)) [[unlikely]]
       return false;
-    codes_[row] = code;
-    if (row < numbers_.size()) numbers_[row] = kMissing;
+    if (numbers_.covers(row)) numbers_[row] = kMissing;
     if (row >= rows_) rows_ = row + 1;
     return true;
   }
 
   CellKind kind(std::uint32_t row) const {
-    if (row < codes_.size() && codes_[row] != 0) return CellKind::String;
-    if (row < numbers_.size() && !isMissing(numbers_[row])) return CellKind::Number;
+    if (codes_.covers(row) && codes_[row] != 0) return CellKind::String;
+    if (numbers_.covers(row) && !isMissing(numbers_[row])) return CellKind::Number;
     return CellKind::Missing;
   }
 
@@ -97,24 +148,6 @@ class VarDataProcessor::Column {
   }
 
  private:
-  // Doubles the column's capacity (starting from the source's initial size)
-  // until `row` fits. Capacity is reserved exactly, so the figures reported
-  // by bytesUsed are what the doubling schedule says.
-  template <typename T>
-  [[gnu::noinline]] bool grow(std::vector<T>& values, std::uint32_t row, T fill) {
-    std::size_t capacity = values.empty() ? initialRows_ : values.size();
-    while (capacity <= row) capacity *= 2;
-    capacity = std::min<std::size_t>(capacity, kMaxRows);
-    try {
-      values.reserve(capacity);
-      values.resize(capacity, fill);
-    } catch (const std::bad_alloc&) {
-      return false;
-    }
-    ++*allocations_;
-    return true;
-  }
-
   // Adds a text to the dictionary; its code is one more than its index in
   // texts_ (code 0 means no string). 0 when it cannot be stored.
   [[gnu::noinline]] std::uint32_t intern(std::string_view text) {
@@ -139,8 +172,8 @@ class VarDataProcessor::Column {
     return code;
   }
 
-  std::vector<double> numbers_;
-  std::vector<std::uint32_t> codes_;
+  Cells<double> numbers_;
+  Cells<std::uint32_t> codes_;
   std::uint32_t rows_ = 0;
   std::unordered_map<std::string, std::uint32_t, TextHash, std::equal_to<>> dictionary_;
   std::vector<std::string_view> texts_;

@@ -237,6 +237,9 @@ class CHARTXML_EXPORT ChartXml {
   ChartXml();
   ~ChartXml();
 
+  // The per-case resolution: the cached chart, else a quiet look-up.
+  // Defined in src/chartxml/Forward.h.
+  Chart* resolveQuietly(int chart);
   // Resolves the chart (reporting) and runs op(chart) under guard; -1 when the
   // chart does not resolve. Defined in src/chartxml/Forward.h.
   template <class Op>

@@ -124,9 +124,30 @@ class Chart : public ChartBase {
   void writeDisplayFormat(xercesc::DOMElement* meta, const VORN_Format& format);
 
   // ---- Data rows (DataFeed.cc) --------------------------------------------
-  int AddRow();
+  // The two per-case operations are inline: they run once per case and
+  // variable.
+  int AddRow() {
+    if (fatalError()) return -1;
+    ++rowCounter_;
+    if (rowCounter_ % kProgressEvery == 0) [[unlikely]]
+      reportProgress();
+    return static_cast<int>(rowCounter_);
+  }
   int AddDataValue(int variable, int text);
-  int AddDoubleDataValue(int variable, double value);
+  int AddDoubleDataValue(int variable, double value) {
+    if (fatalError()) return -1;
+    VarDataProcessor::_varinfo* record = feedRecord(variable);
+    if (record == nullptr) return -1;  // stricter than AddDataValue: no such variable
+    // Before the first row the index wraps to the top; the feed refuses it.
+    dataProcessor_.SetVariableValue(record, rowCounter_ - 1, value);
+    return 0;
+  }
+  // The feed record of a data-source variable, or null.
+  VarDataProcessor::_varinfo* feedRecord(int variable) const {
+    return variable >= 0 && static_cast<std::size_t>(variable) < feedRecords_.size()
+               ? feedRecords_[variable]
+               : nullptr;
+  }
   void AllDataDoubles() { allDoubles_ = true; }
   std::uint32_t rowCount() const { return rowCounter_; }
   VarDataProcessor& dataProcessor() { return dataProcessor_; }
@@ -170,6 +191,8 @@ class Chart : public ChartBase {
   bool fatalError_ = false;
 
   // Variables and data.
+  static constexpr std::uint32_t kProgressEvery = 10000;
+  void reportProgress() const;
   int addDataSourceVariable(int source, int column, bool categorical);
   void labelFromColumn(xercesc::DOMElement* variable, const VORN_Variable& column,
                        bool expandLineBreaks);

@@ -6,23 +6,13 @@
 #include "chart/Chart.h"
 #include "chartstringhandler/ChartStringHandler.h"
 
-namespace {
-constexpr std::uint32_t kProgressEvery = 10000;
-}
-
-int Chart::AddRow() {
-  if (fatalError()) return -1;
-  ++rowCounter_;
-  if (rowCounter_ % kProgressEvery == 0) {
-    printDebugInfo("Added " + std::to_string(rowCounter_) + " rows of data");
-  }
-  return static_cast<int>(rowCounter_);
+void Chart::reportProgress() const {
+  printDebugInfo("Added " + std::to_string(rowCounter_) + " rows of data");
 }
 
 int Chart::AddDataValue(int variable, int text) {
   if (fatalError()) return -1;
-  if (variable < 0 || static_cast<std::size_t>(variable) >= feedRecords_.size()) return 0;
-  VarDataProcessor::_varinfo* record = feedRecords_[variable];
+  VarDataProcessor::_varinfo* record = feedRecord(variable);
   if (record == nullptr) return 0;  // not a data-source variable: nothing stored
   const std::uint32_t row = rowCounter_ - 1;  // before the first row: the feed refuses it
   const ChartString* value = strings().peek(text);
@@ -39,14 +29,5 @@ int Chart::AddDataValue(int variable, int text) {
   } else {
     dataProcessor_.SetVariableValue(record, row, value->convertToDouble());
   }
-  return 0;
-}
-
-int Chart::AddDoubleDataValue(int variable, double value) {
-  if (fatalError()) return -1;
-  if (variable < 0 || static_cast<std::size_t>(variable) >= feedRecords_.size()) return -1;
-  VarDataProcessor::_varinfo* record = feedRecords_[variable];
-  if (record == nullptr) return -1;
-  dataProcessor_.SetVariableValue(record, rowCounter_ - 1, value);
   return 0;
 }

@@ -6,7 +6,7 @@ using chartxml::kFacadeSource;
 
 int ChartXml::AddRow(int chart, int /*source*/) {
   return guard(-1, __LINE__, [&] {
-    Chart* target = getValidChart(chart, kFacadeSource, __LINE__, false);
+    Chart* target = resolveQuietly(chart);
     return target == nullptr ? -1 : target->AddRow();
   });
 }
@@ -14,7 +14,7 @@ int ChartXml::AddRow(int chart, int /*source*/) {
 int ChartXml::AddDataValue(int chart, int /*source*/, int variableHandle, int text) {
   if (text == -1) return -1;  // no value; the chart is not harmed
   return guard(-1, __LINE__, [&] {
-    Chart* target = getValidChart(chart, kFacadeSource, __LINE__, false);
+    Chart* target = resolveQuietly(chart);
     if (target == nullptr) return -1;
     const int result = target->AddDataValue(variableHandle, text);
     if (result == -1) KillChart(chart);
@@ -24,7 +24,7 @@ int ChartXml::AddDataValue(int chart, int /*source*/, int variableHandle, int te
 
 int ChartXml::AddDoubleDataValue(int chart, int /*source*/, int variableHandle, double value) {
   return guard(-1, __LINE__, [&] {
-    Chart* target = getValidChart(chart, kFacadeSource, __LINE__, false);
+    Chart* target = resolveQuietly(chart);
     if (target == nullptr) return -1;
     const int result = target->AddDoubleDataValue(variableHandle, value);
     if (result == -1) KillChart(chart);

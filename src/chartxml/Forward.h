@@ -44,4 +44,9 @@ int ChartXml::forward(int chart, int line, Op op) {
   });
 }
 
+inline Chart* ChartXml::resolveQuietly(int chart) {
+  if (chart == lastChartHandle) return lastChart;
+  return getValidChart(chart, chartxml::kFacadeSource, 0, false);
+}
+
 #endif  // CHARTXML_CHARTXML_FORWARD_H_
