@@ -33,8 +33,8 @@ TEST_F(ChartDocumentTest, EndChartCompletesAndReleases) {
   cx->AddFrame(chart, 0, -1);
   EXPECT_EQ(cx->EndChart(chart), 0);
   EXPECT_EQ(cx->getChart(chart), nullptr);
-  EXPECT_EQ(cxtest::debugLines(), (std::vector<std::string>{"CreateChart", "endChart - Start",
-                                                           "endChart - Final"}));
+  EXPECT_EQ(cxtest::debugLines(),
+            (std::vector<std::string>{"CreateChart", "endChart - Start", "endChart - Final"}));
 }
 
 TEST_F(ChartDocumentTest, BootstrappingEndsWithoutCompletion) {

@@ -10,12 +10,14 @@ static_assert(std::is_copy_assignable_v<formatSpec> && std::is_move_assignable_v
 
 namespace {
 
-int code(int type, int width, int decimals) { return (type << 16) | (width << 8) | decimals; }
+int code(int type, int width, int decimals) {
+  return (type << 16) | (width << 8) | decimals;
+}
 
 TEST(FormatSpecTest, PrintNumericTypes) {
   for (int type = 0; type < 64; ++type) {
-    const bool expected = (type >= 3 && type <= 7) || (type >= 15 && type <= 17) ||
-                          (type >= 31 && type <= 37);
+    const bool expected =
+        (type >= 3 && type <= 7) || (type >= 15 && type <= 17) || (type >= 31 && type <= 37);
     EXPECT_EQ(formatSpec::is_print_numeric(type), expected) << type;
   }
 }

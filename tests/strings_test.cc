@@ -187,11 +187,11 @@ TEST_F(StringsTest, JapaneseTablesComeBackThroughTheirCodePage) {
 TEST_F(StringsTest, EveryOutputLanguageReadsBackItsOwnCodePage) {
   const std::string dir = ::testing::TempDir() + "/cx_codepages";
   const std::vector<std::pair<std::string, std::string>> samples = {
-      {"ru", "\u041E\u0441\u044C"},            // Cyrillic, CP1251
-      {"pl", "O\u015B"},                         // Polish, CP1250
-      {"zh-tw", "\u8EF8\u7DDA"},                // Traditional Chinese, CP950
-      {"zh-cn", "\u8F74\u7EBF"},                // Simplified Chinese, CP936
-      {"ko", "\uCD95"},                          // Korean, CP949
+      {"ru", "\u041E\u0441\u044C"},                // Cyrillic, CP1251
+      {"pl", "O\u015B"},                           // Polish, CP1250
+      {"zh-tw", "\u8EF8\u7DDA"},                   // Traditional Chinese, CP950
+      {"zh-cn", "\u8F74\u7EBF"},                   // Simplified Chinese, CP936
+      {"ko", "\uCD95"},                            // Korean, CP949
       {"fr", "Axe d\u2019abscisse \u00E9t\u00E9"}  // anything else, CP1252
   };
   for (const auto& [language, text] : samples) {

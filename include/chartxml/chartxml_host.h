@@ -24,9 +24,9 @@ extern "C" {
 #endif
 
 /* Settings. */
-CHARTXML_EXPORT void cxh_set_language(const char* code);   /* "en", "ja", "zh-tw", ... */
+CHARTXML_EXPORT void cxh_set_language(const char* code); /* "en", "ja", "zh-tw", ... */
 CHARTXML_EXPORT void cxh_set_string_tables(const char* dir);
-CHARTXML_EXPORT void cxh_set_code_page(const char* name);  /* the default multibyte code page */
+CHARTXML_EXPORT void cxh_set_code_page(const char* name); /* the default multibyte code page */
 CHARTXML_EXPORT void cxh_set_bootstrapping(int on);
 CHARTXML_EXPORT void cxh_set_quiet(int on); /* 1: reports are not echoed to standard error */
 

@@ -39,7 +39,9 @@ bool exemptFromStyle(const DOMElement* element) {
 Chart::Chart(int chartIndex, ChartStringHandler* strings)
     : strings_(strings), chartIndex_(chartIndex) {}
 
-Chart::~Chart() { releaseDocument(document_); }
+Chart::~Chart() {
+  releaseDocument(document_);
+}
 
 bool Chart::CreateChart() {
   printDebugInfo("CreateChart");
@@ -75,7 +77,8 @@ void Chart::reportParent(const char* message, const DOMElement* parent, int line
 bool Chart::checkHandle(int handle, const char* what, const char* file, int line) {
   if (handle >= 0 && handle <= nextHandle_) return true;
   std::ostringstream message;
-  message << what << " handle (" << handle << ") out of range (" << "0-" << nextHandle_ << ")";
+  message << what << " handle (" << handle << ") out of range ("
+          << "0-" << nextHandle_ << ")";
   errorHandler_.error(ChartException(message.str(), file, line));
   return false;
 }
@@ -172,8 +175,7 @@ int Chart::addStyle(DOMElement* container, const char16_t* id) {
   return 0;
 }
 
-int Chart::addReferencedStyle(DOMElement* idSource, DOMElement* target,
-                              const char16_t* attribute) {
+int Chart::addReferencedStyle(DOMElement* idSource, DOMElement* target, const char16_t* attribute) {
   std::u16string value;
   if (!hasTag(target, KytoUni::_axis)) {
     value = std::u16string(target->getTagName()) + ChartBase::_underscore;
@@ -238,7 +240,9 @@ int Chart::SetLogUnsafe() {
   return -1;
 }
 
-void Chart::SetProcedure(const ChartString& name) { procedureName_ = name.toUTF8(); }
+void Chart::SetProcedure(const ChartString& name) {
+  procedureName_ = name.toUTF8();
+}
 
 std::string Chart::serialize() const {
   ChartPrinter printer;

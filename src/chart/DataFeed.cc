@@ -13,7 +13,7 @@ void Chart::reportProgress() const {
 int Chart::AddDataValue(int variable, int text) {
   if (fatalError()) return -1;
   VarDataProcessor::_varinfo* record = feedRecord(variable);
-  if (record == nullptr) return 0;  // not a data-source variable: nothing stored
+  if (record == nullptr) return 0;            // not a data-source variable: nothing stored
   const std::uint32_t row = rowCounter_ - 1;  // before the first row: the feed refuses it
   const ChartString* value = strings().peek(text);
   if (value == nullptr) {

@@ -37,10 +37,17 @@ struct DatePattern {
 };
 
 constexpr DatePattern kDatePatterns[] = {
-    {20, u"dd-MMM-yyyy"}, {21, u"MM/dd/yyyy"},          {22, u"dd.MM.yyyy"},
-    {23, u"yyyy/MM/dd"},  {24, u"dd-MMM-yyyy HH:mm:ss"}, {25, u"HH:mm:ss"},
-    {26, u"MMM yyyy"},    {27, u"q Q yyyy"},             {28, u"EEEE"},
-    {29, u"MMMM"},        {30, u"dd-MMM-yyyy HH:mm"},
+    {20, u"dd-MMM-yyyy"},
+    {21, u"MM/dd/yyyy"},
+    {22, u"dd.MM.yyyy"},
+    {23, u"yyyy/MM/dd"},
+    {24, u"dd-MMM-yyyy HH:mm:ss"},
+    {25, u"HH:mm:ss"},
+    {26, u"MMM yyyy"},
+    {27, u"q Q yyyy"},
+    {28, u"EEEE"},
+    {29, u"MMMM"},
+    {30, u"dd-MMM-yyyy HH:mm"},
 };
 
 bool isFormatChild(const DOMNode* node) {
@@ -53,7 +60,9 @@ void set(DOMElement* element, const char16_t* name, const std::u16string& value)
   element->setAttribute(name, value.c_str());
 }
 
-std::u16string number(int value) { return widenAscii(std::to_string(value)); }
+std::u16string number(int value) {
+  return widenAscii(std::to_string(value));
+}
 
 }  // namespace
 
@@ -84,7 +93,8 @@ void Chart::writeDisplayFormat(DOMElement* meta, const VORN_Format& format) {
   set(numbers, u"useGrouping", grouped ? KytoUni::_true : KytoUni::_false);
   if (type == 4) set(numbers, u"prefix", u"$");
   if (type >= 31 && type <= 35) {
-    set(numbers, u"prefix", u"CC" + std::u16string(1, static_cast<char16_t>(u'A' + type - 31)) + u" ");
+    set(numbers, u"prefix",
+        u"CC" + std::u16string(1, static_cast<char16_t>(u'A' + type - 31)) + u" ");
   }
   if (type == 6) set(numbers, u"suffix", u"%");
   if (type == 7) set(numbers, KytoUni::_scientific, KytoUni::_true);

@@ -56,8 +56,8 @@ int Chart::AddLabel(int parent, int idSuffix, int content) {
   DOMElement* label = document()->createElement(KytoUni::_label);
   assignId(label, idSuffix);
   if (content != -1) label->appendChild(document()->createTextNode(text.c_str()));
-  insertChild(owner, label,
-              {KytoUni::_majorTicks, KytoUni::_minorTicks, KytoUni::_legendTarget,
-               KytoUni::_transform});
+  insertChild(
+      owner, label,
+      {KytoUni::_majorTicks, KytoUni::_minorTicks, KytoUni::_legendTarget, KytoUni::_transform});
   return registerElement(label);
 }

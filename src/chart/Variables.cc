@@ -94,8 +94,8 @@ int Chart::AddSource() {
   DOMElement* source = document()->createElement(KytoUni::_source);
   const int handle = registerElement(source);
   AddID(source, widenAscii(id).c_str());
-  insertChild(root(), source, {KytoUni::_variable, KytoUni::_domain, KytoUni::_frame,
-                               KytoUni::_style});
+  insertChild(root(), source,
+              {KytoUni::_variable, KytoUni::_domain, KytoUni::_frame, KytoUni::_style});
   DOMElement* access = document()->createElement(u"otherAccess");
   access->setAttribute(KytoUni::_type, KytoUni::_object);
   source->appendChild(access);
@@ -137,8 +137,8 @@ int Chart::addDataSourceVariable(int source, int column, bool categorical) {
     variable->setAttribute(KytoUni::_source, sourceId.c_str());
   }
   DOMElement* meta = metaOf(variable);
-  meta->setAttribute(KytoUni::_creator, (std::u16string(ChartBase::_external_) +
-                                         ChartBase::_datasource).c_str());
+  meta->setAttribute(KytoUni::_creator,
+                     (std::u16string(ChartBase::_external_) + ChartBase::_datasource).c_str());
   variable->setAttribute(KytoUni::_categorical, categorical ? KytoUni::_true : KytoUni::_false);
   if (!categorical) writeDisplayFormat(meta, columnInfo->GetFormatEx());
   insertChild(root(), variable, {KytoUni::_domain, KytoUni::_frame, KytoUni::_style});
@@ -352,7 +352,9 @@ int Chart::AddRelabels(int variable, int column) {
   return added ? variable : -1;
 }
 
-int Chart::AddRangeVariable(int list) { return addExpressionVariable(list, 2); }
+int Chart::AddRangeVariable(int list) {
+  return addExpressionVariable(list, 2);
+}
 
 int Chart::addExpressionVariable(int list, int mode) {
   if (!checkVariableList(list, __LINE__) || !checkRole(mode, __LINE__)) return -1;
@@ -376,8 +378,7 @@ int Chart::addExpressionVariable(int list, int mode) {
   const ChartString axisLabel = strings().getString(mode == 1 ? kXAxisCode : kYAxisCode);
   setTextAttribute(variable, KytoUni::_shortLabel, axisLabel.str());
   metaOf(variable)->setAttribute(
-      KytoUni::_creator,
-      (std::u16string(ChartBase::_internal_) + KytoUni::_variable).c_str());
+      KytoUni::_creator, (std::u16string(ChartBase::_internal_) + KytoUni::_variable).c_str());
   insertChild(root(), variable, {KytoUni::_domain, KytoUni::_frame, KytoUni::_style});
   return registerElement(variable);
 }

@@ -7,8 +7,8 @@
 #include "chartxml/host/ChartException.h"
 #include "common/SourceNames.h"
 
-using chartxml::kStringsSource;
 using chartxml::keyOf;
+using chartxml::kStringsSource;
 
 ChartStringHandler::ChartStringHandler(ChartXml& owner, ChartErrorHandler& errors)
     : owner_(owner), errors_(errors) {
@@ -33,8 +33,8 @@ int ChartStringHandler::add(const ChartString& text) {
 
 int ChartStringHandler::addComposite(const ChartString& pattern) {
   const int handle = next_++;
-  composites_[handle] = std::make_unique<OmComposite>(
-      OmStringCell(pattern.toUTF8(), pattern.toUTF8ForEng()));
+  composites_[handle] =
+      std::make_unique<OmComposite>(OmStringCell(pattern.toUTF8(), pattern.toUTF8ForEng()));
   return handle;
 }
 
@@ -54,8 +54,7 @@ OmComposite* ChartStringHandler::findComposite(int handle, int line) {
 }
 
 template <class Op>
-int ChartStringHandler::onComposite(int composite, const char* role, const char* failure,
-                                    Op op) {
+int ChartStringHandler::onComposite(int composite, const char* role, const char* failure, Op op) {
   if (!checkHandle(composite, role, kStringsSource, __LINE__)) return -1;
   OmComposite* target = findComposite(composite, __LINE__);
   if (target == nullptr) return -1;
@@ -144,4 +143,6 @@ ChartString ChartStringHandler::transcode(const std::string& narrow) {
   return owner_.transcode(narrow);
 }
 
-ChartString ChartStringHandler::translate(const std::string& key) { return owner_.translate(key); }
+ChartString ChartStringHandler::translate(const std::string& key) {
+  return owner_.translate(key);
+}

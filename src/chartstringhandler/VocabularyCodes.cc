@@ -167,7 +167,7 @@ constexpr struct {
   const char* key;
 } kTranslated[] = {{55, "X Variable"}, {56, "Y Variable"}, {148, "Y Axis"}, {155, "X Axis"}};
 
-constexpr const char16_t* kAxisSuffixes[] = {u"x",   u"y",     u"z",     u"r",     u"phi",
+constexpr const char16_t* kAxisSuffixes[] = {u"x",     u"y",     u"z",     u"r",     u"phi",
                                              u"theta", u"xtick", u"ytick", u"ztick", u"rtick"};
 
 }  // namespace

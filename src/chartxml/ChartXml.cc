@@ -9,8 +9,8 @@
 #include <xercesc/validators/schema/SchemaValidator.hpp>
 
 #include "chartstringhandler/ChartStringHandler.h"
-#include "chartxml/Forward.h"
 #include "chartxml/ChartRegistry.h"
+#include "chartxml/Forward.h"
 #include "chartxml/host/ChartErrorHandler.h"
 #include "chartxml/host/ChartException.h"
 #include "chartxml/host/ChartTranscoder.h"
@@ -19,15 +19,17 @@
 #include "chartxml/host/VORN_DataSource.h"
 #include "common/SourceNames.h"
 
-using chartxml::kFacadeSource;
 using chartxml::keyOf;
+using chartxml::kFacadeSource;
 
 ChartXml* ChartXml::_instance = nullptr;
 bool ChartXml::_initialized = false;
 
 namespace {
 
-std::string stringTablePath() { return PathFactory::getPathInstance(3).getPath(); }
+std::string stringTablePath() {
+  return PathFactory::getPathInstance(3).getPath();
+}
 
 }  // namespace
 
@@ -97,7 +99,7 @@ ChartTranscoder* ChartXml::createOLangTranscoder() {
   static constexpr struct {
     const char* language;
     const char* codePage;
-  } kCodePages[] = {{"ru", "CP1251"}, {"pl", "CP1250"}, {"zh-tw", "CP950"},
+  } kCodePages[] = {{"ru", "CP1251"},   {"pl", "CP1250"}, {"zh-tw", "CP950"},
                     {"zh-cn", "CP936"}, {"ko", "CP949"},  {"ja", "CP932"}};
   const std::string language = OLang().GetLanguageCode();
   const char* codePage = "CP1252";
@@ -180,7 +182,8 @@ void ChartXml::releaseShared() {
 }
 
 int ChartXml::EndChart(int chart) {
-  const int status = forward(chart, chartxml::line::kEndChart, [](Chart& c) { return c.EndChart(); });
+  const int status =
+      forward(chart, chartxml::line::kEndChart, [](Chart& c) { return c.EndChart(); });
   // The chart goes whatever its completion status was.
   if (getValidChart(chart, kFacadeSource, chartxml::line::kEndChart, false) != nullptr) {
     eraseChart(chart);
@@ -246,7 +249,8 @@ const std::string& ChartXml::SetProcedure(int chart, const std::string& name) {
     dictionary->SetGlobalStringTable(stringTablePath());
     procedureTable = dictionary->SetProcedure(name);
     if (chart != -1) {
-      if (Chart* target = getValidChart(chart, kFacadeSource, chartxml::line::kSetProcedure, true)) {
+      if (Chart* target =
+              getValidChart(chart, kFacadeSource, chartxml::line::kSetProcedure, true)) {
         target->SetProcedure(transcode(name));
       }
     }

@@ -4,8 +4,8 @@
 #include <string>
 
 #include "chartstringhandler/ChartStringHandler.h"
-#include "chartxml/Forward.h"
 #include "chartxml/ChartXml.h"
+#include "chartxml/Forward.h"
 #include "chartxml/host/ChartBase.h"
 #include "chartxml/host/ChartErrorHandler.h"
 #include "chartxml/host/ChartException.h"
@@ -19,7 +19,9 @@
 using chartxml::kFacadeSource;
 using chartxml::kStringsSource;
 
-int ChartXml::String(const std::string& text) { return NStringNoTranslate(text); }
+int ChartXml::String(const std::string& text) {
+  return NStringNoTranslate(text);
+}
 
 int ChartXml::NStringNoTranslate(const std::string& text) {
   return guard(-1, __LINE__, [&] { return stringHandler->add(transcode(text)); });
@@ -67,7 +69,9 @@ int ChartXml::Double(double value) {
   });
 }
 
-int ChartXml::Integer(int value) { return Double(static_cast<double>(value)); }
+int ChartXml::Integer(int value) {
+  return Double(static_cast<double>(value));
+}
 
 int ChartXml::ResetStrings() {
   return guard(0, __LINE__, [&] {

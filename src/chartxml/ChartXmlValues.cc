@@ -75,8 +75,7 @@ int ChartXml::ValueLabel(int variable, double value, int maxLength) {
   });
 }
 
-int ChartXml::ValueLabel(int variable, double value, int maxLength,
-                         const std::string& patternKey) {
+int ChartXml::ValueLabel(int variable, double value, int maxLength, const std::string& patternKey) {
   const int text = ValueLabel(variable, value, maxLength);
   if (text < 0) return text;
   const int composite = CompositeString(patternKey);

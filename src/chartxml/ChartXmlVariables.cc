@@ -1,8 +1,8 @@
 // The facade's data-source and variable operations.
 #include <string>
 
-#include "chartxml/Forward.h"
 #include "chartstringhandler/ChartStringHandler.h"
+#include "chartxml/Forward.h"
 #include "chartxml/host/VORN_DataSource.h"
 
 using chartxml::kFacadeSource;
@@ -50,9 +50,9 @@ int ChartXml::getVariableIndex(int variable) {
   if (procedure == nullptr) return variable;
   const int columns = procedure->Parent() == nullptr ? 0 : procedure->Parent()->ColumnCount();
   if (variable >= 1 && variable <= columns) return procedure->DicPtr(variable - 1);
-  reportFacade("variable index out of range " + std::to_string(variable) + " " +
-                   std::to_string(columns),
-               __LINE__);
+  reportFacade(
+      "variable index out of range " + std::to_string(variable) + " " + std::to_string(columns),
+      __LINE__);
   return -1;
 }
 
@@ -99,15 +99,18 @@ int ChartXml::SetVariableFormat(int chart, int variableHandle, long formatCode) 
 }
 
 int ChartXml::SetVariableLabel(int chart, int variableHandle, int text) {
-  return forward(chart, __LINE__, [&](Chart& c) { return c.SetVariableLabel(variableHandle, text); });
+  return forward(chart, __LINE__,
+                 [&](Chart& c) { return c.SetVariableLabel(variableHandle, text); });
 }
 
 int ChartXml::SetVariableName(int chart, int variableHandle, int text) {
-  return forward(chart, __LINE__, [&](Chart& c) { return c.SetVariableName(variableHandle, text); });
+  return forward(chart, __LINE__,
+                 [&](Chart& c) { return c.SetVariableName(variableHandle, text); });
 }
 
 int ChartXml::SetVariableValue(int chart, int variableHandle, int text) {
-  return forward(chart, __LINE__, [&](Chart& c) { return c.SetVariableValue(variableHandle, text); });
+  return forward(chart, __LINE__,
+                 [&](Chart& c) { return c.SetVariableValue(variableHandle, text); });
 }
 
 int ChartXml::GetVariableFormat(int chart, int variable) {

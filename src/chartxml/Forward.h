@@ -39,7 +39,8 @@ Result ChartXml::guard(Result failure, int line, Op op) {
 template <class Op>
 int ChartXml::forward(int chart, int line, Op op) {
   return guard(-1, line, [&]() -> int {
-    Chart* target = getValidChart(chart, chartxml::kFacadeSource, static_cast<unsigned>(line), true);
+    Chart* target =
+        getValidChart(chart, chartxml::kFacadeSource, static_cast<unsigned>(line), true);
     return target == nullptr ? -1 : op(*target);
   });
 }

@@ -23,9 +23,13 @@ VORN_Format withMoreDecimals(int formatCode, int extra, bool widen) {
 formatSpec& formatSpec::operator=(const formatSpec&) = default;
 formatSpec& formatSpec::operator=(formatSpec&&) = default;
 
-VORN_Format formatSpec::Mean(int formatCode) { return withMoreDecimals(formatCode, 2, false); }
+VORN_Format formatSpec::Mean(int formatCode) {
+  return withMoreDecimals(formatCode, 2, false);
+}
 
-VORN_Format formatSpec::StdDev(int formatCode) { return withMoreDecimals(formatCode, 3, true); }
+VORN_Format formatSpec::StdDev(int formatCode) {
+  return withMoreDecimals(formatCode, 3, true);
+}
 
 bool formatSpec::is_print_numeric(int type) {
   return (type >= 3 && type <= 7) || (type >= 15 && type <= 17) || (type >= 31 && type <= 37);

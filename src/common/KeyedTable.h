@@ -53,9 +53,7 @@ class KeyedTable {
     }
     return nullptr;
   }
-  const Value* find(const ChartKey& key) const {
-    return const_cast<KeyedTable*>(this)->find(key);
-  }
+  const Value* find(const ChartKey& key) const { return const_cast<KeyedTable*>(this)->find(key); }
 
   // Removes the key's entry; false if there was none.
   bool erase(const ChartKey& key) {
@@ -142,7 +140,9 @@ class KeyedTable {
 };
 
 // A one-component key with its hash code up to date.
-inline ChartKey keyOf(int value) { return ChartKey(value); }
+inline ChartKey keyOf(int value) {
+  return ChartKey(value);
+}
 
 }  // namespace chartxml
 

@@ -18,7 +18,9 @@ bool isLegalXml(std::u16string_view text) {
   return true;
 }
 
-void expandNewlines(ChartString& text) { text.replace(u"\\n", u"\n"); }
+void expandNewlines(ChartString& text) {
+  text.replace(u"\\n", u"\n");
+}
 
 std::string stripBlanks(const std::string& text) {
   const auto first = text.find_first_not_of(' ');
