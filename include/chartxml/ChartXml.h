@@ -222,11 +222,93 @@ class CHARTXML_EXPORT ChartXml {
   // As LRValue, but the missing value gives the translated "missing" text.
   int LRValueAsString(double value, int format);
 
-  // ---- Frames and labels ----------------------------------------------------
-  // A frame under the document element (0) or a frame; suffix names its id.
+  // ---- Frames, elements, positions and aesthetics ----------------------------
+  // Builders return the new element's handle, setters the handle they were
+  // given; both -1 on failure. `suffix` (-1: none) names the new element's id:
+  // its tag, "_" and the suffix text; without one the id is the tag and a
+  // per-chart serial.
+  //
+  // A frame under the document element (0) or a frame.
   int AddFrame(int chart, int parent, int suffix);
+  // A graphic element of `type` ("point", "line", "interval", ...) under a
+  // frame or element group.
+  int AddElement(int chart, int parent, int type, int suffix);
+  int AddElementGroup(int chart, int frame, int suffix);
+  // An element binned on a hexagonal grid: its position bins x and y and its
+  // size shows the count.
+  int AddBinnedElement(int chart, int parent, int type, int suffix, int xVariable, int yVariable);
+  int AddPosition(int chart, int element);
+  // Positional members referring to a variable element, under an element or
+  // position, kept in the order x, y, z (theta, r, phi for polar charts).
+  int AddX(int chart, int parent, int variable);
+  int AddY(int chart, int parent, int variable);
+  int AddZ(int chart, int parent, int variable);
+  int AddR(int chart, int parent, int variable);
+  int AddTheta(int chart, int parent, int variable);
+  int AddPhi(int chart, int parent, int variable);
+  int AddColor(int chart, int element, int variable);
+  int AddSplit(int chart, int element, int variable);
+  // Styles of an element that vary by a variable's values: by the default
+  // cycle, by colour, by pattern, or by both.
+  int AddStyleBy(int chart, int element, int variable);
+  int AddStyleByColor(int chart, int element, int variable);
+  int AddStyleByPattern(int chart, int element, int variable);
+  int AddStyleByColorAndPattern(int chart, int element, int variable);
   // A label under any element, replacing the parent's earlier label.
   int AddLabel(int chart, int parent, int idSuffix, int content);
+  // Value labels of an element drawn from a variable.
+  int AddLabeling(int chart, int element, int variable);
+  int AddLabelingSuffix(int chart, int element, int variable, int suffix);
+  // An aggregate variable (see AddAggregate) described as a labeling.
+  int AddLabelingAggregate(int chart, int sourceVariable, int function, bool categorical,
+                           int labelText, int shortLabelText, int domain);
+  // Stacks (or not) the elements of a position's element. The position, or -1.
+  int AddStack(int chart, int position, bool stacked);
+  int SetElementDot(int chart, int element, int dot);
+  // Names an element or a guide.
+  int SetElementName(int chart, int elementOrGuide, int name);
+  int SetElementPositionModifier(int chart, int element, int modifier);
+  // Returns 0 on success.
+  int SetLabelCollisionHandling(int chart, int element, int handling);
+  int SetDisplayOverlappingLabels(int chart, int element, bool show);
+  int SetFrameClipping(int chart, int frame, bool clip);
+
+  // ---- Domains, sorts, statistics and aggregates --------------------------------
+  int AddDomain(int chart, bool categorical);
+  // A reference from a domain to another domain or a variable with the same
+  // categorical setting.
+  int AddDomainReference(int chart, int domain, int target);
+  int AddIntervalEx(int chart, int domain, int minText, int maxText);
+  int AddSort(int chart, int domain);
+  // Sets the domain's sort descending, making the sort if needed. The domain.
+  int SetDomainDescending(int chart, int domain, bool descending);
+  int SetSortDescending(int chart, int sort, bool descending);
+  int AddSimpleSort(int chart, int sort);
+  int SetSimpleSortMethod(int chart, int simpleSort, int methodText);
+  int AddStatisticSort(int chart, int sort, int sourceVariable, int statVariable);
+  // A statistic of `method` under any element ("histogram" gets its facets'
+  // shared-specification parameter).
+  int AddStatistic(int chart, int parent, int methodText);
+  // A name/value parameter under a statistic, guide or element.
+  int AddParam(int chart, int statisticOrElement, int nameText, int valueText);
+  // Adds a bin-width parameter to every histogram statistic: 1, or -1 when
+  // there is none or the width is not positive.
+  int SetBinWidth(int chart, const double& width);
+  // Describes the statistic a variable shows, once per variable: returns the
+  // code (-1 for codes 0, 2, 24 and unknown ones).
+  int SetSummaryFunction(int chart, int variable, int code, const double& p1, const double& p2);
+  // A variable computed from another (function: a vocabulary code for the
+  // case number, count and percent names, else any function number).
+  int AddAggregate(int chart, int sourceVariable, int function, bool categorical, int labelText,
+                   int shortLabelText, int domain);
+  int AddWeightAggregate(int chart, int sourceVariable, int labelText, int shortLabelText);
+  // Marks an aggregate as computed by the host. The meta element's handle.
+  int SetAggregateExternal(int chart, int variable);
+  int AddNumberFormat(int chart, int parent);
+  int SetNumberFormatPrefix(int chart, int numberFormat, int text);
+  int SetNumberFormatMaxFractionDigits(int chart, int numberFormat, int text);
+  // Does nothing: always -1.
+  int SetNumberFormatMinFractionDigits(int chart, int numberFormat, int digits);
 
  protected:
   // The chart under `chart`, or null. When `report` is set a failure is

@@ -152,6 +152,60 @@ class Chart : public ChartBase {
   std::uint32_t rowCount() const { return rowCounter_; }
   VarDataProcessor& dataProcessor() { return dataProcessor_; }
 
+  // ---- Elements, positions and aesthetics (ElementBuilders.cc) ------------
+  int AddElement(int parent, int type, int suffix);
+  int AddElementGroup(int frame, int suffix);
+  int AddBinnedElement(int parent, int type, int suffix, int xVariable, int yVariable);
+  int AddPosition(int element);
+  // The positional members by role code (1 x, 2 y, 3 z, 4 r, 5 theta, 6 phi).
+  int addPositional(int role, int parent, int variable);
+  int AddColor(int element, int variable);
+  int AddSplit(int element, int variable);
+  int AddStyleBy(int element, int variable);
+  int AddStyleByColor(int element, int variable);
+  int AddStyleByPattern(int element, int variable);
+  int AddStyleByColorAndPattern(int element, int variable);
+  int addSize(int parent, int variable);
+  int setSizeHigh(int size, int text);
+  int setSizeLow(int size, int text);
+  int AddLabeling(int element, int variable);
+  int AddLabelingSuffix(int element, int variable, int suffix);
+  int AddLabelingAggregate(int sourceVariable, int function, bool categorical, int labelText,
+                           int shortLabelText, int domain);
+  int AddStack(int position, bool stacked);
+  int SetElementDot(int element, int dot);
+  int SetElementName(int elementOrGuide, int name);
+  int SetElementPositionModifier(int element, int modifier);
+  int SetLabelCollisionHandling(int element, int handling);
+  int SetDisplayOverlappingLabels(int element, bool show);
+  int SetFrameClipping(int frame, bool clip);
+  int setPositionModifier(xercesc::DOMElement* target, const ChartString& text);
+
+  // ---- Domains and sorts (DomainBuilders.cc) -------------------------------
+  int AddDomain(bool categorical);
+  int AddDomainReference(int domain, int target);
+  int AddIntervalEx(int domain, int minText, int maxText);
+  int AddSort(int domain);
+  int SetDomainDescending(int domain, bool descending);
+  int SetSortDescending(int sort, bool descending);
+  int AddSimpleSort(int sort);
+  int SetSimpleSortMethod(int simpleSort, int methodText);
+  int AddStatisticSort(int sort, int sourceVariable, int statVariable);
+
+  // ---- Statistics, aggregates and number formats (StatisticBuilders.cc) ----
+  int AddStatistic(int parent, int methodText);
+  int AddParam(int statisticOrElement, int nameText, int valueText);
+  int SetBinWidth(double width);
+  int SetSummaryFunction(int variable, int code, double p1, double p2);
+  int AddAggregate(int sourceVariable, int function, bool categorical, int labelText,
+                   int shortLabelText, int domain);
+  int AddWeightAggregate(int sourceVariable, int labelText, int shortLabelText);
+  int SetAggregateExternal(int variable);
+  int AddNumberFormat(int parent);
+  int SetNumberFormatPrefix(int numberFormat, int text);
+  int setNumberFormatSuffix(int numberFormat, int text);
+  int SetNumberFormatMaxFractionDigits(int numberFormat, int text);
+
   // ---- Accessors ----------------------------------------------------------
   xercesc::DOMDocument* document() const { return document_; }
   xercesc::DOMElement* root() const;
