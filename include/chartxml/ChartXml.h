@@ -56,7 +56,8 @@ class CHARTXML_EXPORT ChartXml {
   // Marks the instance as initialised (strings and data source then outlive
   // the last chart) and returns it, creating it if needed.
   static ChartXml* Initialize();
-  // The instance, created on first use.
+  // The instance, created on first use; null only when it could not be made
+  // (out of memory).
   static ChartXml* GetInstance();
   // Destroys the instance (and every chart still open). Returns null.
   static ChartXml* Terminate();
@@ -83,6 +84,16 @@ class CHARTXML_EXPORT ChartXml {
   // Marks the y dimension's scale parameter "safe" as false. Always -1, also
   // after a change.
   int SetLogUnsafe(int chart);
+  // What is sent with the chart: its template name (-1 for an empty name,
+  // else 0), its kind (1 or 2 for icicle plots: returns 1; other kinds -1),
+  // and its description (0, or -1 when the text is empty or the handle bad).
+  int SetChartTemplate(int chart, const std::string& name);
+  int SetChartType(int chart, int kind);
+  int CreateChartDescription(int chart, int text);
+  int SetChartDescription(int chart, const std::string& text);
+  // Whether `xml` is a well-formed document (nothing external is read).
+  // Needs chart 0 to exist, whatever chart the caller means: false without it.
+  bool ValidXML(const std::string& xml);
   // The chart's data feed (owned by the chart), or null when the handle does
   // not resolve.
   VarDataProcessor* getDataProcessor(int chart);

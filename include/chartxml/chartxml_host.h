@@ -29,6 +29,9 @@ CHARTXML_EXPORT void cxh_set_string_tables(const char* dir);
 CHARTXML_EXPORT void cxh_set_code_page(const char* name); /* the default multibyte code page */
 CHARTXML_EXPORT void cxh_set_bootstrapping(int on);
 CHARTXML_EXPORT void cxh_set_quiet(int on); /* 1: reports are not echoed to standard error */
+/* Where sent charts are written (chart-NNNN.xml and chart-NNNN.SOURCE.csv);
+ * NULL: keep them in memory only. */
+CHARTXML_EXPORT void cxh_set_output_dir(const char* dir);
 
 /* Data sources. cxh_open_csv reads PATH (RFC 4180: a header row of variable
  * names, one row per case, an empty field is a missing value) and, when it
@@ -64,6 +67,15 @@ CHARTXML_EXPORT void cxh_clear_debug(void);
 /* The document of a chart still being built, as GetXmlBuffer gives it ("" if
  * there is no such chart). Provided by libchartxml. */
 CHARTXML_EXPORT const char* cxh_chart_xml(int64_t chart);
+
+/* Charts the host has been sent, oldest first. */
+CHARTXML_EXPORT int cxh_sent_count(void);
+CHARTXML_EXPORT const char* cxh_sent_xml(int i);         /* the final document text */
+CHARTXML_EXPORT const char* cxh_sent_description(int i); /* UTF-8 */
+CHARTXML_EXPORT const char* cxh_sent_template(int i);
+/* The data of SOURCE (e.g. "source0") as CSV; NULL if the chart has none. */
+CHARTXML_EXPORT const char* cxh_sent_data_csv(int i, const char* source);
+CHARTXML_EXPORT void cxh_clear_sent(void);
 
 #ifdef __cplusplus
 }

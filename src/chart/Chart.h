@@ -78,10 +78,18 @@ class Chart : public ChartBase {
   std::string serialize() const;
 
   // ---- Completion (Completion.cc) ---------------------------------------
-  // Ends the chart: appends the style elements to the document. 0, or -1 when
-  // the host is bootstrapping, the chart is marked fatal or the styles cannot
-  // be attached.
+  // Ends the chart: appends the style elements, has the sending library parse
+  // the document and adjust its model, and sends document and data. 0, or -1
+  // when the host is bootstrapping, the chart is marked fatal, or attaching
+  // or sending fails (reported).
   int EndChart();
+  // -1 for an empty name (nothing changed), else 0.
+  int SetChartTemplate(const std::string& name);
+  // Kinds 1 and 2 only (icicle plots): 1, else -1 and nothing changed.
+  int SetChartType(int kind);
+  // The description from a string handle: 0 when it is now non-empty, -1
+  // when empty or the handle is bad.
+  int CreateChartDescription(int text);
   // Appends the style container and cycles to the document element. 0, or -1
   // (reported).
   int attachStyles();
@@ -243,6 +251,9 @@ class Chart : public ChartBase {
   chartxml::KeyedTable<xercesc::DOMElement*> elements_;
   int nextIdSerial_ = 1;
   bool fatalError_ = false;
+  ChartString description_;
+  std::string chartTemplate_;
+  int chartKind_ = 0;
 
   // Variables and data.
   static constexpr std::uint32_t kProgressEvery = 10000;

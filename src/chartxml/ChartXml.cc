@@ -3,7 +3,6 @@
 
 #include <string>
 
-#include <xercesc/framework/XMLGrammarPool.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLException.hpp>
 #include <xercesc/validators/schema/SchemaValidator.hpp>
@@ -39,7 +38,13 @@ ChartXml* ChartXml::Initialize() {
 }
 
 ChartXml* ChartXml::GetInstance() {
-  if (_instance == nullptr) new ChartXml();  // the constructor publishes itself
+  if (_instance != nullptr) return _instance;
+  try {
+    new ChartXml();  // the constructor publishes itself
+  } catch (...) {
+    // A construction that failed has been unwound: nothing usable is left.
+    _instance = nullptr;
+  }
   return _instance;
 }
 

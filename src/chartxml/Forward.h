@@ -14,12 +14,15 @@
 #include "chartxml/ChartXml.h"
 #include "chartxml/host/ChartErrorHandler.h"
 #include "chartxml/host/ChartException.h"
+#include "chartxml/host/Platform.h"
 #include "common/SourceNames.h"
 
 template <class Result, class Op>
 Result ChartXml::guard(Result failure, int line, Op op) {
   try {
     return op();
+  } catch (const VornGoToCaller&) {
+    throw;  // the host's own unwinding: it must reach the host
   } catch (const ChartException& e) {
     errorHandler->error(e);
   } catch (const xercesc::DOMException& e) {

@@ -53,6 +53,11 @@ struct CHARTXML_EXPORT VORN_Globals {
   static const double infinity;
 };
 
+// The host's return-to-caller unwinding: when the host throws it through the
+// library, the library lets it pass untouched (it is the host's control flow,
+// not an error of the library). The reference host never throws it.
+struct CHARTXML_EXPORT VornGoToCaller {};
+
 // The most negative finite double: the host's mark of a missing numeric value.
 inline constexpr double kVornMissingValue = -1.7976931348623157e308;
 
