@@ -9,22 +9,19 @@
 #include <xercesc/dom/DOMImplementationRegistry.hpp>
 #include <xercesc/dom/DOMNamedNodeMap.hpp>
 #include <xercesc/framework/MemBufInputSource.hpp>
-#include <xercesc/parsers/SAX2XMLReaderImpl.hpp>
 #include <xercesc/sax/SAXException.hpp>
-#include <xercesc/sax/SAXParseException.hpp>
-#include <xercesc/sax2/DefaultHandler.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
-#include <xercesc/util/SecurityManager.hpp>
 #include <xercesc/util/XMLException.hpp>
 #include <xercesc/util/XMLString.hpp>
-#include <xercesc/util/XMLUni.hpp>
 
 #include "chartutl/ReportLog.h"
+#include "chartutl/SafeParse.h"
 #include "chartxml/host/ChartErrorHandler.h"
 #include "chartxml/host/ChartString.h"
 
 using namespace xercesc;
+namespace safeparse = cxhost::safeparse;
 
 namespace {
 
@@ -61,41 +58,6 @@ bool guarded(Operation operation, int line) noexcept {
   }
   return false;
 }
-
-struct DoctypeFound {};
-
-// The scanner announces every DOCTYPE here, before reading any internal
-// subset; the SAX lexical callback would miss one without subsets.
-class DoctypeRefusingReader : public SAX2XMLReaderImpl {
- public:
-  void doctypeDecl(const DTDElementDecl&, const XMLCh* const, const XMLCh* const, const bool,
-                   const bool) override {
-    throw DoctypeFound{};
-  }
-};
-
-// Keeps the first error of a well-formedness check.
-class FirstErrorHandler : public DefaultHandler {
- public:
-  void error(const SAXParseException& e) override { record(e); }
-  void fatalError(const SAXParseException& e) override { record(e); }
-  void warning(const SAXParseException&) override {}
-
-  bool failed() const { return failed_; }
-  const std::string& problem() const { return problem_; }
-
- private:
-  void record(const SAXParseException& e) {
-    if (failed_) return;
-    failed_ = true;
-    problem_ = "XML is not well-formed at line " + std::to_string(e.getLineNumber()) + ", column " +
-               std::to_string(e.getColumnNumber()) + ": " +
-               ChartString::toUTF8(e.getMessage() ? e.getMessage() : u"");
-  }
-
-  bool failed_ = false;
-  std::string problem_;
-};
 
 }  // namespace
 
@@ -177,22 +139,10 @@ std::string ChartBase::asString(int value) {
 bool ChartBase::ValidXML(const std::string& xml) {
   if (!platformReady(__LINE__)) return false;
   bool wellFormed = false;
-  FirstErrorHandler handler;
+  safeparse::FirstErrorHandler handler;
   try {
-    // Nothing outside the text is ever read: no DTD, no external entity, and
-    // a DOCTYPE stops the parse before its internal subset could define
-    // entities. The security manager bounds entity expansion regardless.
-    SecurityManager security;
-    security.setEntityExpansionLimit(16);
-    auto parser = std::make_unique<DoctypeRefusingReader>();
-    parser->setFeature(XMLUni::fgSAX2CoreValidation, false);
-    parser->setFeature(XMLUni::fgSAX2CoreNameSpaces, false);
-    parser->setFeature(XMLUni::fgXercesLoadExternalDTD, false);
-    parser->setFeature(XMLUni::fgXercesDisableDefaultEntityResolution, true);
-    parser->setProperty(XMLUni::fgXercesSecurityManager, &security);
-    parser->setContentHandler(&handler);
-    parser->setErrorHandler(&handler);
-    parser->setDTDHandler(&handler);  // without one the reader skips doctypeDecl
+    // Nothing outside the text is ever read (see SafeParse.h).
+    auto parser = std::make_unique<safeparse::SafeReader>(handler);
     MemBufInputSource input(reinterpret_cast<const XMLByte*>(xml.data()), xml.size(), "chart");
     parser->parse(input);
     if (handler.failed()) {
@@ -200,8 +150,8 @@ bool ChartBase::ValidXML(const std::string& xml) {
     } else {
       wellFormed = true;
     }
-  } catch (const DoctypeFound&) {
-    cxhost::report("DOCTYPE is not allowed in a chart document", kSource, __LINE__);
+  } catch (const safeparse::DoctypeFound&) {
+    cxhost::report(safeparse::kDoctypeRefused, kSource, __LINE__);
   } catch (const SAXException& e) {
     guarded(
         [&] {

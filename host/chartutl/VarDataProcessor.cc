@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -331,16 +332,20 @@ std::string VarDataProcessor::ToCsv(const std::string& source) const {
   }
   out += '\n';
   const std::uint32_t rows = GetRowCount(source);
-  char number[32];
+  char number[64];
   for (std::uint32_t row = 0; row < rows; ++row) {
     for (std::size_t i = 0; i < s->columns.size(); ++i) {
       if (i > 0) out += ',';
       const Column& column = *s->columns[i];
       switch (column.kind(row)) {
-        case CellKind::Number:
-          std::snprintf(number, sizeof number, "%.16g", column.number(row));
-          out += number;
+        case CellKind::Number: {
+          // As printf("%.16g") writes it in the "C" locale, whatever the
+          // process locale: a decimal comma would break the CSV.
+          const auto written = std::to_chars(number, number + sizeof number, column.number(row),
+                                             std::chars_format::general, 16);
+          out.append(number, written.ptr);
           break;
+        }
         case CellKind::String:
           appendCsvField(out, column.text(row));
           break;

@@ -237,6 +237,11 @@ class Chart : public ChartBase {
   void report(const std::string& message, int line);
   // Checks a string handle with the string table's check, naming `role`.
   bool checkString(int handle, const char* role, int line);
+  // The text of a string handle that passed checkString, read before a builder
+  // creates anything. False (reported) when the handle names no string (the
+  // next, not yet issued handle passes the range check) or, with an
+  // `attribute`, when XML cannot hold the text as that attribute's value.
+  bool callerText(int handle, const char16_t* attribute, ChartString& text, int line);
   // Reports "MESSAGE" + the element's tag: the wrong-parent message.
   void reportParent(const char* message, const xercesc::DOMElement* parent, int line);
 
@@ -262,6 +267,10 @@ class Chart : public ChartBase {
   void labelFromColumn(xercesc::DOMElement* variable, const VORN_Variable& column,
                        bool expandLineBreaks);
   xercesc::DOMElement* newRelabel(const ChartString& from, const ChartString& to);
+  // The aggregate variable that AddAggregate and AddWeightAggregate share; the
+  // data feed knows it as `sourceName` (StatisticBuilders.cc).
+  int addAggregate(int sourceVariable, const std::u16string& sourceName, bool categorical,
+                   int labelText, int shortLabelText, int domain, bool weight);
 
   VORN_DataSource* dataSource_ = nullptr;
   std::uint32_t sourceCounter_ = 0;

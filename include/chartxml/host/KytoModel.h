@@ -48,7 +48,8 @@ class CHARTXML_EXPORT CTVariableType {
   ChartString getDescription() const;
   // Removes that description.
   void removeDescription();
-  // The variable's `extension` child, or null; addExtension makes one.
+  // The variable's `extension` child, or null. addExtension appends one
+  // when there is none and otherwise gives the existing one.
   KytoExtension* getExtension();
   KytoExtension* addExtension();
   xercesc::DOMElement* element() const { return element_; }
@@ -73,7 +74,8 @@ class CHARTXML_EXPORT KytoAxis {
  public:
   explicit KytoAxis(xercesc::DOMElement* element);
   ~KytoAxis();
-  // The axis's major ticks; made (appended) when it has none.
+  // The axis's major ticks; made when it has none, placed ahead of its
+  // minor ticks and legend targets as the library places them.
   KytoMajorTicks* getMajorTicks();
 
  private:

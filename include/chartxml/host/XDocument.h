@@ -38,15 +38,24 @@ class CHARTXML_EXPORT XGraph {
 class CHARTXML_EXPORT XDocument {
  public:
   // Parses `templateText`. `validate`: check the document against the
-  // chart vocabulary's element names (unknown elements are reported, not
-  // refused); `keepWhiteSpace`: keep white-space-only text nodes.
+  // chart vocabulary's element names (unknown elements are reported, once
+  // per name, not refused); `keepWhiteSpace`: keep white-space-only text
+  // nodes. Throws ChartException (source "host/xchart") when the text does
+  // not parse, declares a DOCTYPE or nests elements deeper than 512 levels;
+  // nothing is reported then, the caller does.
   XDocument(const std::string& templateText, bool validate, bool keepWhiteSpace);
   ~XDocument();
   XDocument(const XDocument&) = delete;
   XDocument& operator=(const XDocument&) = delete;
 
   XGraph* getExternalGraph();
-  // Adjusts statistical-process charts (see the implementation's comment).
+  // Statistical-process (control) charts: the control and specification
+  // limits are line guides that would otherwise look like data. Every guide
+  // whose id holds controlchart_UCL, controlchart_LCL, controlchart_USpec or
+  // controlchart_LSpec is drawn dashed: "stroke-dasharray:5px 3px" is added
+  // to the `value` of its style; a style shared with other elements is
+  // copied first (id GUIDEID_limitStyle) so only the limit changes. Other
+  // documents are left unchanged; running it twice changes nothing more.
   void customizeSPCharts();
 
   void SetDescription(const ChartString& description);
@@ -74,8 +83,12 @@ class CHARTXML_EXPORT XDocument {
 class CHARTXML_EXPORT customizeCharts {
  public:
   explicit customizeCharts(KytoVisualization* model) : model_(model) {}
-  // Icicle plots: see the implementation's comment. `vertical` for chart
-  // kind 2; `rows` is the number of cases of the first data source.
+  // Icicle plots are drawn from interval elements stacked by level. Every
+  // `element` of type `interval` in a graph (directly or in an element
+  // group) gets layout="icicle", or "icicle-vertical" when `vertical`
+  // (chart kind 2). With more than 50 `rows` (cases of the first data
+  // source) the cells are too thin for text, so those elements' labelings
+  // get visible="false". Elements of other types are left unchanged.
   void customizeIciclePlots(bool vertical, unsigned rows);
 
  private:

@@ -1,0 +1,191 @@
+// The model view: thin wrappers that read and change the parsed document in
+// place, so that nothing has to be copied back before sending.
+#include "chartxml/host/KytoModel.h"
+
+#include <string>
+
+#include <xercesc/dom/DOMDocument.hpp>
+#include <xercesc/dom/DOMNodeList.hpp>
+#include <xercesc/util/XMLString.hpp>
+
+#include "chartxml/host/ChartBase.h"
+#include "chartxml/host/KytoUni.h"
+
+using xercesc::DOMElement;
+using xercesc::XMLString;
+
+namespace {
+
+constexpr char16_t kTrueCentered[] = u"trueCentered";
+
+bool hasTag(const DOMElement* element, const char16_t* tag) {
+  return XMLString::equals(element->getTagName(), tag);
+}
+
+// Numbers as the library writes them, so a sent document reads the same
+// whichever side wrote an attribute.
+void setNumber(DOMElement* element, const char16_t* name, double value) {
+  if (!element) return;
+  element->setAttribute(name, ChartString::fromUTF8(ChartBase::asString(value)).c_str());
+}
+
+DOMElement* newChild(DOMElement* parent, const char16_t* tag) {
+  return parent->getOwnerDocument()->createElement(tag);
+}
+
+}  // namespace
+
+// ---- KytoExtension ----------------------------------------------------------
+
+void KytoExtension::setAttribute(const char16_t* name, const ChartString& value) {
+  if (!element_ || !name) return;
+  element_->setAttribute(name, value.c_str());
+}
+
+void KytoExtension::setValue(double value) {
+  setNumber(element_, KytoUni::_value, value);
+}
+
+void KytoExtension::setMin(double value) {
+  setNumber(element_, KytoUni::_min, value);
+}
+
+void KytoExtension::setMax(double value) {
+  setNumber(element_, KytoUni::_max, value);
+}
+
+// ---- CTVariableType ---------------------------------------------------------
+
+CTVariableType::CTVariableType(DOMElement* element) : element_(element) {}
+CTVariableType::~CTVariableType() = default;
+
+ChartString CTVariableType::getDescription() const {
+  const DOMElement* meta = ChartBase::getChildByTagName(element_, KytoUni::_meta);
+  if (!meta) return ChartString();
+  return ChartString(meta->getAttribute(KytoUni::_description));
+}
+
+void CTVariableType::removeDescription() {
+  DOMElement* meta = ChartBase::getChildByTagName(element_, KytoUni::_meta);
+  if (meta && meta->hasAttribute(KytoUni::_description)) {
+    meta->removeAttribute(KytoUni::_description);
+  }
+}
+
+KytoExtension* CTVariableType::getExtension() {
+  if (!extension_) {
+    DOMElement* found = ChartBase::getChildByTagName(element_, KytoUni::_extension);
+    if (found) extension_ = std::make_unique<KytoExtension>(found);
+  }
+  return extension_.get();
+}
+
+KytoExtension* CTVariableType::addExtension() {
+  // A variable carries one extension: asking twice gives the same one.
+  if (KytoExtension* existing = getExtension()) return existing;
+  if (!element_) return nullptr;
+  DOMElement* made = newChild(element_, KytoUni::_extension);
+  element_->appendChild(made);
+  extension_ = std::make_unique<KytoExtension>(made);
+  return extension_.get();
+}
+
+// ---- Axes and ticks ---------------------------------------------------------
+
+void KytoMajorTicks::setLabelAngle(double degrees) {
+  setNumber(element_, KytoUni::_labelAngle, degrees);
+}
+
+KytoAxis::KytoAxis(DOMElement* element) : element_(element) {}
+KytoAxis::~KytoAxis() = default;
+
+KytoMajorTicks* KytoAxis::getMajorTicks() {
+  if (ticks_) return ticks_.get();
+  DOMElement* ticks = ChartBase::getChildByTagName(element_, KytoUni::_majorTicks);
+  if (!ticks) {
+    // Placed where the library would put it: ahead of minor ticks and legend
+    // targets.
+    ticks = newChild(element_, KytoUni::_majorTicks);
+    DOMElement* before = element_->getFirstElementChild();
+    while (before && !hasTag(before, KytoUni::_minorTicks) &&
+           !hasTag(before, KytoUni::_legendTarget)) {
+      before = before->getNextElementSibling();
+    }
+    element_->insertBefore(ticks, before);
+  }
+  ticks_ = std::make_unique<KytoMajorTicks>(ticks);
+  return ticks_.get();
+}
+
+KytoDimension::KytoDimension(DOMElement* element) : element_(element) {
+  for (DOMElement* child = element->getFirstElementChild(); child;
+       child = child->getNextElementSibling()) {
+    if (!hasTag(child, KytoUni::_axis)) continue;
+    axes_.push_back(std::make_unique<KytoAxis>(child));
+    axisViews_.push_back(axes_.back().get());
+  }
+}
+
+KytoDimension::~KytoDimension() = default;
+
+// ---- Coordinates and graphs -------------------------------------------------
+
+KytoCoordinates::KytoCoordinates(DOMElement* frame) {
+  for (DOMElement* child = frame->getFirstElementChild(); child;
+       child = child->getNextElementSibling()) {
+    if (!hasTag(child, KytoUni::_dimension)) continue;
+    dimensions_.push_back(std::make_unique<KytoDimension>(child));
+    dimensionViews_.push_back(dimensions_.back().get());
+  }
+}
+
+KytoCoordinates::~KytoCoordinates() = default;
+
+int KytoCoordinates::getSameRatioTransformCount() const {
+  for (const KytoDimension* dimension : dimensionViews_) {
+    if (XMLString::equals(dimension->element()->getAttribute(u"sameRatio"), kTrueCentered)) {
+      return 1;
+    }
+  }
+  return 0;
+}
+
+KytoGraph::KytoGraph(DOMElement* frame) : frame_(frame) {
+  coordinates_.push_back(std::make_unique<KytoCoordinates>(frame));
+  coordinateViews_.push_back(coordinates_.back().get());
+}
+
+KytoGraph::~KytoGraph() = default;
+
+// ---- KytoVisualization ------------------------------------------------------
+
+KytoVisualization::KytoVisualization(DOMElement* root) : root_(root) {}
+KytoVisualization::~KytoVisualization() = default;
+
+std::vector<CTVariableType*> KytoVisualization::getSourceVariables() {
+  std::vector<CTVariableType*> views;
+  if (!root_) return views;
+  for (DOMElement* child = root_->getFirstElementChild(); child;
+       child = child->getNextElementSibling()) {
+    // Constant and expression variables read no column: nothing to annotate.
+    if (!hasTag(child, KytoUni::_variable) || !child->hasAttribute(KytoUni::_sourceName)) continue;
+    variables_.push_back(std::make_unique<CTVariableType>(child));
+    views.push_back(variables_.back().get());
+  }
+  return views;
+}
+
+std::vector<KytoGraph*> KytoVisualization::getGraphs() {
+  std::vector<KytoGraph*> views;
+  if (!root_) return views;
+  // The node list walks the tree without recursion, so a deep document
+  // costs time, not stack.
+  const xercesc::DOMNodeList* frames = root_->getElementsByTagName(KytoUni::_frame);
+  for (XMLSize_t i = 0; frames && i < frames->getLength(); ++i) {
+    auto* frame = static_cast<DOMElement*>(frames->item(i));
+    if (!ChartBase::getChildByTagName(frame, KytoUni::_dimension)) continue;
+    graphs_.push_back(std::make_unique<KytoGraph>(frame));
+    views.push_back(graphs_.back().get());
+  }
+  return views;
+}

@@ -1,0 +1,104 @@
+#include "xchart/OutputSink.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <set>
+#include <system_error>
+
+#include "chartutl/ReportLog.h"
+#include "platform/Settings.h"
+
+namespace cxhost {
+namespace {
+
+constexpr const char* kSource = "host/xchart";
+constexpr std::size_t kMaxNamePart = 64;
+
+int nextNumber = 1;
+
+std::string errorText(int error) {
+  return std::error_code(error, std::generic_category()).message();
+}
+
+// O_NOFOLLOW: a symbolic link planted in the folder under a chart's file name
+// must not redirect the write elsewhere.
+bool writeFile(const std::filesystem::path& path, const std::string& content) {
+  const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0644);
+  int error = fd < 0 ? errno : 0;
+  for (std::size_t done = 0; error == 0 && done < content.size();) {
+    const ssize_t written = ::write(fd, content.data() + done, content.size() - done);
+    if (written < 0) {
+      if (errno != EINTR) error = errno;
+    } else {
+      done += static_cast<std::size_t>(written);
+    }
+  }
+  if (fd >= 0 && ::close(fd) != 0 && error == 0) error = errno;
+  if (error == 0) return true;
+  report("cannot write chart file " + path.string() + ": " + errorText(error), kSource, __LINE__);
+  return false;
+}
+
+bool ensureFolder(const std::filesystem::path& folder) {
+  std::error_code ec;
+  std::filesystem::create_directory(folder, ec);  // one level: a mistyped parent shows
+  if (!ec && std::filesystem::is_directory(folder, ec)) return true;
+  report("cannot use output folder " + folder.string() + ": " +
+             (ec ? ec.message() : std::string("not a folder")),
+         kSource, __LINE__);
+  return false;
+}
+
+bool writeFiles(const SentChart& chart, const std::filesystem::path& folder) {
+  if (!ensureFolder(folder)) return false;
+  char stem[32];
+  std::snprintf(stem, sizeof stem, "chart-%04d", chart.number);
+  bool written = writeFile(folder / (std::string(stem) + ".xml"), chart.xml);
+  // Distinct sources may clean up to the same name; later ones get a number
+  // so that no source's data overwrites another's.
+  std::set<std::string> taken;
+  for (const auto& [source, csv] : chart.data) {
+    const std::string base = fileNamePart(source);
+    std::string part = base;
+    for (int n = 2; !taken.insert(part).second; ++n) part = base + '-' + std::to_string(n);
+    written = writeFile(folder / (std::string(stem) + '.' + part + ".csv"), csv) && written;
+  }
+  return written;
+}
+
+}  // namespace
+
+const std::string* SentChart::csv(std::string_view source) const {
+  for (const auto& [name, text] : data) {
+    if (name == source) return &text;
+  }
+  return nullptr;
+}
+
+std::string fileNamePart(std::string_view source) {
+  std::string part;
+  for (const char c : source.substr(0, kMaxNamePart)) {
+    const bool kept = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') ||
+                      c == '_' || c == '-';
+    part += kept ? c : '_';
+  }
+  return part.empty() ? "_" : part;
+}
+
+std::deque<SentChart>& sentCharts() {
+  static std::deque<SentChart> charts;
+  return charts;
+}
+
+bool sendChart(SentChart chart) {
+  chart.number = nextNumber++;
+  SentChart& kept = sentCharts().emplace_back(std::move(chart));
+  const std::string folder = settings::outputDir();
+  return folder.empty() || writeFiles(kept, folder);
+}
+
+}  // namespace cxhost

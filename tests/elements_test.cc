@@ -1,0 +1,281 @@
+// Elements, positions and aesthetics through the facade: what each builder
+// makes, where it goes among its siblings, and what it refuses.
+#include <xercesc/dom/DOMNodeList.hpp>
+
+#include "test_support.h"
+
+namespace {
+
+using cxtest::attr;
+using cxtest::childTags;
+using cxtest::messages;
+using xercesc::DOMElement;
+using Messages = std::vector<std::string>;
+
+class ElementsTest : public cxtest::FacadeTest {
+ protected:
+  void SetUp() override {
+    FacadeTest::SetUp();
+    source = cxtest::openCsv(CHARTXML_TEST_DATA_DIR "/people.csv");
+    ASSERT_NE(source, nullptr);
+    chart = newChart();
+    cx->SetDataSource(chart, source);
+    const int sourceElement = cx->AddSource(chart);
+    sex = cx->AddVariable(chart, sourceElement, 1, true);
+    income = cx->AddVariable(chart, sourceElement, 2, false);
+    frame = cx->AddFrame(chart, 0, -1);
+    cxh_clear_reports();
+  }
+  void TearDown() override {
+    FacadeTest::TearDown();  // the instance goes first: the source is the host's
+    cxh_close(source);
+  }
+  // The element under `handle` (found by a scan of the document).
+  DOMElement* at(int handle) {
+    auto* all = cx->getChart(chart)->getElementsByTagName(u"*");
+    for (XMLSize_t i = 0; i < all->getLength(); ++i) {
+      auto* e = static_cast<DOMElement*>(all->item(i));
+      if (cx->getHandle(chart, e) == handle) return e;
+    }
+    return nullptr;
+  }
+  std::string idOf(int handle) { return attr(at(handle), u"id"); }
+  // A failing call must report `expected` and leave the document as it was.
+  template <class Call>
+  void refused(Call call, const Messages& expected) {
+    cxh_clear_reports();
+    const std::string before = cx->GetXmlBuffer(chart);
+    EXPECT_EQ(call(), -1);
+    EXPECT_EQ(messages(), expected);
+    EXPECT_EQ(cx->GetXmlBuffer(chart), before);
+  }
+
+  VORN_DataSource* source = nullptr;
+  int chart = -1, sex = -1, income = -1, frame = -1;
+};
+
+TEST_F(ElementsTest, ElementsAndGroupsUnderFrames) {
+  const int point = cx->AddElement(chart, frame, str("point"), str("dots"));
+  const int group = cx->AddElementGroup(chart, frame, -1);
+  const int line = cx->AddElement(chart, group, str("line"), -1);
+  DOMElement* dots = byId(chart, u"element_dots");
+  ASSERT_NE(dots, nullptr);
+  EXPECT_EQ(cx->getHandle(chart, dots), point);
+  EXPECT_EQ(attr(dots, u"type"), "point");
+  EXPECT_EQ(attr(dots, u"style"), "element_dots_default_style");
+  EXPECT_EQ(attr(dots, u"labelCollisionHandling"), "normal");
+  EXPECT_EQ(attr(dots, u"showCollidingLabels"), "true");
+  // A point's own style draws no fill pattern.
+  EXPECT_EQ(attr(byId(chart, u"element_dots_default_style"), u"value"), "fill-pattern:0");
+  EXPECT_EQ(childTags(at(frame)), "element elementGroup");
+  EXPECT_EQ(attr(at(group), u"style"), "_default_style");
+  DOMElement* other = at(line);
+  EXPECT_EQ(other->getParentNode(), at(group));
+  EXPECT_FALSE(other->hasAttribute(u"labelCollisionHandling"));
+  EXPECT_EQ(attr(other, u"showCollidingLabels"), "true");
+  EXPECT_TRUE(messages().empty());
+}
+
+TEST_F(ElementsTest, ElementBuildersRefuseBeforeMakingAnything) {
+  const int element = cx->AddElement(chart, frame, str("point"), -1);
+  const int next = cx->AddFrame(chart, 0, -1) + 1;
+  const int type = str("line");
+  refused([&] { return cx->AddElement(chart, 0, type, -1); },
+          {"can't add element to anything but frame or elementGroup - visualization"});
+  refused([&] { return cx->AddElementGroup(chart, element, -1); },
+          {"can't add element to anything but frame - element"});
+  refused([&] { return cx->AddElement(chart, next, type, -1); },
+          {"frame or elementGroup handle (" + std::to_string(next) + ") names no element"});
+  refused([&] { return cx->AddElement(chart, frame, 9999, -1); }, {"type handle out of range"});
+  refused([&] { return cx->AddElement(chart, frame, str(std::string("a\x02", 2)), -1); },
+          {"attribute type not set, its text holds a character not allowed in XML"});
+  // Nothing was used up: neither a handle nor an id serial.
+  EXPECT_EQ(cx->AddElementGroup(chart, frame, -1), next);
+  EXPECT_EQ(idOf(next), "elementGroup6");
+}
+
+TEST_F(ElementsTest, PositionalMembersKeepTheirOrder) {
+  const int element = cx->AddElement(chart, frame, str("interval"), -1);
+  cx->AddColor(chart, element, sex);
+  const int position = cx->AddPosition(chart, element);
+  EXPECT_EQ(childTags(at(element)), "position color");
+  EXPECT_EQ(cx->AddY(chart, position, income), position + 1);
+  cx->AddZ(chart, position, sex);
+  cx->AddX(chart, position, sex);
+  EXPECT_EQ(childTags(at(position)), "x y z");
+  EXPECT_EQ(attr(at(position + 1), u"variable"), idOf(income));
+  // Polar members: theta, r, phi, whatever the order of the calls.
+  const int polar = cx->AddElement(chart, frame, str("point"), -1);
+  cx->AddPhi(chart, polar, sex);
+  cx->AddR(chart, polar, sex);
+  cx->AddTheta(chart, polar, sex);
+  cx->AddStyleBy(chart, polar, sex);
+  cx->AddX(chart, polar, sex);  // a member on the element itself stays ahead of styleBy
+  EXPECT_EQ(childTags(at(polar)), "theta r phi x styleBy");
+  EXPECT_TRUE(messages().empty());
+}
+
+TEST_F(ElementsTest, PositionalMembersNeedAnElementAndAVariable) {
+  const int element = cx->AddElement(chart, frame, str("point"), -1);
+  const int next = element + 1;
+  refused([&] { return cx->AddX(chart, frame, sex); },
+          {"can't add x to anything but element or position - frame"});
+  refused([&] { return cx->AddTheta(chart, frame, sex); },
+          {"can't add theta to anything but element or position - frame"});
+  refused([&] { return cx->AddX(chart, element, frame); },
+          {"x requires a variable id reference frame"});
+  refused([&] { return cx->AddPhi(chart, element, next); },  // names nothing: no tag follows
+          {"phi requires a variable id reference "});
+  refused([&] { return cx->AddY(chart, element, next + 1); },
+          {"variable handle (" + std::to_string(next + 1) + ") out of range (0-" +
+           std::to_string(next) + ")"});
+  refused([&] { return cx->AddPosition(chart, frame); },
+          {"can't add position to anything but element - frame"});
+}
+
+TEST_F(ElementsTest, ColorAndSplitReferToAnyElementById) {
+  const int element = cx->AddElement(chart, frame, str("interval"), -1);
+  const int split = cx->AddSplit(chart, element, sex);
+  const int color = cx->AddColor(chart, element, frame);  // no check of the kind
+  EXPECT_EQ(childTags(at(element)), "split color");
+  EXPECT_EQ(attr(at(split), u"variable"), idOf(sex));
+  EXPECT_EQ(attr(at(color), u"variable"), idOf(frame));
+  refused([&] { return cx->AddColor(chart, frame, sex); },
+          {"can't add color to anything but element - frame"});
+  refused([&] { return cx->AddSplit(chart, split, sex); },
+          {"can't add split to anything but element - split"});
+}
+
+TEST_F(ElementsTest, StyleByUsesTheDefaultCycle) {
+  const int point = cx->AddElement(chart, frame, str("point"), str("p"));
+  cx->AddSplit(chart, point, sex);
+  const int position = cx->AddPosition(chart, point);
+  const int styleBy = cx->AddStyleBy(chart, point, sex);
+  EXPECT_EQ(childTags(at(point)), "position styleBy split");
+  DOMElement* made = at(styleBy);
+  EXPECT_EQ(attr(made, u"id"), "styleBy5");  // serials: two variables, the frame, the element
+  EXPECT_FALSE(made->hasAttribute(u"style"));
+  EXPECT_EQ(attr(made, u"styleCycle"), "styleCycleDefault");
+  EXPECT_EQ(attr(made, u"variable"), idOf(sex));
+  EXPECT_EQ(attr(byId(chart, u"element_p_default_style"), u"value"),
+            "fill-pattern:0;fill:transparent");
+  refused([&] { return cx->AddStyleBy(chart, position, sex); },
+          {"can't add styleBy to anything but element - position"});
+}
+
+TEST_F(ElementsTest, ColorAndPatternCyclesAreMadeOnceAndJoinTheDocument) {
+  const int bars = cx->AddElement(chart, frame, str("interval"), -1);
+  const int first = cx->AddStyleByColor(chart, bars, sex);
+  const int second = cx->AddStyleByColor(chart, bars, income);
+  cx->AddStyleByPattern(chart, bars, sex);
+  const int both = cx->AddStyleByColorAndPattern(chart, bars, sex);
+  EXPECT_TRUE(messages().empty());  // the second colour style-by reuses the cycle
+  EXPECT_EQ(childTags(root(chart)),
+            "source variable variable frame styleCycle styleCycle styleCycle");
+  EXPECT_EQ(byId(chart, u"styleCycleColor")->getParentNode(), root(chart));
+  EXPECT_NE(byId(chart, u"style_styleCyclePattern"), nullptr);
+  EXPECT_EQ(attr(at(first), u"styleCycle"), "styleCycleColor");
+  EXPECT_EQ(attr(at(second), u"styleCycle"), "styleCycleColor");
+  EXPECT_EQ(attr(at(both), u"styleCycle"), "color_pattern");
+  DOMElement* style = byId(chart, u"style");  // the combined cycle's style is named "style"
+  ASSERT_NE(style, nullptr);
+  EXPECT_EQ(attr(static_cast<DOMElement*>(style->getParentNode()->getParentNode()), u"id"),
+            "color_pattern");
+  refused([&] { return cx->AddStyleByPattern(chart, frame, sex); },
+          {"can't add styleBy to anything but element frame"});
+}
+
+TEST_F(ElementsTest, LabelingsMarkTheirVariable) {
+  const int element = cx->AddElement(chart, frame, str("interval"), -1);
+  cx->AddSplit(chart, element, sex);
+  const int plain = cx->AddLabeling(chart, element, income);
+  const int named = cx->AddLabelingSuffix(chart, element, sex, str("v"));
+  EXPECT_EQ(childTags(at(element)), "labeling labeling split");
+  EXPECT_EQ(attr(at(plain), u"variable"), idOf(income));
+  EXPECT_FALSE(at(plain)->hasAttribute(u"id"));
+  EXPECT_EQ(attr(at(plain), u"style"), "labeling__default_style");
+  EXPECT_EQ(attr(at(named), u"style"), "labeling_v_default_style");
+  EXPECT_NE(byId(chart, u"labeling_v_default_style"), nullptr);
+  EXPECT_EQ(attr(at(cx->AddMeta(chart, income)), u"description"), "labeling");
+  refused([&] { return cx->AddLabeling(chart, frame, sex); },
+          {"can't add labeling to anything but element - frame"});
+  refused([&] { return cx->AddLabelingSuffix(chart, element, sex, str(std::string("\x01", 1))); },
+          {"labeling not added, its style id holds a character not allowed in XML - "
+           "labeling_\x01_default_style"});
+}
+
+TEST_F(ElementsTest, BinnedElementBinsOnAHexGrid) {
+  const int strings = str("probe");
+  const int binned = cx->AddBinnedElement(chart, frame, str("point"), str("hex"), sex, income);
+  EXPECT_EQ(str("probe"), strings + 11);  // the type, the suffix, and eight of its own
+  DOMElement* element = byId(chart, u"element_hex");
+  ASSERT_NE(element, nullptr);
+  EXPECT_EQ(cx->getHandle(chart, element), binned);
+  EXPECT_EQ(childTags(element), "position size");
+  DOMElement* position = at(binned + 1);
+  EXPECT_EQ(childTags(position), "statistic x y");
+  DOMElement* statistic = at(binned + 2);
+  EXPECT_EQ(attr(statistic, u"method"), "bin");
+  std::string parameters;
+  for (int p : {binned + 3, binned + 4}) {
+    parameters += attr(at(p), u"name") + "=" + attr(at(p), u"value") + " ";
+  }
+  EXPECT_EQ(parameters, "location=grid grid=hex ");
+  EXPECT_EQ(childTags(statistic), "parameter parameter");
+  auto* size = static_cast<DOMElement*>(position->getNextSibling());
+  EXPECT_EQ(attr(size, u"variable"), idOf(sex));
+  EXPECT_EQ(attr(size, u"high") + " " + attr(size, u"low"), "binhighval binlowval");
+  EXPECT_EQ(attr(static_cast<DOMElement*>(size->getFirstChild()), u"method"), "count");
+  EXPECT_TRUE(messages().empty());
+  refused([&] { return cx->AddBinnedElement(chart, frame, str("point"), -1, sex, frame); },
+          {"y requires a variable id reference frame"});
+}
+
+TEST_F(ElementsTest, LabelingAggregateIsDescribedAsALabeling) {
+  const int aggregate = cx->AddLabelingAggregate(chart, income, 8, false, str("Mean"), -1, -1);
+  ASSERT_GT(aggregate, 0);
+  EXPECT_EQ(attr(at(aggregate), u"source"), idOf(income));
+  EXPECT_EQ(attr(at(cx->AddMeta(chart, aggregate)), u"description"), "labeling");
+  refused([&] { return cx->AddLabelingAggregate(chart, income, 8, false, 99999, -1, -1); },
+          {"label handle out of range"});
+}
+
+TEST_F(ElementsTest, StackSetsTheModifierOfThePositionsElement) {
+  const int element = cx->AddElement(chart, frame, str("interval"), -1);
+  const int position = cx->AddPosition(chart, element);
+  EXPECT_EQ(cx->AddStack(chart, position, true), position);
+  EXPECT_EQ(attr(at(element), u"positionModifier"), "stack");
+  EXPECT_EQ(cx->AddStack(chart, position, false), position);
+  EXPECT_EQ(attr(at(element), u"positionModifier"), "none");
+  refused([&] { return cx->AddStack(chart, frame, true); },
+          {"can't set positionModifier attribute for anything but an element visualization"});
+  refused([&] { return cx->AddStack(chart, 0, true); },  // the document element has no parent
+          {"can't set positionModifier attribute for anything but an element "});
+}
+
+TEST_F(ElementsTest, SettersReturnTheirHandleAndRefuseOtherKindsSilently) {
+  const int element = cx->AddElement(chart, frame, str("line"), -1);
+  const int dot = str("square");
+  EXPECT_EQ(cx->SetElementDot(chart, element, dot), element);
+  EXPECT_EQ(cx->SetElementName(chart, element, str("fit")), element);
+  EXPECT_EQ(cx->SetElementPositionModifier(chart, element, str("dodge")), element);
+  EXPECT_EQ(cx->SetLabelCollisionHandling(chart, frame, str("hide")), 0);  // any kind, result 0
+  EXPECT_EQ(cx->SetDisplayOverlappingLabels(chart, element, false), element);
+  EXPECT_EQ(cx->SetFrameClipping(chart, frame, true), frame);
+  DOMElement* made = at(element);
+  EXPECT_EQ(attr(made, u"dot") + " " + attr(made, u"name") + " " + attr(made, u"positionModifier") +
+                " " + attr(made, u"showCollidingLabels"),
+            "square fit dodge false");
+  EXPECT_EQ(attr(at(frame), u"labelCollisionHandling") + " " + attr(at(frame), u"clip"),
+            "hide true");
+  EXPECT_TRUE(messages().empty());
+  refused([&] { return cx->SetElementDot(chart, frame, dot); }, {});
+  refused([&] { return cx->SetElementName(chart, frame, dot); }, {});
+  refused([&] { return cx->SetFrameClipping(chart, element, true); }, {});
+  refused([&] { return cx->SetElementPositionModifier(chart, frame, dot); },
+          {"can't set positionModifier attribute for anything but an element frame"});
+  refused([&] { return cx->SetDisplayOverlappingLabels(chart, element + 1, true); },
+          {"element handle (" + std::to_string(element + 1) + ") names no element"});
+}
+
+}  // namespace

@@ -1,0 +1,467 @@
+// The sending library: safe parsing of the chart template, the model view,
+// the chart-kind adjustments and what sending leaves in memory and on disk.
+#include <gtest/gtest.h>
+
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <xercesc/dom/DOM.hpp>
+#include <xercesc/util/PlatformUtils.hpp>
+
+#include "chartxml/chartxml_host.h"
+#include "chartxml/host/ChartException.h"
+#include "chartxml/host/ChartPrinter.h"
+#include "chartxml/host/ChartString.h"
+#include "chartxml/host/KytoModel.h"
+#include "chartxml/host/VarDataProcessor.h"
+#include "chartxml/host/XDocument.h"
+
+using namespace xercesc;
+namespace fs = std::filesystem;
+
+namespace {
+
+class XmlPlatform : public ::testing::Environment {
+ public:
+  void SetUp() override { XMLPlatformUtils::Initialize(); }
+  void TearDown() override { XMLPlatformUtils::Terminate(); }
+};
+const auto* const kXmlPlatform = ::testing::AddGlobalTestEnvironment(new XmlPlatform);
+
+std::string attr(const DOMElement* element, const char16_t* name) {
+  return ChartString::toUTF8(element->getAttribute(name));
+}
+
+std::string print(const XDocument& doc) {
+  ChartPrinter printer;
+  printer.setPrintWhiteSpace(true);
+  std::ostringstream out;
+  printer.Print(doc.document(), out);
+  return out.str();
+}
+
+// The element whose id is `id`: parsed ids are not declared as ids, so the
+// document's own lookup cannot be used.
+DOMElement* byId(const XDocument& doc, const char16_t* id) {
+  DOMNodeList* all = doc.document()->getElementsByTagName(u"*");
+  for (XMLSize_t i = 0; i < all->getLength(); ++i) {
+    auto* element = static_cast<DOMElement*>(all->item(i));
+    if (XMLString::equals(element->getAttribute(u"id"), id)) return element;
+  }
+  return nullptr;
+}
+
+// What the constructor throws, or "" when it parses.
+std::string parseFailure(const std::string& text) {
+  try {
+    XDocument doc(text, false, true);
+  } catch (const ChartException& e) {
+    EXPECT_EQ(e.file(), "host/xchart");
+    return e.message();
+  }
+  return "";
+}
+
+std::string nested(const char* tag, int depth, const std::string& inner = "") {
+  std::string text;
+  for (int i = 0; i < depth; ++i) text += std::string("<") + tag + ">";
+  text += inner;
+  for (int i = 0; i < depth; ++i) text += std::string("</") + tag + ">";
+  return text;
+}
+
+std::string readFile(const fs::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+std::set<std::string> listing(const fs::path& folder) {
+  std::set<std::string> names;
+  for (const auto& entry : fs::directory_iterator(folder)) {
+    names.insert(entry.path().filename().string());
+  }
+  return names;
+}
+
+// A fresh folder, removed with everything in it.
+struct TempFolder {
+  fs::path path;
+  TempFolder() {
+    std::string pattern = (fs::temp_directory_path() / "cxh-xchart-XXXXXX").string();
+    path = mkdtemp(pattern.data());
+  }
+  ~TempFolder() {
+    std::error_code ec;
+    fs::remove_all(path, ec);
+  }
+};
+
+class XChart : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    cxh_set_quiet(1);
+    cxh_set_output_dir(nullptr);
+    cxh_clear_reports();
+    cxh_clear_sent();
+  }
+  void TearDown() override {
+    cxh_set_output_dir(nullptr);
+    cxh_clear_sent();
+    cxh_set_quiet(-1);
+  }
+};
+
+TEST_F(XChart, ParseRefusesDoctypesAndMalformedTextQuicklyWithoutReporting) {
+  std::string bomb = "<!DOCTYPE v [<!ENTITY a0 \"lol\">";
+  for (int i = 1; i < 10; ++i) {
+    bomb += "<!ENTITY a" + std::to_string(i) + " \"";
+    for (int k = 0; k < 10; ++k) bomb += "&a" + std::to_string(i - 1) + ";";
+    bomb += "\">";
+  }
+  bomb += "]><visualization>&a9;</visualization>";
+  const auto start = std::chrono::steady_clock::now();
+  for (const std::string& text :
+       {bomb, std::string("<!DOCTYPE v [<!ENTITY e SYSTEM \"file:///etc/passwd\">]><v>&e;</v>"),
+        std::string("<!DOCTYPE v SYSTEM \"http://example.invalid/v.dtd\"><v/>"),
+        std::string("<!DOCTYPE v><v/>")}) {
+    EXPECT_EQ(parseFailure(text), "DOCTYPE is not allowed in a chart document") << text;
+  }
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+
+  const std::string mismatched =
+      parseFailure("<visualization>\n  <frame></element>\n</visualization>");
+  EXPECT_EQ(mismatched.rfind("XML is not well-formed at line 2, column ", 0), 0u) << mismatched;
+  EXPECT_NE(parseFailure(""), "");
+  EXPECT_NE(parseFailure("<visualization>&undefined;</visualization>"), "");
+  // The caller reports what it catches; the parser must not report twice.
+  EXPECT_EQ(cxh_report_count(), 0);
+}
+
+TEST_F(XChart, ParseBoundsNestingDepthButNotWidth) {
+  const auto start = std::chrono::steady_clock::now();
+  const std::string deep = parseFailure(nested("frame", 100000));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+  EXPECT_EQ(
+      deep.rfind("chart template nests elements deeper than 512 levels at line 1, column ", 0), 0u)
+      << deep;
+
+  EXPECT_EQ(parseFailure(nested("frame", 512)), "");
+  EXPECT_NE(parseFailure(nested("frame", 513)), "");
+  // Empty elements are levels that close at once: many of them leave the
+  // count where it was.
+  std::string empties;
+  for (int i = 0; i < 600; ++i) empties += "<label/>";
+  EXPECT_NE(parseFailure(nested("frame", 1, empties + nested("frame", 512))), "");
+
+  std::string wide = "<visualization>";
+  for (int i = 0; i < 5000; ++i) wide += "<frame><label/></frame><variable/>";
+  wide += "</visualization>";
+  EXPECT_EQ(parseFailure(wide), "");
+}
+
+TEST_F(XChart, FlagsDropIndentationAndReportUnknownElementsOnce) {
+  const std::string text =
+      "<visualization>\n  <frame>\n    <widget/><widget/>\n    <label>  </label>\n  </frame>\n"
+      "  <gadget/>\n</visualization>";
+  XDocument kept(text, false, true);
+  EXPECT_EQ(kept.document()->getDocumentElement()->getChildNodes()->getLength(), 5u);
+  EXPECT_EQ(cxh_report_count(), 0);
+
+  XDocument checked(text, true, false);
+  const DOMElement* root = checked.document()->getDocumentElement();
+  EXPECT_EQ(root->getChildNodes()->getLength(), 2u);
+  EXPECT_FALSE(root->getFirstElementChild()->getLastElementChild()->hasChildNodes());  // label
+  ASSERT_EQ(cxh_report_count(), 2);
+  EXPECT_STREQ(cxh_report_message(0), "unknown chart element widget");
+  EXPECT_STREQ(cxh_report_message(1), "unknown chart element gadget");
+  EXPECT_STREQ(cxh_report_source(0), "host/xchart");
+}
+
+constexpr const char* kModelDocument = R"(<?xml version="1.0" encoding="UTF-8"?>
+<visualization>
+  <source id="source0"/>
+  <variable id="variable1" sourceName="V1"><meta creator="external_datasource" description="mean;4.5"/></variable>
+  <variable id="variable2" value="3"><meta description="sum;1"/></variable>
+  <variable id="variable3" sourceName="V3"><meta description="labeling"/><relabel from="1" to="a"/></variable>
+  <frame id="frame4">
+    <frame id="frame5">
+      <dimension role="x" sameRatio="trueCentered"><axis id="axis6"><minorTicks/></axis></dimension>
+      <dimension role="y"><axis id="axis7"/><axis id="axis8"/></dimension>
+    </frame>
+  </frame>
+  <frame id="frame9"><dimension role="x" sameRatio="false"/></frame>
+</visualization>)";
+
+TEST_F(XChart, ModelViewReadsAndWritesTheDocument) {
+  XDocument doc(kModelDocument, false, true);
+  KytoVisualization* model = doc.getExternalGraph()->getImplementation();
+
+  // Graphs: only frames with dimensions, nested ones included, in order.
+  std::vector<KytoGraph*> graphs = model->getGraphs();
+  ASSERT_EQ(graphs.size(), 2u);
+  EXPECT_EQ(attr(graphs[0]->element(), u"id"), "frame5");
+  EXPECT_EQ(attr(graphs[1]->element(), u"id"), "frame9");
+  ASSERT_EQ(graphs[0]->getCoordinates().size(), 1u);
+  KytoCoordinates* coordinates = graphs[0]->getCoordinates()[0];
+  EXPECT_EQ(coordinates->getSameRatioTransformCount(), 1);
+  EXPECT_EQ(graphs[1]->getCoordinates()[0]->getSameRatioTransformCount(), 0);
+  ASSERT_EQ(coordinates->getDimensions().size(), 2u);
+  EXPECT_EQ(coordinates->getDimensions()[1]->getAxes().size(), 2u);
+  ASSERT_EQ(coordinates->getDimensions()[0]->getAxes().size(), 1u);
+
+  // Major ticks are made ahead of the minor ticks, once.
+  KytoAxis* axis = coordinates->getDimensions()[0]->getAxes()[0];
+  KytoMajorTicks* ticks = axis->getMajorTicks();
+  EXPECT_EQ(axis->getMajorTicks(), ticks);
+  EXPECT_TRUE(
+      XMLString::equals(ticks->element()->getNextElementSibling()->getTagName(), u"minorTicks"));
+  ticks->setLabelAngle(0.0);
+  EXPECT_EQ(attr(ticks->element(), u"labelAngle"), "0");
+
+  // Source variables: those reading a column, in order.
+  std::vector<CTVariableType*> variables = model->getSourceVariables();
+  ASSERT_EQ(variables.size(), 2u);
+  EXPECT_EQ(variables[0]->getDescription(), u"mean;4.5");
+  EXPECT_EQ(variables[1]->getDescription(), u"labeling");
+  variables[0]->removeDescription();
+  EXPECT_TRUE(variables[0]->getDescription().empty());
+
+  EXPECT_EQ(variables[0]->getExtension(), nullptr);
+  KytoExtension* extension = variables[0]->addExtension();
+  EXPECT_EQ(variables[0]->addExtension(), extension);
+  extension->setAttribute(u"statistic", ChartString(u"mean"));
+  extension->setValue(4.5);
+  extension->setMin(0.1);
+  extension->setMax(1e20);
+
+  EXPECT_NE(print(doc).find("<variable id=\"variable1\" sourceName=\"V1\">\n"
+                            "    <meta creator=\"external_datasource\"/>\n"
+                            "    <extension max=\"1e+20\" min=\"0.1\" statistic=\"mean\" "
+                            "value=\"4.5\"/>\n  </variable>"),
+            std::string::npos)
+      << print(doc);
+}
+
+constexpr const char* kIcicleDocument = R"(<visualization>
+  <frame id="frame1">
+    <dimension role="x"/>
+    <element id="element2" type="interval"><labeling variable="v"/></element>
+    <element id="element3" type="point"><labeling variable="v"/></element>
+    <elementGroup id="elementGroup4"><element id="element5" type="interval"/></elementGroup>
+  </frame>
+  <frame id="frame6"><element id="element7" type="interval"><labeling variable="v"/></element></frame>
+</visualization>)";
+
+TEST_F(XChart, IciclePlotsMarkIntervalsAndHideDenseLabels) {
+  XDocument doc(kIcicleDocument, false, true);
+  customizeCharts(doc.getExternalGraph()->getImplementation()).customizeIciclePlots(false, 50);
+  EXPECT_EQ(attr(byId(doc, u"element2"), u"layout"), "icicle");
+  EXPECT_EQ(attr(byId(doc, u"element5"), u"layout"), "icicle");
+  EXPECT_FALSE(byId(doc, u"element3")->hasAttribute(u"layout"));
+  // Not a graph: no dimensions.
+  EXPECT_FALSE(byId(doc, u"element7")->hasAttribute(u"layout"));
+  EXPECT_FALSE(byId(doc, u"element2")->getFirstElementChild()->hasAttribute(u"visible"));
+
+  customizeCharts(doc.getExternalGraph()->getImplementation()).customizeIciclePlots(true, 51);
+  EXPECT_EQ(attr(byId(doc, u"element2"), u"layout"), "icicle-vertical");
+  EXPECT_EQ(attr(byId(doc, u"element2")->getFirstElementChild(), u"visible"), "false");
+  EXPECT_FALSE(byId(doc, u"element3")->getFirstElementChild()->hasAttribute(u"visible"));
+  EXPECT_FALSE(byId(doc, u"element7")->getFirstElementChild()->hasAttribute(u"visible"));
+}
+
+constexpr const char* kControlDocument = R"(<visualization>
+  <frame id="frame1" style="_default_style">
+    <dimension role="x"/>
+    <guide id="guide_controlchart_UCL" type="line" style="guide_controlchart_UCL_default_style"/>
+    <guide id="guide_controlchart_LCL" type="line" style="_default_style"/>
+    <guide id="guide_controlchart_USpec" type="line" style="nowhere"/>
+    <guide id="guide_controlchart_Average" type="line" style="guide_controlchart_Average_default_style"/>
+  </frame>
+  <style id="container">
+    <style id="_default_style" value="stroke:#000000"/>
+    <style id="guide_controlchart_UCL_default_style" value="stroke-width:2px"/>
+    <style id="guide_controlchart_Average_default_style"/>
+  </style>
+</visualization>)";
+
+TEST_F(XChart, ControlChartLimitsAreDashedWithoutTouchingSharedStyles) {
+  XDocument doc(kControlDocument, false, true);
+  doc.customizeSPCharts();
+  EXPECT_EQ(attr(byId(doc, u"guide_controlchart_UCL_default_style"), u"value"),
+            "stroke-width:2px;stroke-dasharray:5px 3px");
+  // Shared with the frame: the guide gets a dashed copy of its own.
+  EXPECT_EQ(attr(byId(doc, u"_default_style"), u"value"), "stroke:#000000");
+  EXPECT_EQ(attr(byId(doc, u"guide_controlchart_LCL"), u"style"),
+            "guide_controlchart_LCL_limitStyle");
+  const DOMElement* copy = byId(doc, u"guide_controlchart_LCL_limitStyle");
+  ASSERT_NE(copy, nullptr);
+  EXPECT_EQ(attr(copy, u"value"), "stroke:#000000;stroke-dasharray:5px 3px");
+  EXPECT_EQ(attr(static_cast<const DOMElement*>(copy->getParentNode()), u"id"), "container");
+  // A missing style: a new one with the other styles.
+  const DOMElement* made = byId(doc, u"guide_controlchart_USpec_limitStyle");
+  ASSERT_NE(made, nullptr);
+  EXPECT_EQ(attr(made, u"value"), "stroke-dasharray:5px 3px");
+  EXPECT_EQ(attr(static_cast<const DOMElement*>(made->getParentNode()), u"id"), "container");
+  // The centre line is data-like and stays solid.
+  EXPECT_FALSE(byId(doc, u"guide_controlchart_Average_default_style")->hasAttribute(u"value"));
+
+  const std::string once = print(doc);
+  doc.customizeSPCharts();
+  EXPECT_EQ(print(doc), once);
+
+  XDocument plain(kModelDocument, false, true);
+  const std::string before = print(plain);
+  plain.customizeSPCharts();
+  EXPECT_EQ(print(plain), before);
+}
+
+// A feed with two sources; source0 has a quoted text and a missing cell.
+struct Feed {
+  VarDataProcessor data;
+  explicit Feed(const std::vector<std::string>& extraSources = {}) {
+    data.AddDataSource("source0", 4);
+    auto* number = new VarDataProcessor::_varinfo;
+    auto* label = new VarDataProcessor::_varinfo;
+    data.AddVariable("source0", "V1", number);
+    data.AddVariable("source0", "V2", label);
+    data.SetVariableValue(number, 0, 1.5);
+    data.SetStringVariableValue(label, 0, "a,\"b\"");
+    data.SetStringVariableValue(label, 1, "c");
+    for (const std::string& name : extraSources) {
+      data.AddDataSource(name, 1);
+      auto* value = new VarDataProcessor::_varinfo;
+      data.AddVariable(name, "V9", value);
+      data.SetVariableValue(value, 0, 2);
+    }
+  }
+};
+constexpr const char* kSource0Csv = "V1,V2\n1.5,\"a,\"\"b\"\"\"\n,c\n";
+
+bool send(Feed& feed, const std::string& description = "Sales \xC3\xBC") {
+  XDocument doc(kModelDocument, false, true);
+  doc.SetDescription(ChartString(ChartString::fromUTF8(description)));
+  doc.SetChartTemplate("bar.tpl");
+  doc.SetChartData(&feed.data);
+  return doc.SendChart(true, false, false);
+}
+
+// The number of the newest chart-NNNN.xml in `folder`, 0 when none.
+int newestNumber(const fs::path& folder) {
+  int newest = 0;
+  std::smatch match;
+  for (const std::string& name : listing(folder)) {
+    if (std::regex_match(name, match, std::regex(R"(chart-(\d{4,})\.xml)"))) {
+      newest = std::max(newest, std::stoi(match[1].str()));
+    }
+  }
+  return newest;
+}
+
+std::string stem(int number) {
+  char text[32];
+  std::snprintf(text, sizeof text, "chart-%04d", number);
+  return text;
+}
+
+TEST_F(XChart, SendingKeepsChartsAndWritesTheirFiles) {
+  Feed feed({"source1"});
+  ASSERT_TRUE(send(feed));
+  ASSERT_EQ(cxh_sent_count(), 1);
+  const std::string xml = cxh_sent_xml(0);
+  EXPECT_EQ(xml.rfind("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<visualization>\n", 0), 0u);
+  EXPECT_NE(xml.find("<frame id=\"frame9\">"), std::string::npos);
+  EXPECT_STREQ(cxh_sent_description(0), "Sales \xC3\xBC");
+  EXPECT_STREQ(cxh_sent_template(0), "bar.tpl");
+  EXPECT_STREQ(cxh_sent_data_csv(0, "source0"), kSource0Csv);
+  EXPECT_STREQ(cxh_sent_data_csv(0, "source1"), "V9\n2\n");
+  EXPECT_EQ(cxh_sent_data_csv(0, "source2"), nullptr);
+  EXPECT_EQ(cxh_sent_xml(1), nullptr);
+
+  TempFolder temp;
+  const fs::path out = temp.path / "out";  // made by the next send
+  cxh_set_output_dir(out.c_str());
+  ASSERT_TRUE(send(feed, "second"));
+  ASSERT_EQ(cxh_sent_count(), 2);
+  EXPECT_STREQ(cxh_sent_description(1), "second");
+  const std::string name = stem(newestNumber(out));
+  EXPECT_EQ(listing(out),
+            (std::set<std::string>{name + ".source0.csv", name + ".source1.csv", name + ".xml"}));
+  EXPECT_EQ(readFile(out / (name + ".xml")), cxh_sent_xml(1));
+  EXPECT_EQ(readFile(out / (name + ".source0.csv")), kSource0Csv);
+  EXPECT_EQ(readFile(out / (name + ".source1.csv")), "V9\n2\n");
+
+  // Numbers go on across clearing, so files are never overwritten.
+  cxh_clear_sent();
+  EXPECT_EQ(cxh_sent_count(), 0);
+  ASSERT_TRUE(send(feed));
+  EXPECT_EQ(stem(newestNumber(out)), stem(std::stoi(name.substr(6)) + 1));
+  EXPECT_EQ(listing(out).size(), 6u);
+  EXPECT_EQ(cxh_report_count(), 0);
+}
+
+TEST_F(XChart, SourceNamesCannotLeaveTheOutputFolder) {
+  TempFolder temp;
+  const fs::path out = temp.path / "a" / "out";
+  fs::create_directory(temp.path / "a");
+  cxh_set_output_dir(out.c_str());
+  Feed feed({"../../escape", "/tmp/sub/dir", "sub_dir", "\xC3\xBC", ""});
+  ASSERT_TRUE(send(feed));
+
+  EXPECT_EQ(listing(temp.path), std::set<std::string>{"a"});
+  EXPECT_EQ(listing(temp.path / "a"), std::set<std::string>{"out"});
+  const std::string first = stem(newestNumber(out));
+  std::set<std::string> expected{first + ".xml"};
+  for (const char* part : {"source0", "______escape", "_tmp_sub_dir", "sub_dir", "__", "_"}) {
+    expected.insert(first + "." + part + ".csv");
+  }
+  EXPECT_EQ(listing(out), expected);
+  // Distinct sources that clean up alike keep distinct files.
+  Feed alike({"a/b", "a_b", "a?b"});
+  ASSERT_TRUE(send(alike));
+  const std::string name = stem(newestNumber(out));
+  for (const char* part : {".a_b.csv", ".a_b-2.csv", ".a_b-3.csv"}) {
+    EXPECT_TRUE(fs::exists(out / (name + part))) << name + part;
+  }
+}
+
+TEST_F(XChart, UnwritableOutputMakesSendingFailWithAReport) {
+  TempFolder temp;
+  std::ofstream(temp.path / "file") << "x";
+  Feed feed;
+  for (const fs::path& bad : {temp.path / "file" / "out", temp.path / "missing" / "out"}) {
+    cxh_clear_reports();
+    cxh_set_output_dir(bad.c_str());
+    EXPECT_FALSE(send(feed)) << bad;
+    ASSERT_EQ(cxh_report_count(), 1);
+    EXPECT_EQ(
+        std::string(cxh_report_message(0)).rfind("cannot use output folder " + bad.string(), 0), 0u)
+        << cxh_report_message(0);
+    EXPECT_STREQ(cxh_report_source(0), "host/xchart");
+  }
+  EXPECT_FALSE(fs::exists(temp.path / "missing"));
+  EXPECT_EQ(cxh_sent_count(), 2);  // kept in memory all the same
+
+  // A link planted under the next chart's name is not followed.
+  const fs::path out = temp.path / "out";
+  cxh_set_output_dir(out.c_str());
+  ASSERT_TRUE(send(feed));
+  fs::create_symlink(temp.path / "file", out / (stem(newestNumber(out) + 1) + ".xml"));
+  cxh_clear_reports();
+  EXPECT_FALSE(send(feed));
+  EXPECT_EQ(readFile(temp.path / "file"), "x");
+  ASSERT_EQ(cxh_report_count(), 1);
+  EXPECT_EQ(std::string(cxh_report_message(0)).rfind("cannot write chart file ", 0), 0u);
+}
+
+}  // namespace
