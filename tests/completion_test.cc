@@ -31,9 +31,7 @@ class CompletionTest : public cxtest::FacadeTest {
     FacadeTest::SetUp();
     cxh_clear_sent();
     cxh_set_output_dir(nullptr);
-    dir = fs::path(::testing::TempDir()) / "cx_completion";
-    fs::remove_all(dir);
-    fs::create_directories(dir);
+    dir = cxtest::scratchDir("cx-completion");
     // 1,000 cases of x and y; every seventh y is missing.
     std::ofstream csv(dir / "points.csv");
     csv << "x,y\n";

@@ -9,26 +9,17 @@ namespace {
 using cxtest::messages;
 using Kind = VarDataProcessor::CellKind;
 
-class DataFeedTest : public cxtest::FacadeTest {
+class DataFeedTest : public cxtest::SourcedChartTest {
  protected:
   void SetUp() override {
-    FacadeTest::SetUp();
-    source = cxtest::openCsv(CHARTXML_TEST_DATA_DIR "/people.csv");
-    ASSERT_NE(source, nullptr);
-    chart = newChart();
-    cx->SetDataSource(chart, source);
-    src = cx->AddSource(chart);
+    SourcedChartTest::SetUp();
+    src = sourceElement;
     income = cx->AddVariable(chart, src, 2, false);  // sourceName V1
     city = cx->AddVariable(chart, src, 3, true);     // sourceName V2
   }
-  void TearDown() override {
-    FacadeTest::TearDown();
-    cxh_close(source);
-  }
   VarDataProcessor& feed() { return *cx->getDataProcessor(chart); }
 
-  VORN_DataSource* source = nullptr;
-  int chart = -1, src = -1, income = -1, city = -1;
+  int src = -1, income = -1, city = -1;
 };
 
 TEST_F(DataFeedTest, ValuesLandInTheirRowsAndKinds) {

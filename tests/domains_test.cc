@@ -14,7 +14,7 @@ using cxtest::attr;
 using cxtest::childTags;
 using cxtest::messages;
 using xercesc::DOMElement;
-using Messages = std::vector<std::string>;
+using cxtest::Messages;
 
 class DomainTest : public cxtest::FacadeTest {
  protected:
@@ -22,15 +22,7 @@ class DomainTest : public cxtest::FacadeTest {
     FacadeTest::SetUp();
     chart = newChart();
   }
-  // The element under `handle`, found through the facade's reverse look-up.
-  DOMElement* element(int handle) {
-    xercesc::DOMNodeList* all = cx->getChart(chart)->getElementsByTagName(u"*");
-    for (XMLSize_t i = 0; i < all->getLength(); ++i) {
-      auto* e = static_cast<DOMElement*>(all->item(i));
-      if (cx->getHandle(chart, e) == handle) return e;
-    }
-    return nullptr;
-  }
+  DOMElement* element(int handle) { return elementAt(chart, handle); }
   // A variable without a data source: an aggregate of nothing.
   int variable(bool categorical) { return cx->AddAggregate(chart, -1, 8, categorical, -1, -1, -1); }
   std::string xml() { return cx->GetXmlBuffer(chart); }

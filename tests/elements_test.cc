@@ -10,35 +10,18 @@ using cxtest::attr;
 using cxtest::childTags;
 using cxtest::messages;
 using xercesc::DOMElement;
-using Messages = std::vector<std::string>;
+using cxtest::Messages;
 
-class ElementsTest : public cxtest::FacadeTest {
+class ElementsTest : public cxtest::SourcedChartTest {
  protected:
   void SetUp() override {
-    FacadeTest::SetUp();
-    source = cxtest::openCsv(CHARTXML_TEST_DATA_DIR "/people.csv");
-    ASSERT_NE(source, nullptr);
-    chart = newChart();
-    cx->SetDataSource(chart, source);
-    const int sourceElement = cx->AddSource(chart);
+    SourcedChartTest::SetUp();
     sex = cx->AddVariable(chart, sourceElement, 1, true);
     income = cx->AddVariable(chart, sourceElement, 2, false);
     frame = cx->AddFrame(chart, 0, -1);
     cxh_clear_reports();
   }
-  void TearDown() override {
-    FacadeTest::TearDown();  // the instance goes first: the source is the host's
-    cxh_close(source);
-  }
-  // The element under `handle` (found by a scan of the document).
-  DOMElement* at(int handle) {
-    auto* all = cx->getChart(chart)->getElementsByTagName(u"*");
-    for (XMLSize_t i = 0; i < all->getLength(); ++i) {
-      auto* e = static_cast<DOMElement*>(all->item(i));
-      if (cx->getHandle(chart, e) == handle) return e;
-    }
-    return nullptr;
-  }
+  DOMElement* at(int handle) { return element(handle); }
   std::string idOf(int handle) { return attr(at(handle), u"id"); }
   // A failing call must report `expected` and leave the document as it was.
   template <class Call>
@@ -50,8 +33,7 @@ class ElementsTest : public cxtest::FacadeTest {
     EXPECT_EQ(cx->GetXmlBuffer(chart), before);
   }
 
-  VORN_DataSource* source = nullptr;
-  int chart = -1, sex = -1, income = -1, frame = -1;
+  int sex = -1, income = -1, frame = -1;
 };
 
 TEST_F(ElementsTest, ElementsAndGroupsUnderFrames) {

@@ -14,43 +14,19 @@ using cxtest::attr;
 using cxtest::childTags;
 using cxtest::messages;
 using xercesc::DOMElement;
-using Messages = std::vector<std::string>;
+using cxtest::Messages;
 
-class StatisticTest : public cxtest::FacadeTest {
+class StatisticTest : public cxtest::SourcedChartTest {
  protected:
-  void SetUp() override {
-    FacadeTest::SetUp();
-    source = cxtest::openCsv(CHARTXML_TEST_DATA_DIR "/people.csv");
-    ASSERT_NE(source, nullptr);
-    chart = newChart();
-    cx->SetDataSource(chart, source);
-    ASSERT_EQ(cx->AddSource(chart), 1);
-  }
-  void TearDown() override {
-    FacadeTest::TearDown();  // the instance goes first: the source is the host's
-    cxh_close(source);
-  }
-  // The element under `handle`, found through the facade's reverse look-up.
-  DOMElement* element(int handle) {
-    xercesc::DOMNodeList* all = cx->getChart(chart)->getElementsByTagName(u"*");
-    for (XMLSize_t i = 0; i < all->getLength(); ++i) {
-      auto* e = static_cast<DOMElement*>(all->item(i));
-      if (cx->getHandle(chart, e) == handle) return e;
-    }
-    return nullptr;
-  }
   DOMElement* meta(int variable) {
     return static_cast<DOMElement*>(element(variable)->getElementsByTagName(u"meta")->item(0));
   }
   DOMElement* lastChild(int handle) {
     return static_cast<DOMElement*>(element(handle)->getLastChild());
   }
-  std::string xml() { return cx->GetXmlBuffer(chart); }
   VarDataProcessor& feed() { return *cx->getDataProcessor(chart); }
   static std::string range(int next) { return " out of range (0-" + std::to_string(next) + ")"; }
 
-  VORN_DataSource* source = nullptr;
-  int chart = -1;
 };
 
 TEST_F(StatisticTest, StatisticsAndParameters) {

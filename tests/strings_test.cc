@@ -185,7 +185,7 @@ TEST_F(StringsTest, JapaneseTablesComeBackThroughTheirCodePage) {
 // Each output language's texts arrive in its own code page; the facade must
 // pick the same one to read them back.
 TEST_F(StringsTest, EveryOutputLanguageReadsBackItsOwnCodePage) {
-  const std::string dir = ::testing::TempDir() + "/cx_codepages";
+  const std::string dir = cxtest::scratchDir("cx-codepages");
   const std::vector<std::pair<std::string, std::string>> samples = {
       {"ru", "\u041E\u0441\u044C"},                // Cyrillic, CP1251
       {"pl", "O\u015B"},                           // Polish, CP1250

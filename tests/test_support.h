@@ -52,6 +52,9 @@ inline VORN_DataSource* openCsv(const char* path) {
   return static_cast<VORN_DataSource*>(static_cast<VORN_FortranDictionary*>(cxh_open_csv(path)));
 }
 
+// A fresh folder of this test's own: ctest runs tests side by side.
+std::string scratchDir(const std::string& stem);
+
 inline std::u16string widen(const std::string& ascii) {
   return std::u16string(ascii.begin(), ascii.end());
 }
@@ -94,8 +97,37 @@ class FacadeTest : public ::testing::Test {
     return cx->getChart(chart)->getElementById(id.c_str());
   }
 
+  // The element of `chart` under `handle`, found through the facade's reverse
+  // look-up; null when none.
+  xercesc::DOMElement* elementAt(int chart, int handle);
+
   ChartXml* cx = nullptr;
 };
+
+// A chart tied to the people.csv data source, with one `source` element.
+class SourcedChartTest : public FacadeTest {
+ protected:
+  void SetUp() override {
+    FacadeTest::SetUp();
+    source = openCsv(CHARTXML_TEST_DATA_DIR "/people.csv");
+    ASSERT_NE(source, nullptr);
+    chart = newChart();
+    cx->SetDataSource(chart, source);
+    sourceElement = cx->AddSource(chart);
+  }
+  void TearDown() override {
+    FacadeTest::TearDown();  // the instance goes first: the source is the host's
+    cxh_close(source);
+  }
+  xercesc::DOMElement* element(int handle) { return elementAt(chart, handle); }
+  std::string xml() { return cx->GetXmlBuffer(chart); }
+
+  VORN_DataSource* source = nullptr;
+  int chart = -1;
+  int sourceElement = -1;
+};
+
+using Messages = std::vector<std::string>;
 
 }  // namespace cxtest
 

@@ -39,12 +39,8 @@ class VariablesTest : public cxtest::FacadeTest {
 };
 
 std::u16string VariablesTest::idOf(int chart, int handle) {
-  xercesc::DOMNodeList* all = cx->getChart(chart)->getElementsByTagName(u"*");
-  for (XMLSize_t i = 0; i < all->getLength(); ++i) {
-    auto* e = static_cast<DOMElement*>(all->item(i));
-    if (cx->getHandle(chart, e) == handle) return e->getAttribute(u"id");
-  }
-  return u"";
+  DOMElement* e = elementAt(chart, handle);
+  return e == nullptr ? u"" : e->getAttribute(u"id");
 }
 
 TEST_F(VariablesTest, SourcesAreNumberedFromZero) {

@@ -21,10 +21,6 @@ using xercesc::XMLString;
 
 namespace {
 
-bool hasTag(const DOMElement* element, const char16_t* tag) {
-  return XMLString::equals(element->getTagName(), tag);
-}
-
 // Kinds of element that carry no style reference of their own.
 bool exemptFromStyle(const DOMElement* element) {
   for (const char16_t* tag : {KytoUni::_domain, KytoUni::_source, KytoUni::_facetLabel,

@@ -17,6 +17,7 @@
 
 #include <xercesc/dom/DOMDocument.hpp>
 #include <xercesc/dom/DOMElement.hpp>
+#include <xercesc/util/XMLString.hpp>
 
 #include "chartxml/host/ChartBase.h"
 #include "chartxml/host/ChartErrorHandler.h"
@@ -28,6 +29,11 @@
 class ChartStringHandler;
 class VORN_DataSource;
 class VORN_Variable;
+
+// True when the element's tag is `tag`.
+inline bool hasTag(const xercesc::DOMElement* element, const char16_t* tag) {
+  return xercesc::XMLString::equals(element->getTagName(), tag);
+}
 
 class Chart : public ChartBase {
  public:

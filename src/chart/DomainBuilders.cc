@@ -20,10 +20,6 @@ constexpr char16_t kMethod[] = u"method";
 constexpr char16_t kSourceVariable[] = u"sourceVariable";
 constexpr char16_t kStatVariable[] = u"statVariable";
 
-bool hasTag(const DOMElement* element, const char16_t* tag) {
-  return XMLString::equals(element->getTagName(), tag);
-}
-
 const char16_t* flag(bool value) {
   return value ? KytoUni::_true : KytoUni::_false;
 }

@@ -36,10 +36,6 @@ constexpr int kStackedCode = 87;
 
 constexpr int kLastPositionalRole = 6;
 
-bool hasTag(const DOMElement* element, const char16_t* tag) {
-  return XMLString::equals(element->getTagName(), tag);
-}
-
 const char16_t* booleanToken(bool value) {
   return value ? KytoUni::_true : KytoUni::_false;
 }

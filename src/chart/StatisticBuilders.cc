@@ -34,10 +34,6 @@ constexpr int kCountCode = 140;
 constexpr int kPercentCode = 141;
 constexpr char kFirstSource[] = "source0";
 
-bool hasTag(const DOMElement* element, const char16_t* tag) {
-  return XMLString::equals(element->getTagName(), tag);
-}
-
 DOMElement* newParameter(DOMDocument* document, const char16_t* name, const char16_t* value) {
   DOMElement* parameter = document->createElement(KytoUni::_parameter);
   parameter->setAttribute(KytoUni::_name, name);

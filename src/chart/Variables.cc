@@ -28,10 +28,6 @@ constexpr int kMaxRelabels = 1000;
 constexpr int kXAxisCode = 155;
 constexpr int kYAxisCode = 148;
 
-bool hasTag(const DOMElement* element, const char16_t* tag) {
-  return XMLString::equals(element->getTagName(), tag);
-}
-
 // A number written as %.16g, so that 1, 1.0 and 1.00 read the same.
 void renormalise(ChartString& text) {
   if (text.isNumber()) text.assignDouble(text.convertToDouble());
