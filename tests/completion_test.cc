@@ -2,6 +2,8 @@
 // the sent data, and the charts that are not sent.
 #include <filesystem>
 #include <fstream>
+
+#include <xercesc/dom/DOMNodeList.hpp>
 #include <sstream>
 
 #include "chartxml/host/ChartBase.h"
@@ -173,6 +175,40 @@ TEST_F(CompletionTest, IciclePlotsAreCustomisedByKind) {
   EXPECT_EQ(cx->EndChart(chart), 0);
   ASSERT_EQ(cxh_sent_count(), 1);
   EXPECT_NE(std::string(cxh_sent_xml(0)).find("icicle-vertical"), std::string::npos);
+}
+
+// Statistic notes become extensions; a labeling description stays; a lone
+// same-ratio pair of dimensions gets unrotated tick labels.
+TEST_F(CompletionTest, ModelAdjustmentsBeforeSending) {
+  const int chart = newChart();
+  cx->SetDataSource(chart, source);
+  const int src = cx->AddSource(chart);
+  const int inside = cx->AddVariable(chart, src, 0, false);
+  const int mean = cx->AddVariable(chart, src, 1, false);
+  const int labels = cx->AddLabelingVariable(chart, src, 1, true);
+  cx->SetSummaryFunction(chart, inside, 22, 1.0, 9.0);  // percentageInside;1;9
+  cx->SetSummaryFunction(chart, mean, 8, 0.0, 0.0);     // meanOfValues
+  xercesc::DOMDocument* doc = cx->getChart(chart);
+  const int graph = cx->AddFrame(chart, 0, -1);
+  auto* owner = cx->getChart(chart)->getElementsByTagName(u"frame")->item(0);
+  for (const char16_t* role : {u"x", u"y"}) {
+    xercesc::DOMElement* dimension = doc->createElement(u"dimension");
+    dimension->setAttribute(u"role", role);
+    dimension->setAttribute(u"sameRatio", u"trueCentered");
+    owner->appendChild(dimension);
+  }
+  static_cast<xercesc::DOMElement*>(owner->getFirstChild())
+      ->appendChild(doc->createElement(u"axis"));
+  ASSERT_GT(graph, 0);
+  ASSERT_GT(labels, 0);
+  EXPECT_EQ(cx->EndChart(chart), 0);
+  ASSERT_EQ(cxh_sent_count(), 1);
+  const std::string xml = cxh_sent_xml(0);
+  EXPECT_NE(xml.find(R"(<extension max="9" min="1" statistic="percentageInside"/>)"),
+            std::string::npos);
+  EXPECT_NE(xml.find(R"(<extension statistic="meanOfValues"/>)"), std::string::npos);
+  EXPECT_NE(xml.find(R"(description="labeling")"), std::string::npos);
+  EXPECT_NE(xml.find(R"(<majorTicks labelAngle="0"/>)"), std::string::npos);
 }
 
 TEST_F(CompletionTest, ValidXmlNeedsChartZero) {

@@ -267,3 +267,42 @@ TEST_F(VariablesTest, ValueTexts) {
 }
 
 }  // namespace
+
+namespace {
+
+// What each kind of display format becomes in the variable's meta.
+TEST_F(VariablesTest, DisplayFormatsAsFormatElements) {
+  const int chart = chartWithSource();
+  const int v = cx->AddVariable(chart, 1, 2, false);
+  DOMElement* meta = static_cast<DOMElement*>(byId(chart, idOf(chart, v))->getFirstChild());
+  struct Case {
+    int type, width, decimals;
+    const char* tag;
+    const char16_t* attribute;
+    const char* value;
+  };
+  const Case cases[] = {
+      {1, 8, 0, "stringFormat", nullptr, ""},
+      {3, 8, 2, "numberFormat", u"useGrouping", "true"},
+      {5, 8, 3, "numberFormat", u"maximumFractionDigits", "3"},
+      {6, 8, 1, "numberFormat", u"suffix", "%"},
+      {7, 10, 2, "numberFormat", u"scientific", "true"},
+      {15, 5, 0, "numberFormat", u"minimumIntegerDigits", "5"},
+      {17, 8, 2, "numberFormat", u"decimalSeparator", ","},
+      {33, 8, 2, "numberFormat", u"prefix", "CCC "},
+      {36, 8, 2, "numberFormat", u"negativePrefix", "("},
+      {20, 11, 0, "dateTimeFormat", u"pattern", "dd-MMM-yyyy"},
+      {30, 19, 0, "dateTimeFormat", u"pattern", "yyyy-MM-dd'T'HH:mm:ss"},
+      {99, 8, 0, "", nullptr, ""},  // unknown: nothing written
+  };
+  for (const Case& c : cases) {
+    cx->SetVariableFormat(chart, v, (c.type << 16) | (c.width << 8) | c.decimals);
+    EXPECT_EQ(childTags(meta), c.tag) << c.type;  // the earlier format was replaced
+    if (c.attribute != nullptr) {
+      EXPECT_EQ(attr(static_cast<DOMElement*>(meta->getFirstChild()), c.attribute), c.value)
+          << c.type;
+    }
+  }
+}
+
+}  // namespace

@@ -7,8 +7,11 @@
 //                                and by type: 4 prefix "$", 31-35 prefix
 //                                "CCA ".."CCE ", 6 suffix "%", 7 scientific
 //                                "true", 15 minimumIntegerDigits = width,
-//                                17 groupingSeparator "." and decimalSeparator ","
+//                                17 groupingSeparator "." and decimalSeparator ",",
+//                                36 negativePrefix "(" and negativeSuffix ")",
+//                                37 negativePrefix "" and negativeSuffix "-"
 //   types 20-30 (dates, times)   <dateTimeFormat pattern="..."> as the table below
+// The types render as the host's formatter renders them (formatter.h).
 //   anything else                nothing: the value is shown as it is
 #include <string>
 
@@ -47,7 +50,7 @@ constexpr DatePattern kDatePatterns[] = {
     {27, u"q Q yyyy"},
     {28, u"EEEE"},
     {29, u"MMMM"},
-    {30, u"dd-MMM-yyyy HH:mm"},
+    {30, u"yyyy-MM-dd'T'HH:mm:ss"},
 };
 
 bool isFormatChild(const DOMNode* node) {
@@ -102,6 +105,14 @@ void Chart::writeDisplayFormat(DOMElement* meta, const VORN_Format& format) {
   if (type == 17) {
     set(numbers, u"groupingSeparator", u".");
     set(numbers, u"decimalSeparator", u",");
+  }
+  if (type == 36) {
+    set(numbers, u"negativePrefix", u"(");
+    set(numbers, u"negativeSuffix", u")");
+  }
+  if (type == 37) {
+    set(numbers, u"negativePrefix", u"");
+    set(numbers, u"negativeSuffix", u"-");
   }
   meta->appendChild(numbers);
 }
