@@ -156,6 +156,97 @@ class CHARTXML_EXPORT ChartXml {
   // The handle of the variable's meta element, made on first call.
   int AddMeta(int chart, int variable);
 
+  // ---- Coordinates, dimensions, axes, guides and legends ----------------------
+  // Roles: 1 x, 2 y, 3 z, 4 r, 5 theta, 6 phi, 7 position.
+  int AddCoordinateTransform(int chart, int frame, int method);
+  // The frame's dimension for a role, made on first call (one per role).
+  int AddDimension(int chart, int frame, int role, int domain);
+  // The first dimension for a role anywhere below the frame, or -1 (no report).
+  int GetDimension(int chart, int frame, int role);
+  // Dimension setters; each returns the dimension handle.
+  int SetDimensionDomain(int chart, int dimension, int domain);
+  int SetDimensionLowerMapping(int chart, int dimension, int mapping);
+  int SetDimensionUpperMapping(int chart, int dimension, int mapping);
+  int SetDimensionLowerMargin(int chart, int dimension, int margin);
+  int SetDimensionUpperMargin(int chart, int dimension, int margin);
+  int SetDimensionSameRatio(int chart, int dimension, bool sameRatio);
+  int SetUnionDomain(int chart, int dimension);
+  // A scale of `method` ("log", "power", ...) with its parameters: its handle.
+  int SetDimensionScale(int chart, int dimension, int method, int value, bool invert);
+  // Every domain of the chart gets the interval -extent..extent: 1, or -1.
+  int SetXYDimensionSameScale(int chart, const double& extent);
+  int AddAxis(int chart, int dimension, int idSuffix, bool opposite);
+  int AddMajorTicks(int chart, int parent, int position, bool gridLines, int length,
+                    int labelAngle, bool stagger, int delta);
+  int AddMinorTicks(int chart, int axis, int position, bool gridLines, int length, int number);
+  int AddGuide(int chart, int frame, int type, int suffix);
+  int AddLegend(int chart, int frame, int suffix);
+  int AddLegendTarget(int chart, int legend, int target, int suffix, int aesthetic);
+  int AddLegendTargetEx(int chart, int legend, int target, int styleBy, int suffix);
+  // A line guide at a value of x or y; `number` (>= 0) names its id.
+  int AddXReferenceLine(int chart, int frame, int value, int number);
+  int AddYReferenceLine(int chart, int frame, int value, int number);
+  // Makes an axis show percentages: returns `parent`, or -1.
+  int SetAxisPercent(int chart, int parent, int formatOwner);
+
+  // ---- Fitted-function lines ---------------------------------------------------
+  // A guide drawing y = f(x) through 1000 points, named by the family's
+  // translated name. `dateAxis`: x is a date, measured from 1582-10-14. The
+  // two-coefficient families refuse the host's infinity value (-1).
+  int AddYOfXLinear(int chart, int frame, int idNumber, const double& a, const double& b,
+                    bool dateAxis);
+  int AddYOfXLogarithmic(int chart, int frame, int idNumber, const double& a, const double& b,
+                         bool dateAxis);
+  int AddYOfXInverse(int chart, int frame, int idNumber, const double& a, const double& b,
+                     bool dateAxis);
+  int AddYOfXQuadratic(int chart, int frame, int idNumber, const double& a, const double& b,
+                       const double& c, bool dateAxis);
+  int AddYOfXCubic(int chart, int frame, int idNumber, const double& a, const double& b,
+                   const double& c, const double& d, bool dateAxis);
+  int AddYOfXCompound(int chart, int frame, int idNumber, const double& a, const double& b,
+                      bool dateAxis);
+  int AddYOfXPower(int chart, int frame, int idNumber, const double& a, const double& b,
+                   bool dateAxis);
+  int AddYOfXS(int chart, int frame, int idNumber, const double& a, const double& b,
+               bool dateAxis);
+  int AddYOfXGrowth(int chart, int frame, int idNumber, const double& a, const double& b,
+                    bool dateAxis);
+  int AddYOfXExponential(int chart, int frame, int idNumber, const double& a, const double& b,
+                         bool dateAxis);
+  int AddYOfXLogistic(int chart, int frame, int idNumber, const double& a, const double& b,
+                      const double& c, bool dateAxis);
+  // Completes a started composite formula with a and b and adds its line.
+  int AddYOfXWithAB(int chart, int frame, int compositeString, int idNumber, const double& a,
+                    const double& b);
+  // The line of a finished formula string.
+  int AddYFunctionOfX(int chart, int frame, int functionText, int idNumber);
+
+  // ---- Facets -----------------------------------------------------------------
+  int AddCoordinateFacet(int chart, int frame);
+  // Facet algebra under a coordinate facet; a nest takes exactly two children.
+  int AddCross(int chart, int node);
+  int AddNest(int chart, int node);
+  int AddBlend(int chart, int node);
+  int AddFacetVariable(int chart, int node, int role, int variable);
+  // Made on first call; later calls return the same handle.
+  int AddTableFacet(int chart, int frame);
+  int AddFacetLabeling(int chart, int frame);
+  int SetFacetLabelingCellAspect(int chart, int labeling, const double& aspect);
+  int AddFacetLabel(int chart, int labeling, int idText, int level, bool reverse);
+  // The labeling's first label of `level`, or -1 (no report).
+  int GetFacetLabel(int chart, int labeling, int level);
+  // -1 as the style removes it.
+  int SetFacetLabelCellStyle(int chart, int label, int styleText);
+  int SetFacetLabelGap(int chart, int label, int gapText);
+  int SetFacetLabelLevel(int chart, int label, int level);
+  int AddFacetStyle(int chart, int element, int whenText, int styleText);
+  // Gives each facet panel its own scale. Always -1 (callers ignore it).
+  int SetFacetsDifferentScale(int chart, int dimension);
+  // The variable of a scatter-plot matrix over a variable list.
+  int AddMatrixVariable(int chart, int list);
+  // The sum of a variable list's variables, labelled for the role's axis.
+  int AddOverlayVariable(int chart, int list, int role);
+
   // ---- Data source and variables --------------------------------------------
   // Variable indexes: with a procedure dictionary (second SetDataSource form
   // with a data area) callers pass the procedure's 1-based variable numbers;

@@ -220,6 +220,54 @@ class Chart : public ChartBase {
   int setNumberFormatSuffix(int numberFormat, int text);
   int SetNumberFormatMaxFractionDigits(int numberFormat, int text);
 
+  // ---- Coordinates, dimensions, axes, guides, legends (AxisBuilders.cc) --
+  int AddCoordinateTransform(int frame, int method);
+  int AddDimension(int frame, int role, int domain);
+  int GetDimension(int frame, int role);
+  int SetDimensionDomain(int dimension, int domain);
+  int SetDimensionLowerMapping(int dimension, int mapping);
+  int SetDimensionUpperMapping(int dimension, int mapping);
+  int SetDimensionLowerMargin(int dimension, int margin);
+  int SetDimensionUpperMargin(int dimension, int margin);
+  int SetDimensionSameRatio(int dimension, bool sameRatio);
+  int SetUnionDomain(int dimension);
+  int SetDimensionScale(int dimension, int method, int value, bool invert);
+  int SetXYDimensionSameScale(double extent);
+  int AddAxis(int dimension, int idSuffix, bool opposite);
+  int AddMajorTicks(int parent, int position, bool gridLines, int length, int labelAngle,
+                    bool stagger, int delta);
+  int AddMinorTicks(int axis, int position, bool gridLines, int length, int number);
+  int AddGuide(int frame, int type, int suffix);
+  int AddLegend(int frame, int suffix);
+  int AddLegendTarget(int legend, int target, int suffix, int aesthetic);
+  int AddLegendTargetEx(int legend, int target, int styleBy, int suffix);
+  // Axis code 1 (x) or 2 (y).
+  int addReferenceLine(int axis, int frame, int value, int number);
+  int SetAxisPercent(int parent, int formatOwner);
+
+  // ---- Fitted-function lines (FunctionBuilders.cc) ------------------------
+  // The document part of a function line: the guide and its two parameters.
+  int AddYFunctionOfX(int frame, int functionText, int idNumber);
+
+  // ---- Facets (FacetBuilders.cc) ---------------------------------------------
+  int AddCoordinateFacet(int frame);
+  int AddCross(int node);
+  int AddNest(int node);
+  int AddBlend(int node);
+  int AddFacetVariable(int node, int role, int variable);
+  int AddTableFacet(int frame);
+  int AddFacetLabeling(int frame);
+  int SetFacetLabelingCellAspect(int labeling, double aspect);
+  int AddFacetLabel(int labeling, int idText, int level, bool reverse);
+  int GetFacetLabel(int labeling, int level);
+  int SetFacetLabelCellStyle(int label, int styleText);
+  int SetFacetLabelGap(int label, int gapText);
+  int SetFacetLabelLevel(int label, int level);
+  int AddFacetStyle(int element, int whenText, int styleText);
+  int SetFacetsDifferentScale(int dimension);
+  int AddMatrixVariable(int list);
+  int AddOverlayVariable(int list, int role);
+
   // ---- Accessors ----------------------------------------------------------
   xercesc::DOMDocument* document() const { return document_; }
   xercesc::DOMElement* root() const;
