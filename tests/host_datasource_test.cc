@@ -7,6 +7,7 @@
 #include <fstream>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "chartxml/chartxml_host.h"
@@ -16,6 +17,9 @@
 namespace fs = std::filesystem;
 
 namespace {
+
+constexpr double kMissing = kVornMissingValue;
+using Numbers = std::vector<double>;
 
 // Handles are dictionaries; a CSV handle is also its own data source.
 void* handleOf(VORN_DataSource* source) {
@@ -29,6 +33,18 @@ struct Closer {
   void operator()(VORN_DataSource* source) const { cxh_close(handleOf(source)); }
 };
 using Source = std::unique_ptr<VORN_DataSource, Closer>;
+
+// A row's texts joined by '|', and a column's numbers.
+std::string row(const VORN_DataSource& source, int r) {
+  std::string out = source.GetString(r, 0);
+  for (int c = 1; c < source.ColumnCount(); ++c) out += "|" + source.GetString(r, c);
+  return out;
+}
+Numbers numbers(const VORN_DataSource& source, int column) {
+  Numbers out;
+  for (int r = 0; r < source.RowCount(); ++r) out.push_back(source.GetNumber(r, column));
+  return out;
+}
 
 class DataSourceTest : public ::testing::Test {
  protected:
@@ -50,16 +66,22 @@ class DataSourceTest : public ::testing::Test {
   }
   Source open(const std::string& path) { return Source(asSource(cxh_open_csv(path.c_str()))); }
   Source load(const std::string& csv) { return open(write("data.csv", csv)); }
-
   std::string lastReport() const {
     const int count = cxh_report_count();
     return count > 0 ? cxh_report_message(count - 1) : "";
+  }
+  // The one report made when opening `path` fails.
+  std::string refusal(const std::string& path) {
+    cxh_clear_reports();
+    EXPECT_EQ(open(path), nullptr);
+    EXPECT_EQ(cxh_report_count(), 1);
+    return lastReport();
   }
 
   fs::path dir_;
 };
 
-TEST_F(DataSourceTest, ReadsQuotedFieldsByteOrderMarkCrlfAndEmptyLastLine) {
+TEST_F(DataSourceTest, ReadsQuotesByteOrderMarkCrlfAndEmptyLines) {
   Source source = load(
       "\xEF\xBB\xBFid,name,note\r\n"
       "1,\"Smith, Jo\",\"said \"\"hi\"\"\"\r\n"
@@ -69,34 +91,22 @@ TEST_F(DataSourceTest, ReadsQuotedFieldsByteOrderMarkCrlfAndEmptyLastLine) {
   ASSERT_NE(source, nullptr) << lastReport();
   EXPECT_EQ(cxh_report_count(), 0);
   ASSERT_EQ(source->ColumnCount(), 3);
-  EXPECT_EQ(source->RowCount(), 3);
+  ASSERT_EQ(source->RowCount(), 3);
   EXPECT_EQ(source->GetVariable(0)->GetName(), "id");
-  EXPECT_EQ(source->GetString(0, 1), "Smith, Jo");
-  EXPECT_EQ(source->GetString(0, 2), "said \"hi\"");
-  EXPECT_EQ(source->GetString(1, 2), "two\r\nlines");
-  EXPECT_EQ(source->GetString(2, 1), "");
+  EXPECT_EQ(row(*source, 0), "1|Smith, Jo|said \"hi\"");
+  EXPECT_EQ(row(*source, 1), "2|plain|two\r\nlines");
+  EXPECT_EQ(row(*source, 2), "3||");
   EXPECT_EQ(source->GetNumber(2, 0), 3);
-}
 
-TEST_F(DataSourceTest, EveryLineOfAOneColumnFileIsACase) {
-  // An empty line is then a missing value; only the final line break ends
-  // the file.
-  Source source = load("x\n1\n\n2\n\n");
+  // In a one-column file an empty line is a missing value; only the final
+  // line break ends the file.
+  source = load("x\n1\n\n2\n\n");
   ASSERT_NE(source, nullptr) << lastReport();
-  ASSERT_EQ(source->RowCount(), 4);
-  EXPECT_EQ(source->GetNumber(0, 0), 1);
-  EXPECT_EQ(source->GetNumber(1, 0), kVornMissingValue);
-  EXPECT_EQ(source->GetNumber(2, 0), 2);
-  EXPECT_EQ(source->GetNumber(3, 0), kVornMissingValue);
+  EXPECT_EQ(numbers(*source, 0), (Numbers{1, kMissing, 2, kMissing}));
 }
 
 TEST_F(DataSourceTest, RefusesMalformedFilesNamingFileAndLine) {
-  struct Case {
-    const char* content;
-    int line;
-    const char* problem;
-  };
-  const Case cases[] = {
+  const std::tuple<const char*, int, const char*> cases[] = {
       {"a,b\n1,2\n3\n", 3, "row has 1 field; the header has 2"},
       {"a,b\n\"x\ny\",2\n1,2,3\n", 4, "row has 3 fields"},
       {"a,b\n1,2\n\n3,4\n", 3, "row has 1 field"},
@@ -107,22 +117,17 @@ TEST_F(DataSourceTest, RefusesMalformedFilesNamingFileAndLine) {
       {"a,,c\n1,2,3\n", 1, "column 2 is empty"},
       {"a,b,a\n1,2,3\n", 1, "\"a\" is used by columns 1 and 3"},
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.content);
-    cxh_clear_reports();
-    const std::string path = write("bad.csv", c.content);
-    EXPECT_EQ(open(path), nullptr);
-    ASSERT_EQ(cxh_report_count(), 1);
-    const std::string message = lastReport();
-    EXPECT_EQ(message.rfind(path + ":" + std::to_string(c.line) + ": ", 0), 0u) << message;
-    EXPECT_NE(message.find(c.problem), std::string::npos) << message;
-    EXPECT_EQ(cxh_report_line(0), c.line);
+  for (const auto& [content, line, problem] : cases) {
+    SCOPED_TRACE(content);
+    const std::string path = write("bad.csv", content);
+    const std::string message = refusal(path);
+    EXPECT_EQ(message.rfind(path + ":" + std::to_string(line) + ": ", 0), 0u) << message;
+    EXPECT_NE(message.find(problem), std::string::npos) << message;
+    EXPECT_EQ(cxh_report_line(0), line);
   }
 
-  cxh_clear_reports();
   const std::string missing = (dir_ / "absent.csv").string();
-  EXPECT_EQ(open(missing), nullptr);
-  EXPECT_EQ(lastReport().rfind(missing + ": ", 0), 0u) << lastReport();
+  EXPECT_EQ(refusal(missing).rfind(missing + ": ", 0), 0u) << lastReport();
   EXPECT_EQ(cxh_open_csv(nullptr), nullptr);
   EXPECT_EQ(cxh_report_count(), 2);
 }
@@ -135,35 +140,28 @@ TEST_F(DataSourceTest, TypesColumnsAndGuessesFormatsWithoutADictionary) {
       ",0,0,,2,inf,\n");
   ASSERT_NE(source, nullptr) << lastReport();
   ASSERT_EQ(source->ColumnCount(), 7);
+  // Only finite numbers make a numeric column; an empty one is numeric.
+  for (int c = 0; c < 7; ++c) EXPECT_EQ(source->GetVariable(c)->IsString(), c >= 3 && c <= 5) << c;
+  // Never narrower than 8; text widths count bytes, not characters.
+  const VORN_Format formats[] = {{5, 8, 2}, {5, 13, 3}, {5, 8, 4}, {1, 5, 0}};
+  for (int c = 0; c < 4; ++c) EXPECT_EQ(source->GetVariable(c)->GetFormatEx(), formats[c]) << c;
+  const VORN_Variable& small = *source->GetVariable(0);
+  EXPECT_EQ(small.GetMeasure(), VORN_Measure::Scale);
+  EXPECT_EQ(source->GetVariable(4)->GetMeasure(), VORN_Measure::Nominal);
+  EXPECT_EQ(small.GetLabel(), "");
+  EXPECT_EQ(small.GetValueLabels().Count(), 0u);
 
-  auto variable = [&](int column) -> const VORN_Variable& { return *source->GetVariable(column); };
-  EXPECT_FALSE(variable(0).IsString());
-  EXPECT_EQ(variable(0).GetFormatEx(), VORN_Format(5, 8, 2));  // never narrower than 8
-  EXPECT_EQ(variable(1).GetFormatEx(), VORN_Format(5, 13, 3));
-  EXPECT_EQ(variable(2).GetFormatEx(), VORN_Format(5, 8, 4));
-  EXPECT_EQ(variable(3).GetFormatEx(), VORN_Format(1, 5, 0));  // bytes, not characters
-  EXPECT_TRUE(variable(4).IsString());
-  EXPECT_TRUE(variable(5).IsString());  // only finite numbers make a numeric column
-  EXPECT_FALSE(variable(6).IsString());
-  EXPECT_EQ(variable(0).GetMeasure(), VORN_Measure::Scale);
-  EXPECT_EQ(variable(4).GetMeasure(), VORN_Measure::Nominal);
-  EXPECT_EQ(variable(0).GetLabel(), "");
-  EXPECT_EQ(variable(0).GetValueLabels().Count(), 0u);
-
-  EXPECT_EQ(source->GetNumber(0, 0), 1.5);
-  EXPECT_EQ(source->GetNumber(2, 0), kVornMissingValue);
-  EXPECT_EQ(source->GetNumber(1, 1), 7);
-  EXPECT_EQ(source->GetNumber(1, 2), 1);
+  EXPECT_EQ(numbers(*source, 0), (Numbers{1.5, -20, kMissing}));
+  EXPECT_EQ(numbers(*source, 1), (Numbers{123456789.125, 7, 0}));
+  EXPECT_EQ(numbers(*source, 2), (Numbers{0.0025, 1, 0}));
+  EXPECT_EQ(numbers(*source, 4), (Numbers{1, kMissing, 2}));  // text that spells a number
+  EXPECT_EQ(numbers(*source, 6), (Numbers{kMissing, kMissing, kMissing}));
   EXPECT_EQ(source->GetString(0, 0), "1.5");
   EXPECT_EQ(source->GetString(2, 0), "");
   EXPECT_EQ(source->GetString(1, 3), "\xC3\xBC\x6E\xC3\xAF");
-  // A text cell that spells a number still reads as one.
-  EXPECT_EQ(source->GetNumber(0, 4), 1);
-  EXPECT_EQ(source->GetNumber(1, 4), kVornMissingValue);
-  EXPECT_EQ(source->GetNumber(0, 6), kVornMissingValue);
-
+  // Out of range.
   EXPECT_EQ(source->GetVariable(7), nullptr);
-  EXPECT_EQ(source->GetNumber(3, 0), kVornMissingValue);
+  EXPECT_EQ(source->GetNumber(3, 0), kMissing);
   EXPECT_EQ(source->GetString(0, 7), "");
 }
 
@@ -186,7 +184,7 @@ TEST_F(DataSourceTest, AppliesTheDictionary) {
   EXPECT_EQ(sex.GetMeasure(), VORN_Measure::Nominal);
   EXPECT_TRUE(sex.IsUserMissing(9));
   EXPECT_FALSE(sex.IsUserMissing(1));
-  EXPECT_EQ(source->GetNumber(2, 0), kVornMissingValue);
+  EXPECT_EQ(numbers(*source, 0), (Numbers{1, 2, kMissing}));
   EXPECT_EQ(source->GetString(2, 0), "9");
 
   // Pairs come in the dictionary's order, and a walk can be restarted.
@@ -196,13 +194,10 @@ TEST_F(DataSourceTest, AppliesTheDictionary) {
     VORN_Value value;
     std::string label;
     ASSERT_TRUE(labels.GetNextPair(value, label));
-    EXPECT_EQ(value.number, 2);
-    EXPECT_EQ(label, "Female");
+    EXPECT_EQ(std::tie(value.number, label), std::make_tuple(2.0, "Female"));
     ASSERT_TRUE(labels.GetNextPair(value, label));
-    EXPECT_FALSE(value.isString);
-    EXPECT_EQ(value.number, 1);
-    EXPECT_FALSE(labels.GetNextPair(value, label));
-    EXPECT_EQ(label, "Male");
+    EXPECT_FALSE(labels.GetNextPair(value, label));  // leaves the last pair as it was
+    EXPECT_EQ(std::tie(value.isString, value.number, label), std::make_tuple(false, 1.0, "Male"));
   }
   ASSERT_NE(labels.Find(1.0), nullptr);
   EXPECT_EQ(*labels.Find(1.0), "Male");
@@ -223,11 +218,7 @@ TEST_F(DataSourceTest, AppliesTheDictionary) {
 }
 
 TEST_F(DataSourceTest, RefusesABadDictionaryNamingTheFileAndVariable) {
-  struct Case {
-    const char* variables;
-    const char* problem;
-  };
-  const Case cases[] = {
+  const std::pair<const char*, const char*> cases[] = {
       {R"("nope": {})", "variable \"nope\": no such variable"},
       {R"("n": { "format": { "type": 0 } })", "type 0 is not in 1..40"},
       {R"("n": { "format": { "type": 41 } })", "type 41 is not in 1..40"},
@@ -246,21 +237,15 @@ TEST_F(DataSourceTest, RefusesABadDictionaryNamingTheFileAndVariable) {
   };
   const std::string path = write("d.csv", "n,s\n1,a\n");
   const std::string dictionary = path + ".dict.json";
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.variables);
-    cxh_clear_reports();
-    write("d.csv.dict.json", std::string(R"({"variables": {)") + c.variables + "}}");
-    EXPECT_EQ(open(path), nullptr);
-    ASSERT_EQ(cxh_report_count(), 1);
-    const std::string message = lastReport();
+  for (const auto& [variables, problem] : cases) {
+    SCOPED_TRACE(variables);
+    write("d.csv.dict.json", std::string(R"({"variables": {)") + variables + "}}");
+    const std::string message = refusal(path);
     EXPECT_EQ(message.rfind(dictionary + ": variable \"", 0), 0u) << message;
-    EXPECT_NE(message.find(c.problem), std::string::npos) << message;
+    EXPECT_NE(message.find(problem), std::string::npos) << message;
   }
-
-  cxh_clear_reports();
   write("d.csv.dict.json", R"({"variables": {"n": )");
-  EXPECT_EQ(open(path), nullptr);
-  EXPECT_EQ(lastReport().rfind(dictionary + ": malformed JSON", 0), 0u) << lastReport();
+  EXPECT_EQ(refusal(path).rfind(dictionary + ": malformed JSON", 0), 0u) << lastReport();
 }
 
 TEST_F(DataSourceTest, ProcedureDictionaryMapsOneBasedNumbersToColumns) {
@@ -269,48 +254,41 @@ TEST_F(DataSourceTest, ProcedureDictionaryMapsOneBasedNumbersToColumns) {
   const int64_t columns[] = {2, 0};
   void* handle = cxh_dictionary(handleOf(source.get()), columns, 2);
   ASSERT_NE(handle, nullptr) << lastReport();
-  auto* dictionary = static_cast<VORN_FortranDictionary*>(handle);
-
-  ProcedureDataSource procedure(reinterpret_cast<void*>(0x10), dictionary);
+  ProcedureDataSource procedure(reinterpret_cast<void*>(0x10),
+                                static_cast<VORN_FortranDictionary*>(handle));
   EXPECT_EQ(procedure.Parent(), source.get());
-  EXPECT_EQ(procedure.DicPtr(0), 2);  // variable 1
-  EXPECT_EQ(procedure.DicPtr(1), 0);  // variable 2
-  EXPECT_EQ(procedure.DicPtr(2), -1);
-  EXPECT_EQ(procedure.DicPtr(-1), -1);
+  // Variables 1 and 2; positions outside the dictionary name no column.
+  for (auto [position, column] : {std::pair{0, 2}, {1, 0}, {2, -1}, {-1, -1}}) {
+    EXPECT_EQ(procedure.DicPtr(position), column) << position;
+  }
   // The data source's own services keep the parent's column numbers.
   EXPECT_EQ(procedure.ColumnCount(), 3);
   EXPECT_EQ(procedure.RowCount(), 2);
   EXPECT_EQ(procedure.GetVariable(1), source->GetVariable(1));
   EXPECT_EQ(procedure.GetNumber(1, 2), 6);
+  cxh_close(handle);
 
   // A data source as its own dictionary: position k is column k.
   ProcedureDataSource direct(nullptr, source.get());
   EXPECT_EQ(direct.Parent(), source.get());
   EXPECT_EQ(direct.DicPtr(2), 2);
   EXPECT_EQ(direct.DicPtr(3), -1);
-  cxh_close(handle);
-
   void* empty = cxh_dictionary(handleOf(source.get()), nullptr, 0);
   ASSERT_NE(empty, nullptr);
   EXPECT_EQ(ProcedureDataSource(nullptr, static_cast<VORN_FortranDictionary*>(empty)).DicPtr(0),
             -1);
   cxh_close(empty);
   EXPECT_EQ(cxh_report_count(), 0);
-}
 
-TEST_F(DataSourceTest, RefusesInvalidDictionaryArguments) {
-  Source source = load("a,b\n1,2\n");
-  ASSERT_NE(source, nullptr) << lastReport();
-  const int64_t tooFar[] = {0, 2};
+  // Refused arguments, each reported; closing null is harmless.
+  const int64_t tooFar[] = {0, 3};
   const int64_t negative[] = {-1};
   EXPECT_EQ(cxh_dictionary(nullptr, tooFar, 1), nullptr);
   EXPECT_EQ(cxh_dictionary(handleOf(source.get()), tooFar, -1), nullptr);
   EXPECT_EQ(cxh_dictionary(handleOf(source.get()), nullptr, 1), nullptr);
   EXPECT_EQ(cxh_dictionary(handleOf(source.get()), tooFar, 2), nullptr);
-  EXPECT_NE(lastReport().find("variable 2 names column 2"), std::string::npos) << lastReport();
+  EXPECT_NE(lastReport().find("variable 2 names column 3"), std::string::npos) << lastReport();
   EXPECT_EQ(cxh_dictionary(handleOf(source.get()), negative, 1), nullptr);
-  EXPECT_EQ(cxh_report_count(), 5);
-
   cxh_close(nullptr);
   EXPECT_EQ(cxh_report_count(), 5);
 }
