@@ -3,8 +3,8 @@
 #include <filesystem>
 #include <fstream>
 
-#include <xercesc/dom/DOMNodeList.hpp>
 #include <sstream>
+#include <xercesc/dom/DOMNodeList.hpp>
 
 #include "chartxml/host/ChartBase.h"
 #include "test_support.h"

@@ -13,8 +13,8 @@ namespace {
 using cxtest::attr;
 using cxtest::childTags;
 using cxtest::messages;
-using xercesc::DOMElement;
 using cxtest::Messages;
+using xercesc::DOMElement;
 
 class DomainTest : public cxtest::FacadeTest {
  protected:

@@ -9,8 +9,8 @@ namespace {
 using cxtest::attr;
 using cxtest::childTags;
 using cxtest::messages;
-using xercesc::DOMElement;
 using cxtest::Messages;
+using xercesc::DOMElement;
 
 class ElementsTest : public cxtest::SourcedChartTest {
  protected:

@@ -13,8 +13,8 @@ namespace {
 using cxtest::attr;
 using cxtest::childTags;
 using cxtest::messages;
-using xercesc::DOMElement;
 using cxtest::Messages;
+using xercesc::DOMElement;
 
 class StatisticTest : public cxtest::SourcedChartTest {
  protected:
@@ -26,7 +26,6 @@ class StatisticTest : public cxtest::SourcedChartTest {
   }
   VarDataProcessor& feed() { return *cx->getDataProcessor(chart); }
   static std::string range(int next) { return " out of range (0-" + std::to_string(next) + ")"; }
-
 };
 
 TEST_F(StatisticTest, StatisticsAndParameters) {

@@ -176,8 +176,8 @@ class CHARTXML_EXPORT ChartXml {
   // Every domain of the chart gets the interval -extent..extent: 1, or -1.
   int SetXYDimensionSameScale(int chart, const double& extent);
   int AddAxis(int chart, int dimension, int idSuffix, bool opposite);
-  int AddMajorTicks(int chart, int parent, int position, bool gridLines, int length,
-                    int labelAngle, bool stagger, int delta);
+  int AddMajorTicks(int chart, int parent, int position, bool gridLines, int length, int labelAngle,
+                    bool stagger, int delta);
   int AddMinorTicks(int chart, int axis, int position, bool gridLines, int length, int number);
   int AddGuide(int chart, int frame, int type, int suffix);
   int AddLegend(int chart, int frame, int suffix);
@@ -207,8 +207,7 @@ class CHARTXML_EXPORT ChartXml {
                       bool dateAxis);
   int AddYOfXPower(int chart, int frame, int idNumber, const double& a, const double& b,
                    bool dateAxis);
-  int AddYOfXS(int chart, int frame, int idNumber, const double& a, const double& b,
-               bool dateAxis);
+  int AddYOfXS(int chart, int frame, int idNumber, const double& a, const double& b, bool dateAxis);
   int AddYOfXGrowth(int chart, int frame, int idNumber, const double& a, const double& b,
                     bool dateAxis);
   int AddYOfXExponential(int chart, int frame, int idNumber, const double& a, const double& b,
@@ -411,6 +410,36 @@ class CHARTXML_EXPORT ChartXml {
   int SetNumberFormatMaxFractionDigits(int chart, int numberFormat, int text);
   // Does nothing: always -1.
   int SetNumberFormatMinFractionDigits(int chart, int numberFormat, int digits);
+
+  // ---- Operations of the procedural entry points ------------------------
+  // A split group is described by one column and its values in the group:
+  // `numbers` (count values) for a numeric column, or `texts` (count fields of
+  // textWidth bytes each, blank-padded) for a string column. Only the array
+  // that fits the column is read; the other may be null.
+  //
+  // The values' labels (else the values in the column's display format, a
+  // missing value as the translated "missing" text, string values without
+  // trailing blanks), each cut to maxLength bytes (0: no limit), joined by
+  // ", ": a new composite handle. -1 for a count below 1.
+  int SplitList(int chart, int variable, int count, const double* numbers, const char* texts,
+                int textWidth, int maxLength);
+  // A subtitle from a split description: a new handle with its text, where
+  // `lineBreaks` puts every ", "-separated item on a line of its own.
+  int SplitHeader(int text, bool lineBreaks);
+  // Fills the next place of an open composite (a title such as "Sales, ^1")
+  // with a split description and ends it: the composite's handle.
+  int SetSplitComposite(int composite, int text);
+  // A column's label (else its name) through a data area and dictionary read
+  // as SetDataSource reads them (all-ones data: the dictionary is the source
+  // and `variable` a 0-based column; otherwise a 1-based procedure number),
+  // without tying them to the instance: a new string handle.
+  int VariableLabelFromDataSource(void* data, VORN_FortranDictionary*& dictionary, int variable);
+  // A case-weight variable: as AddVariable (never categorical), its meta
+  // marked weight="true". Its handle.
+  int AddWeightVariable(int chart, int source, int variable);
+  // A variable element's label as it now stands in the chart (else its short
+  // label): a new string handle; -1 when it has neither.
+  int GetVariableLabel(int chart, int variableHandle);
 
  protected:
   // The chart under `chart`, or null. When `report` is set a failure is

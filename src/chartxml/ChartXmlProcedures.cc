@@ -1,0 +1,136 @@
+// Facade operations that exist for the procedural entry points: split-group
+// texts, labels through a procedure's own dictionary, weight variables and
+// variable labels read back from a chart.
+#include <cstdint>
+#include <string>
+
+#include "chartstringhandler/ChartStringHandler.h"
+#include "chartxml/Forward.h"
+#include "chartxml/host/KytoUni.h"
+#include "chartxml/host/VORN_DataSource.h"
+#include "common/XmlText.h"
+
+using chartxml::kFacadeSource;
+
+namespace {
+
+constexpr char16_t kWeight[] = u"weight";
+void* const kAllOnes = reinterpret_cast<void*>(~std::uintptr_t{0});
+
+// A host string field is blank-padded to its width.
+std::string withoutTrailingBlanks(std::string text) {
+  text.erase(text.find_last_not_of(' ') + 1);
+  return text;
+}
+
+}  // namespace
+
+int ChartXml::SplitList(int chart, int variable, int count, const double* numbers,
+                        const char* texts, int textWidth, int maxLength) {
+  return forward(chart, __LINE__, [&](Chart&) {
+    if (count < 1) {
+      reportFacade("split list without values " + std::to_string(count), __LINE__);
+      return -1;
+    }
+    const VORN_Variable* column = columnOf(variable, __LINE__);
+    if (column == nullptr) return -1;
+    const bool strings = column->IsString();
+    if (strings ? texts == nullptr || textWidth < 0 : numbers == nullptr) {
+      reportFacade("no split values for the column " + std::to_string(variable), __LINE__);
+      return -1;
+    }
+    // Each value is a string of its own first: ValueLabel already knows
+    // labels, formats and the missing value.
+    const int list = stringHandler->addComposite(ChartString(u"^1"));
+    if (stringHandler->beginRepeat(list) < 0) return -1;
+    for (int i = 0; i < count; ++i) {
+      int item = -1;
+      if (strings) {
+        const std::size_t width = static_cast<std::size_t>(textWidth);
+        const std::string value =
+            withoutTrailingBlanks(std::string(texts + static_cast<std::size_t>(i) * width, width));
+        const std::string* label = column->GetValueLabels().Find(value);
+        std::string text = label != nullptr ? *label : value;
+        if (maxLength > 0 && text.size() > static_cast<std::size_t>(maxLength)) {
+          VORNMBStringTruncate_A(text, static_cast<std::size_t>(maxLength));
+        }
+        item = stringHandler->add(transcode(text));
+      } else {
+        item = ValueLabel(variable, numbers[i], maxLength);
+      }
+      if (item < 0 || stringHandler->addParameter(list, item) < 0) return -1;
+    }
+    if (stringHandler->endRepeat(list) < 0) return -1;
+    return stringHandler->endComposite(list);
+  });
+}
+
+int ChartXml::SplitHeader(int text, bool lineBreaks) {
+  return guard(-1, __LINE__, [&] {
+    if (!stringHandler->checkHandle(text, "string", kFacadeSource, __LINE__)) return -1;
+    ChartString header = stringHandler->getString(text);
+    if (header.empty()) {
+      reportFacade("empty split header " + std::to_string(text), __LINE__);
+      return -1;
+    }
+    if (lineBreaks) header.replace(u", ", u"\n");
+    return stringHandler->add(header);
+  });
+}
+
+int ChartXml::SetSplitComposite(int composite, int text) {
+  const int added = AddParameter(composite, text);
+  return added < 0 ? added : EndCompositeString(composite);
+}
+
+int ChartXml::VariableLabelFromDataSource(void* data, VORN_FortranDictionary*& dictionary,
+                                          int variable) {
+  return guard(-1, __LINE__, [&] {
+    if (dictionary == nullptr || dictionary->Source() == nullptr) {
+      reportFacade("no dictionary", __LINE__);
+      return -1;
+    }
+    // The numbering SetDataSource gives the same arguments.
+    const std::int64_t position = data == kAllOnes ? variable : std::int64_t{variable} - 1;
+    const std::int64_t column = dictionary->Column(position);
+    const VORN_Variable* info = column < 0 || column > INT32_MAX
+                                    ? nullptr
+                                    : dictionary->Source()->GetVariable(static_cast<int>(column));
+    if (info == nullptr) {
+      reportFacade("invalid variable index " + std::to_string(variable), __LINE__);
+      return -1;
+    }
+    const std::string label = chartxml::stripBlanks(info->GetLabel());
+    return stringHandler->add(transcode(label.empty() ? info->GetName() : label));
+  });
+}
+
+int ChartXml::AddWeightVariable(int chart, int source, int variable) {
+  return forward(chart, __LINE__, [&](Chart& c) {
+    const int handle = c.AddVariable(source, getVariableIndex(variable), false);
+    if (handle < 0) return handle;
+    c.metaOf(c.getElement(handle))->setAttribute(kWeight, KytoUni::_true);
+    return handle;
+  });
+}
+
+int ChartXml::GetVariableLabel(int chart, int variableHandle) {
+  return forward(chart, __LINE__, [&](Chart& c) {
+    const xercesc::DOMElement* element = c.checkedElement(variableHandle, "variable", __LINE__);
+    if (element == nullptr) return -1;
+    if (!hasTag(element, KytoUni::_variable)) {
+      reportFacade("handle does not refer to a variable element " +
+                       ChartString::toUTF8(element->getTagName()) + " " +
+                       std::to_string(variableHandle),
+                   __LINE__);
+      return -1;
+    }
+    const XMLCh* label = element->getAttribute(KytoUni::_label);
+    if (*label == 0) label = element->getAttribute(KytoUni::_shortLabel);
+    if (*label == 0) {
+      reportFacade("variable has no label " + std::to_string(variableHandle), __LINE__);
+      return -1;
+    }
+    return stringHandler->add(ChartString(label));
+  });
+}

@@ -1,0 +1,111 @@
+/* A procedure written in C: a whole chart through the CX_ entry points only,
+ * from CX_INIT to CX_ENDCHART, checked against what the host was sent. */
+#define _POSIX_C_SOURCE 200809L
+#include <stdint.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <unistd.h>
+
+#include "chartxml/chartxml_host.h"
+#include "chartxml/cx.h"
+
+static int passed, failed;
+
+static void check(int ok, const char* what) {
+  if (ok) {
+    ++passed;
+  } else {
+    ++failed;
+    printf("FAILED: %s\n", what);
+  }
+}
+
+static int contains(const char* text, const char* piece) {
+  return text != NULL && strstr(text, piece) != NULL;
+}
+
+/* Every argument goes by address; the text arguments want their lengths. */
+static int64_t text(const char* s) {
+  const int64_t length = (int64_t)strlen(s);
+  return CX_NSTRINGNOTRANSLATE(s, &length);
+}
+
+int main(void) {
+  char path[] = "/tmp/cx_c_test_XXXXXX";
+  const int fd = mkstemp(path);
+  FILE* csv = fd < 0 ? NULL : fdopen(fd, "w");
+  if (csv == NULL) {
+    printf("0 passed, 1 failed\n");
+    return 1;
+  }
+  fputs("x,y,region\n1,2.5,north\n2,,south\n3,7,north\n", csv);
+  fclose(csv);
+
+  VORN_FortranDictionary* dictionary = cxh_open_csv(path);
+  check(dictionary != NULL, "the CSV source opens");
+  void* const allOnes = (void*)~(uintptr_t)0;
+  const int64_t nameLength = 5, zero = 0, one = 1, two = 2, yes = 1, no = 0, none = -1;
+  const int64_t point = 23, elementKind = 12, colorAesthetic = 35, titleKind = 17;
+  check(CX_INIT(allOnes, &dictionary, "CTEST", &nameLength) == 0, "CX_INIT");
+
+  int64_t chart = -9, source = -9, graph = -9, data = -9;
+  check(CX_CREATECHARTEX(allOnes, &dictionary, "CTEST", &nameLength, &chart, &source, &graph,
+                         &data) == 0,
+        "CX_CREATECHARTEX makes chart 0");
+  const int64_t x = CX_ADDVARIABLE(&chart, &source, &zero, &no);
+  const int64_t y = CX_ADDVARIABLE(&chart, &source, &one, &no);
+  const int64_t region = CX_ADDVARIABLE(&chart, &source, &two, &yes);
+  check(x > 0 && y > x && region > y, "three variables");
+
+  const int64_t title = text("Y by X");
+  check(CX_ADDFRAMEWITHLABEL(&chart, &graph, &titleKind, &one, &title, NULL) > 0, "a title");
+  int64_t style1 = -9, axis1 = -9, style2 = -9, axis2 = -9;
+  check(CX_ADDXYDIMENSIONWITHAXIS(&chart, &data, &none, &none, &no, &no, &style1, &axis1, &style2,
+                                  &axis2) > 0,
+        "x and y dimensions with axes");
+  int64_t element = -9;
+  check(CX_ADDXYELEMENTEX(&chart, &data, &one, &point, &x, &y, &elementKind, &element) > 0,
+        "a point element");
+  check(CX_ADDCOLOR(&chart, &element, &region) > 0, "coloured by region");
+  int64_t legendStyle = -9, legend = -9;
+  check(CX_ADDLEGENDFRAME(&chart, &graph, &element, &one, &colorAesthetic, NULL, &legendStyle,
+                          &legend) > 0,
+        "a legend frame");
+
+  const double xs[] = {1, 2, 3}, ys[] = {2.5, 0, 7};
+  const char* regions[] = {"north", "south", "north"};
+  for (int row = 0; row < 3; ++row) {
+    check(CX_ADDROW(&chart, &source) == row + 1, "a row");
+    CX_ADDDOUBLEDATAVALUE(&chart, &source, &x, &xs[row]);
+    if (row != 1) CX_ADDDOUBLEDATAVALUE(&chart, &source, &y, &ys[row]);
+    const int64_t value = text(regions[row]);
+    check(CX_ADDDATAVALUE(&chart, &source, &region, &value) == 0, "a string value");
+  }
+  const int64_t descriptionLength = 6, templateLength = 11;
+  check(CX_SETCHARTDESCRIPTION(&chart, "Y by X", &descriptionLength) == 0, "a description");
+  check(CX_SETCHARTTEMPLATE(&chart, "scatter.tpl", &templateLength) == 0, "a template");
+  check(cxh_report_count() == 0, "nothing reported while building");
+  check(CX_ENDCHART(&chart) == 0, "CX_ENDCHART");
+
+  check(cxh_sent_count() == 1, "one chart sent");
+  const char* xml = cxh_sent_xml(0);
+  check(contains(xml, "id=\"frame_graph_1\""), "the graph frame");
+  check(contains(xml, "id=\"frame_title_1\""), "the title frame");
+  check(contains(xml, ">Y by X</label>"), "the title text");
+  check(contains(xml, "id=\"axis_axisx_1\"") && contains(xml, "id=\"axis_axisy_1\""), "axes");
+  check(contains(xml, "upperMargin=\"5%\""), "the margins");
+  check(contains(xml, "type=\"point\""), "the element");
+  check(contains(xml, "aesthetic=\"color\""), "the legend target");
+  check(strcmp(cxh_sent_description(0), "Y by X") == 0, "the description sent");
+  check(strcmp(cxh_sent_template(0), "scatter.tpl") == 0, "the template sent");
+  const char* rows = cxh_sent_data_csv(0, "source0");
+  check(contains(rows, "\n1,2.5,north\n2,,south\n3,7,north\n"), "the data rows");
+
+  check(CX_KILLCHART(&chart) == 0, "an ended chart is gone");
+  check(CX_TERMINATE() == 0, "CX_TERMINATE");
+  cxh_close(dictionary);
+  unlink(path);
+  printf("%d passed, %d failed\n", passed, failed);
+  return failed == 0 ? 0 : 1;
+}
