@@ -11,6 +11,7 @@
 #include <xercesc/util/XMLString.hpp>
 
 #include "chart/Chart.h"
+#include "chart/Words.h"
 #include "chartstringhandler/ChartStringHandler.h"
 #include "chartxml/host/KytoUni.h"
 #include "common/SourceNames.h"
@@ -23,27 +24,22 @@ using xercesc::DOMElement;
 using xercesc::DOMNode;
 using xercesc::XMLString;
 
+using namespace chartxml::words;
+
 namespace {
 
 // Words of the vocabulary that the token set does not spell.
-constexpr char16_t kCoordinateTransform[] = u"coordinateTransform";
-constexpr char16_t kElementGroup[] = u"elementGroup";
 constexpr char16_t kFacetLabeling[] = u"facetLabeling";
-constexpr char16_t kFacetsShareScale[] = u"facetsShareScale";
-constexpr char16_t kRole[] = u"role";
-constexpr char16_t kMethod[] = u"method";
 constexpr char16_t kLowerMapping[] = u"lowerMapping";
 constexpr char16_t kUpperMapping[] = u"upperMapping";
 constexpr char16_t kLowerMargin[] = u"lowerMargin";
 constexpr char16_t kUpperMargin[] = u"upperMargin";
 constexpr char16_t kSameRatio[] = u"sameRatio";
 constexpr char16_t kTrueCentered[] = u"trueCentered";
-constexpr char16_t kCellAspect[] = u"cellAspect";
 constexpr char16_t kUnionDomain[] = u"unionDomain";
 constexpr char16_t kInvert[] = u"invert";
 constexpr char16_t kOpposite[] = u"opposite";
 constexpr char16_t kCombineAxisLabels[] = u"combineAxisLabels";
-constexpr char16_t kGridLines[] = u"gridLines";
 constexpr char16_t kLength[] = u"length";
 constexpr char16_t kStagger[] = u"stagger";
 constexpr char16_t kDelta[] = u"delta";
@@ -51,7 +47,6 @@ constexpr char16_t kNumber[] = u"number";
 constexpr char16_t kMarkStyle[] = u"markStyle";
 constexpr char16_t kTickLabelStyle[] = u"tickLabelStyle";
 constexpr char16_t kAesthetic[] = u"aesthetic";
-constexpr char16_t kDomainReference[] = u"domainReference";
 constexpr char16_t kSafe[] = u"safe";
 constexpr char16_t kPercentSign[] = u"%";
 constexpr char16_t kPercent[] = u"percent";

@@ -5,18 +5,19 @@
 #include <xercesc/util/XMLString.hpp>
 
 #include "chart/Chart.h"
+#include "chart/Words.h"
 #include "chartxml/host/KytoUni.h"
 
 using xercesc::DOMElement;
 using xercesc::XMLString;
 
+using namespace chartxml::words;
+
 namespace {
 
-constexpr char16_t kDomainReference[] = u"domainReference";
 constexpr char16_t kSimpleSort[] = u"simpleSort";
 constexpr char16_t kStatisticSort[] = u"statisticSort";
 constexpr char16_t kDescending[] = u"descending";
-constexpr char16_t kMethod[] = u"method";
 constexpr char16_t kSourceVariable[] = u"sourceVariable";
 constexpr char16_t kStatVariable[] = u"statVariable";
 

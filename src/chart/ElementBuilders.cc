@@ -6,6 +6,7 @@
 #include <xercesc/util/XMLString.hpp>
 
 #include "chart/Chart.h"
+#include "chart/Words.h"
 #include "chartstringhandler/ChartStringHandler.h"
 #include "chartxml/host/KytoUni.h"
 #include "common/SourceNames.h"
@@ -17,11 +18,11 @@ using xercesc::DOMElement;
 using xercesc::DOMNode;
 using xercesc::XMLString;
 
+using namespace chartxml::words;
+
 namespace {
 
 // Words of the vocabulary that the token set does not spell.
-constexpr char16_t kElementGroup[] = u"elementGroup";
-constexpr char16_t kStyleBy[] = u"styleBy";
 constexpr char16_t kStyleCycle[] = u"styleCycle";
 constexpr char16_t kLabelCollisionHandling[] = u"labelCollisionHandling";
 constexpr char16_t kShowCollidingLabels[] = u"showCollidingLabels";

@@ -9,6 +9,7 @@
 #include <xercesc/util/XMLString.hpp>
 
 #include "chart/Chart.h"
+#include "chart/Words.h"
 #include "chartstringhandler/ChartStringHandler.h"
 #include "chartxml/host/KytoUni.h"
 #include "common/SourceNames.h"
@@ -21,25 +22,20 @@ using xercesc::DOMElement;
 using xercesc::DOMNode;
 using xercesc::XMLString;
 
+using namespace chartxml::words;
+
 namespace {
 
 // Words of the vocabulary that the token set does not spell.
 constexpr char16_t kCoordinateFacet[] = u"coordinateFacet";
-constexpr char16_t kCoordinateTransform[] = u"coordinateTransform";
-constexpr char16_t kElementGroup[] = u"elementGroup";
 constexpr char16_t kTableFacet[] = u"tableFacet";
 constexpr char16_t kFacetVariable[] = u"facetVariable";
 constexpr char16_t kFacetStyle[] = u"facetStyle";
-constexpr char16_t kGridLines[] = u"gridLines";
-constexpr char16_t kStyleBy[] = u"styleBy";
 constexpr char16_t kCellStyle[] = u"cellStyle";
-constexpr char16_t kFacetsShareScale[] = u"facetsShareScale";
-constexpr char16_t kCellAspect[] = u"cellAspect";
 constexpr char16_t kLevel[] = u"level";
 constexpr char16_t kReverse[] = u"reverse";
 constexpr char16_t kGap[] = u"gap";
 constexpr char16_t kWhen[] = u"when";
-constexpr char16_t kRole[] = u"role";
 
 // Short label of a matrix variable: the translated "Y Axis".
 constexpr int kMatrixLabelCode = 148;

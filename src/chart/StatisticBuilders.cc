@@ -6,6 +6,7 @@
 #include <xercesc/util/XMLString.hpp>
 
 #include "chart/Chart.h"
+#include "chart/Words.h"
 #include "chartstringhandler/ChartStringHandler.h"
 #include "chartxml/host/KytoUni.h"
 #include "common/XmlText.h"
@@ -15,12 +16,13 @@ using xercesc::DOMDocument;
 using xercesc::DOMElement;
 using xercesc::XMLString;
 
+using namespace chartxml::words;
+
 namespace {
 
 constexpr char16_t kHistogram[] = u"histogram";
 constexpr char16_t kBinWidth[] = u"bin-width";
 constexpr char16_t kFacetsShareSpecification[] = u"facetsShareSpecification";
-constexpr char16_t kMethod[] = u"method";
 constexpr char16_t kAggregate[] = u"aggregate";
 constexpr char16_t kSystem[] = u"system";
 constexpr char16_t kWeight[] = u"weight";
