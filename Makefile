@@ -22,7 +22,7 @@ build: deps configure
 	cmake --build $(BUILD) -j $(JOBS)
 
 demo: build
-	./$(BUILD)/tools/chartxml_demo
+	./$(BUILD)/tools/chartxml demo
 
 test: build
 	ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)

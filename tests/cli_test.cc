@@ -1,0 +1,429 @@
+// The chartxml tool run as a user runs it: as a process, judged by its exit
+// status, what it prints and the files it writes.
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <regex>
+#include <sstream>
+#include <string>
+#include <vector>
+
+extern char** environ;
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Result {
+  int status = -1;
+  std::string out;
+  std::string err;
+};
+
+std::string readFile(const fs::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::stringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+// A fresh folder of this test's own: ctest runs tests side by side.
+fs::path scratchDir() {
+  const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
+  const fs::path dir =
+      fs::path(::testing::TempDir()) / ("cx-cli-" + std::to_string(getpid()) + "-" + test->name());
+  fs::remove_all(dir);
+  fs::create_directories(dir);
+  return dir;
+}
+
+// Runs the tool with `args` in `cwd`; standard output and error go to files
+// beside it (no pipe can fill up and stall the child).
+Result run(const std::vector<std::string>& args, const fs::path& cwd) {
+  std::vector<std::string> words{CHARTXML_CLI};
+  words.insert(words.end(), args.begin(), args.end());
+  std::vector<char*> argv;
+  for (std::string& word : words) argv.push_back(word.data());
+  argv.push_back(nullptr);
+  const fs::path outPath = cwd / ".stdout";
+  const fs::path errPath = cwd / ".stderr";
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, 1, outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
+                                   0644);
+  posix_spawn_file_actions_addopen(&actions, 2, errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
+                                   0644);
+  posix_spawn_file_actions_addchdir_np(&actions, cwd.c_str());
+  pid_t pid = -1;
+  Result result;
+  if (posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ) == 0) {
+    int status = 0;
+    while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+    }
+    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  }
+  posix_spawn_file_actions_destroy(&actions);
+  result.out = readFile(outPath);
+  result.err = readFile(errPath);
+  return result;
+}
+
+bool contains(const std::string& text, const std::string& piece) {
+  return text.find(piece) != std::string::npos;
+}
+
+std::size_t lineCount(const std::string& text) {
+  return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+}
+
+class CliTest : public ::testing::Test {
+ protected:
+  void SetUp() override { dir = scratchDir(); }
+  void TearDown() override { fs::remove_all(dir); }
+
+  Result chartxml(const std::vector<std::string>& args) { return run(args, dir); }
+
+  // A small data set: a text group, a numeric category, three numbers.
+  fs::path sample() {
+    const fs::path path = dir / "sample.csv";
+    std::ofstream csv(path);
+    csv << "group,kind,a,b,c\n";
+    for (int i = 0; i < 12; ++i) {
+      csv << (i % 2 == 0 ? "north" : "\"south, far\"") << ',' << 1 + i % 3 << ',' << i << ','
+          << 0.5 * i * i << ',' << 10 - i << '\n';
+    }
+    return path;
+  }
+
+  fs::path dir;
+};
+
+TEST_F(CliTest, DemoWritesEveryChartItListsAndEachIsWellFormed) {
+  // No options: the gallery goes to ./out of the folder it is run in.
+  const Result demo = chartxml({"demo"});
+  ASSERT_EQ(demo.status, 0) << demo.err;
+  EXPECT_EQ(demo.err, "");
+  const std::string index = readFile(dir / "out" / "index.txt");
+  std::vector<std::string> documents;
+  std::istringstream lines(index);
+  for (std::string line; std::getline(lines, line);) {
+    const auto tab = line.find('\t');
+    ASSERT_NE(tab, std::string::npos) << line;
+    EXPECT_GT(line.size(), tab + 10) << "no description: " << line;
+    documents.push_back(line.substr(0, tab));
+  }
+  ASSERT_EQ(documents.size(), 9u) << index;
+
+  std::vector<std::string> check{"check"};
+  for (std::size_t i = 0; i < documents.size(); ++i) {
+    char expected[32];
+    std::snprintf(expected, sizeof expected, "chart-%04zu.xml", i + 1);
+    EXPECT_EQ(documents[i], expected);
+    const fs::path data = dir / "out" / (documents[i].substr(0, 10) + ".source0.csv");
+    EXPECT_TRUE(fs::exists(data)) << data;
+    check.push_back("out/" + documents[i]);
+  }
+  const Result checked = chartxml(check);
+  EXPECT_EQ(checked.status, 0) << checked.err;
+  EXPECT_EQ(lineCount(checked.out), documents.size());
+
+  // Each chart is of the kind its line says, in the order of the gallery.
+  const std::vector<std::vector<std::string>> marks{
+      {"type=\"point\"", "type=\"function\"", "guide_referenceLine_201", "aesthetic=\"color\""},
+      {"<facetVariable role=\"x\"", "type=\"interval\"", "method=\"mean\""},
+      {"type=\"line\"", "<dateTimeFormat pattern=\"dd-MMM-yyyy\"/>"},
+      {"positionModifier=\"dodge\"", "method=\"mean\"", "Half of the decade key",
+       "<relabel from=\"1950\" to=\"1950s\"/>"},
+      {"method=\"histogram\"", "name=\"bin-width\" value=\"0.25\""},
+      {"method=\"polar\"", "<theta variable=", "method=\"sum\""},
+      {"matrixscatter", "X Axis"},
+      {"type=\"plane\"", "<z variable="},
+      {"\u7DDA\u5F62\u306E\u5F53\u3066\u306F\u3081\u7DDA", "\u306E\u51E1\u4F8B"},  // ja texts
+  };
+  for (std::size_t i = 0; i < marks.size(); ++i) {
+    const std::string xml = readFile(dir / "out" / documents[i]);
+    for (const std::string& mark : marks[i]) {
+      EXPECT_TRUE(contains(xml, mark)) << documents[i] << " lacks " << mark;
+    }
+  }
+  // The data went with the documents: the quartet's 44 points, 65 years of
+  // CO2, each dated 1 January of its year in seconds since 14 October 1582.
+  EXPECT_EQ(lineCount(readFile(dir / "out" / "chart-0001.source0.csv")), 45u);
+  const std::string years = readFile(dir / "out" / "chart-0003.source0.csv");
+  EXPECT_EQ(lineCount(years), 66u);
+  EXPECT_TRUE(contains(years, "\n11872224000,315.98\n")) << years;
+  EXPECT_TRUE(contains(years, "\n13891910400,421.08\n")) << years;
+}
+
+TEST_F(CliTest, PlotMakesEachTypeOfChart) {
+  const std::string data = sample().string();
+  const std::map<std::string, std::pair<std::vector<std::string>, std::string>> types{
+      {"scatter",
+       {{"--x", "a", "--y", "b", "--color", "group", "--panel", "kind"}, "type=\"point\""}},
+      {"line", {{"--x", "a", "--y", "b", "--stat", "median"}, "method=\"median\""}},
+      {"bar", {{"--x", "group", "--y", "b", "--color", "kind"}, "positionModifier=\"dodge\""}},
+      {"area", {{"--x", "a", "--y", "c"}, "type=\"area\""}},
+      {"histogram", {{"--x", "b", "--bin-width", "0.5"}, "value=\"0.5\""}},
+      {"pie", {{"--x", "group"}, "method=\"count\""}},
+      {"splom", {{"--x", "a,b,c", "--color", "group"}, "matrixscatter"}},
+      {"scatter3d", {{"--x", "a", "--y", "b", "--z", "c"}, "<z variable="}},
+  };
+  for (const auto& [type, setup] : types) {
+    const std::string out = "out-" + type;
+    std::vector<std::string> args{"plot", data, "--type", type, "--out", out};
+    args.insert(args.end(), setup.first.begin(), setup.first.end());
+    const Result plot = chartxml(args);
+    ASSERT_EQ(plot.status, 0) << type << ": " << plot.err;
+    EXPECT_TRUE(contains(plot.out, out + "/chart-0001.xml")) << plot.out;
+    const std::string xml = readFile(dir / out / "chart-0001.xml");
+    EXPECT_TRUE(contains(xml, setup.second)) << type << " lacks " << setup.second;
+    // Every case went into the data, the text with its comma quoted.
+    const std::string rows = readFile(dir / out / "chart-0001.source0.csv");
+    EXPECT_EQ(lineCount(rows), 13u) << type;
+    if (contains(xml, "shortLabel=\"group\"")) {
+      EXPECT_TRUE(contains(rows, "\"south, far\"")) << type;
+    }
+    EXPECT_EQ(chartxml({"check", out + "/chart-0001.xml"}).status, 0) << type;
+  }
+}
+
+// The coefficients printed by a fit of data made from the curve itself.
+std::map<std::string, double> fitted(const std::string& printed) {
+  std::map<std::string, double> values;
+  const std::regex line(R"(^\s+(a|b|c|d|R squared) = (\S+)$)");
+  std::istringstream lines(printed);
+  for (std::string text; std::getline(lines, text);) {
+    std::smatch match;
+    if (std::regex_match(text, match, line)) values[match[1]] = std::stod(match[2]);
+  }
+  return values;
+}
+
+TEST_F(CliTest, FitsRecoverTheCoefficientsOfTheirCurve) {
+  std::ofstream csv(dir / "curves.csv");
+  csv << "x,straight,growing\n";
+  for (int i = 1; i <= 20; ++i) {
+    const double x = 0.5 * i;
+    csv << x << ',' << 2 - 0.75 * x << ',' << 3 * std::exp(0.2 * x) << '\n';
+  }
+  csv.close();
+
+  const Result linear = chartxml({"plot", "curves.csv", "--type", "scatter", "--x", "x", "--y",
+                                  "straight", "--fit", "linear", "--out", "linear"});
+  ASSERT_EQ(linear.status, 0) << linear.err;
+  auto values = fitted(linear.out);
+  EXPECT_NEAR(values["a"], 2.0, 1e-9);
+  EXPECT_NEAR(values["b"], -0.75, 1e-9);
+  EXPECT_NEAR(values["R squared"], 1.0, 1e-9);
+  const std::string line = readFile(dir / "linear" / "chart-0001.xml");
+  EXPECT_TRUE(contains(line, "name=\"Linear fit line\"")) << line;
+  std::smatch formula;  // "b * x + a", each as the library writes a number
+  ASSERT_TRUE(std::regex_search(line, formula, std::regex(R"re(value="(\S+) \* x \+ (\S+)")re")))
+      << line;
+  EXPECT_NEAR(std::stod(formula[1]), -0.75, 1e-9);
+  EXPECT_NEAR(std::stod(formula[2]), 2.0, 1e-9);
+
+  const Result exponential = chartxml({"plot", "curves.csv", "--type", "line", "--x", "x", "--y",
+                                       "growing", "--fit", "exponential", "--out", "exp"});
+  ASSERT_EQ(exponential.status, 0) << exponential.err;
+  values = fitted(exponential.out);
+  EXPECT_NEAR(values["a"], 3.0, 1e-6);
+  EXPECT_NEAR(values["b"], 0.2, 1e-6);
+  EXPECT_TRUE(contains(readFile(dir / "exp" / "chart-0001.xml"), "exp( "));
+
+  // A family the data does not allow: the fitter's reason, and no chart.
+  const Result refused = chartxml({"plot", "curves.csv", "--type", "scatter", "--x", "straight",
+                                   "--y", "x", "--fit", "power", "--out", "power"});
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_TRUE(contains(refused.err, "curves.csv: cannot fit a power curve to x by straight: "))
+      << refused.err;
+  EXPECT_FALSE(fs::exists(dir / "power" / "chart-0001.xml"));
+}
+
+TEST_F(CliTest, BadArgumentsNameTheValidChoices) {
+  const std::string data = sample().string();
+  const std::vector<std::pair<std::vector<std::string>, std::string>> cases{
+      {{}, "usage: chartxml COMMAND"},
+      {{"draw"}, "unknown command 'draw'; valid commands: demo, plot, check"},
+      {{"plot", data, "--type", "donut", "--x", "a"},
+       "unknown chart type 'donut'; valid types: scatter, line, bar, area, histogram, pie, splom, "
+       "scatter3d"},
+      {{"plot", data, "--type", "bar", "--x", "colour"},
+       "has no column 'colour' (--x); its columns: group, kind, a, b, c"},
+      {{"plot", data, "--type", "scatter", "--x", "a", "--y", "b", "--fit", "spline"},
+       "unknown fit family 'spline'; valid families: linear, logarithmic, inverse, quadratic, "
+       "cubic, compound, power, s, growth, exponential, logistic"},
+      {{"plot", data, "--type", "bar", "--x", "a", "--stat", "mode"},
+       "unknown statistic 'mode'; valid statistics: mean, median, sum, count, min, max"},
+      {{"plot", data, "--type", "bar", "--x", "a", "--shape", "round"},
+       "unknown option --shape; valid options: --type, --x, --y"},
+      {{"plot", data, "--type", "scatter", "--x", "a"}, "a scatter needs --y"},
+      {{"plot", data, "--type", "bar", "--x", "a", "--fit", "linear"},
+       "--fit draws a fitted curve on scatter, line, area charts, not on a bar"},
+      {{"plot", data, "--type", "histogram", "--x", "a", "--bin-width", "-2"},
+       "--bin-width needs a positive number, not '-2'"},
+      {{"plot", data, "--type", "scatter3d", "--x", "a", "--y", "b"}, "a scatter3d needs --z"},
+      {{"plot", data, "--type", "pie", "--x", "group", "--color", "kind"},
+       "a pie is coloured by its --x"},
+      {{"plot", data, "--x", "a"}, "--type is required; valid types:"},
+      {{"plot", data, "--type", "bar", "--x"}, "--x needs a value"},
+      {{"plot", data, "--type", "bar", "--x", "a", "--x", "b"}, "--x is given twice"},
+      {{"demo", "--lang", "Japanese"}, "--lang needs a language code"},
+      {{"check"}, "name the XML files to check"},
+  };
+  for (const auto& [args, message] : cases) {
+    const Result result = chartxml(args);
+    EXPECT_EQ(result.status, 2) << testing::PrintToString(args);
+    EXPECT_TRUE(contains(result.err, message)) << result.err;
+    EXPECT_EQ(result.out, "");
+  }
+}
+
+TEST_F(CliTest, BadDataIsNamedByFileAndLine) {
+  std::ofstream(dir / "ragged.csv") << "x,y\n1,2\n3\n";
+  const Result ragged =
+      chartxml({"plot", "ragged.csv", "--type", "scatter", "--x", "x", "--y", "y"});
+  EXPECT_EQ(ragged.status, 1);
+  EXPECT_TRUE(contains(ragged.err, "ragged.csv:3: row has 1 field; the header has 2"))
+      << ragged.err;
+
+  // A quoted note spans two lines: the bad value is on the file's line 5.
+  std::ofstream(dir / "words.csv") << "x,y,note\n1,2,\"two\nlines\"\n2,3,\n3,n/a,\n";
+  const Result words = chartxml({"plot", "words.csv", "--type", "line", "--x", "x", "--y", "y"});
+  EXPECT_EQ(words.status, 1);
+  EXPECT_TRUE(contains(words.err,
+                       "words.csv:5: column 'y' (--y) holds text (\"n/a\"); a line "
+                       "needs numbers there"))
+      << words.err;
+
+  const Result absent = chartxml({"plot", "absent.csv", "--type", "bar", "--x", "x"});
+  EXPECT_EQ(absent.status, 1);
+  EXPECT_TRUE(contains(absent.err, "absent.csv: cannot open")) << absent.err;
+  EXPECT_FALSE(fs::exists(dir / "out"));
+}
+
+// What the dictionary beside the data says reaches the chart: labels, value
+// labels, and values that count as missing.
+TEST_F(CliTest, PlotUsesTheDictionaryBesideTheData) {
+  std::ofstream(dir / "survey.csv") << "age,score,sex\n20,3.5,1\n31,,2\n45,9,1\n52,4,2\n";
+  std::ofstream(dir / "survey.csv.dict.json") << R"({ "variables": {
+      "score": { "label": "Test score", "missing": [9] },
+      "sex": { "label": "Sex", "valueLabels": { "1": "Male", "2": "Female" } } } })";
+  const Result plot = chartxml({"plot", "survey.csv", "--type", "scatter", "--x", "age", "--y",
+                                "score", "--color", "sex", "--title", "Scores by age"});
+  ASSERT_EQ(plot.status, 0) << plot.err;
+  const std::string xml = readFile(dir / "out" / "chart-0001.xml");
+  for (const std::string mark : {"label=\"Test score\"", "<relabel from=\"2\" to=\"Female\"/>",
+                                 ">Scores by age</label>", ">Sex key</label>"}) {
+    EXPECT_TRUE(contains(xml, mark)) << "lacks " << mark << "\n" << xml;
+  }
+  // An empty field and the user-missing 9 both go as no value.
+  const std::string rows = readFile(dir / "out" / "chart-0001.source0.csv");
+  EXPECT_EQ(rows.substr(rows.find('\n') + 1), "20,3.5,1\n31,,2\n45,,1\n52,4,2\n");
+}
+
+// The library's own texts follow --lang; one demo chart is Japanese always.
+TEST_F(CliTest, LanguageOfTheLibrarysTexts) {
+  std::ofstream(dir / "pairs.csv") << "x,y,g\n1,2,a\n2,4.5,b\n3,6,a\n";
+  const Result plot = chartxml({"plot", "pairs.csv", "--type", "scatter", "--x", "x", "--y", "y",
+                                "--color", "g", "--fit", "linear", "--lang", "ja"});
+  ASSERT_EQ(plot.status, 0) << plot.err;
+  const std::string xml = readFile(dir / "out" / "chart-0001.xml");
+  EXPECT_TRUE(contains(xml, "name=\"\u7DDA\u5F62\u306E\u5F53\u3066\u306F\u3081\u7DDA\"")) << xml;
+  EXPECT_TRUE(contains(xml, ">g \u306E\u51E1\u4F8B</label>")) << xml;
+
+  const Result demo = chartxml({"demo", "--lang", "ja", "--out", "gallery"});
+  ASSERT_EQ(demo.status, 0) << demo.err;
+  EXPECT_TRUE(contains(readFile(dir / "gallery" / "chart-0007.xml"), "shortLabel=\"X \u8EF8\""));
+  EXPECT_TRUE(contains(readFile(dir / "gallery" / "chart-0004.xml"),
+                       "Half of the decade \u306E\u51E1\u4F8B"));
+}
+
+TEST_F(CliTest, CheckTellsLineAndColumnOfTheFirstError) {
+  std::ofstream(dir / "good.xml") << "<?xml version=\"1.0\"?>\n<a><b/></a>\n";
+  std::ofstream(dir / "bad.xml") << "<a>\n  <b></a>\n";
+  const Result good = chartxml({"check", "good.xml"});
+  EXPECT_EQ(good.status, 0) << good.err;
+  EXPECT_EQ(good.out, "good.xml: well formed\n");
+
+  const Result bad = chartxml({"check", "good.xml", "bad.xml", "none.xml"});
+  EXPECT_EQ(bad.status, 1);
+  EXPECT_TRUE(contains(bad.err, "bad.xml:2:8: not well formed: expected end of tag 'b'"))
+      << bad.err;
+  EXPECT_TRUE(contains(bad.err, "none.xml: cannot open")) << bad.err;
+  EXPECT_EQ(bad.out, "good.xml: well formed\n");
+}
+
+TEST_F(CliTest, HelpAndVersion) {
+  const Result version = chartxml({"--version"});
+  EXPECT_EQ(version.status, 0);
+  EXPECT_TRUE(std::regex_match(version.out, std::regex("chartxml \\d+\\.\\d+\\.\\d+\n")))
+      << version.out;
+  for (const std::string command : {"demo", "plot", "check"}) {
+    const Result help = chartxml({command, "--help"});
+    EXPECT_EQ(help.status, 0) << command;
+    EXPECT_EQ(help.out.rfind("usage: chartxml " + command, 0), 0u) << help.out;
+    EXPECT_TRUE(contains(help.out, "--help")) << help.out;
+  }
+  EXPECT_TRUE(contains(chartxml({"plot", "--help"}).out, "--bin-width W"));
+}
+
+// A long feed shows a progress bar, but only on a terminal.
+TEST_F(CliTest, ProgressBarOnATerminalOnly) {
+  {
+    std::ofstream csv(dir / "long.csv");
+    csv << "x\n";
+    for (int i = 0; i < 100001; ++i) csv << i % 97 << '\n';
+  }
+  const std::vector<std::string> args{"plot", "long.csv", "--type", "histogram", "--x", "x"};
+  const Result piped = chartxml(args);
+  ASSERT_EQ(piped.status, 0) << piped.err;
+  EXPECT_EQ(piped.err, "");
+
+  const int master = posix_openpt(O_RDWR | O_NOCTTY);
+  ASSERT_GE(master, 0);
+  ASSERT_EQ(grantpt(master), 0);
+  ASSERT_EQ(unlockpt(master), 0);
+  std::vector<std::string> words{CHARTXML_CLI};
+  words.insert(words.end(), args.begin(), args.end());
+  std::vector<char*> argv;
+  for (std::string& word : words) argv.push_back(word.data());
+  argv.push_back(nullptr);
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, 2, ptsname(master), O_RDWR | O_NOCTTY, 0);
+  posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+  posix_spawn_file_actions_addchdir_np(&actions, dir.c_str());
+  pid_t pid = -1;
+  ASSERT_EQ(posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ), 0);
+  posix_spawn_file_actions_destroy(&actions);
+  // Read until the child's end closes the terminal (EIO), so that it never
+  // waits on a full terminal buffer.
+  std::string shown;
+  char buffer[4096];
+  for (ssize_t got; (got = read(master, buffer, sizeof buffer)) != 0;) {
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) break;
+    shown.append(buffer, static_cast<std::size_t>(got));
+  }
+  close(master);
+  int status = 0;
+  ASSERT_EQ(waitpid(pid, &status, 0), pid);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << shown;
+  EXPECT_TRUE(contains(shown, "\rfeeding rows [")) << shown;
+  EXPECT_TRUE(contains(shown, "] 100%")) << shown;
+}
+
+}  // namespace
