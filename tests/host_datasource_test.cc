@@ -97,6 +97,10 @@ TEST_F(DataSourceTest, ReadsQuotesByteOrderMarkCrlfAndEmptyLines) {
   EXPECT_EQ(row(*source, 1), "2|plain|two\r\nlines");
   EXPECT_EQ(row(*source, 2), "3||");
   EXPECT_EQ(source->GetNumber(2, 0), 3);
+  // Each row's first line: the field spanning two lines moves the next row on.
+  for (auto [r, line] : {std::pair{0, 2}, {1, 3}, {2, 5}, {3, -1}, {-1, -1}}) {
+    EXPECT_EQ(source->LineOfRow(r), line) << r;
+  }
 
   // In a one-column file an empty line is a missing value; only the final
   // line break ends the file.
@@ -266,6 +270,7 @@ TEST_F(DataSourceTest, ProcedureDictionaryMapsOneBasedNumbersToColumns) {
   EXPECT_EQ(procedure.RowCount(), 2);
   EXPECT_EQ(procedure.GetVariable(1), source->GetVariable(1));
   EXPECT_EQ(procedure.GetNumber(1, 2), 6);
+  EXPECT_EQ(procedure.LineOfRow(1), 3);
   cxh_close(handle);
 
   // A data source as its own dictionary: position k is column k.

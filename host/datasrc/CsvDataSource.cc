@@ -199,7 +199,7 @@ class CsvReader {
 // Reads the header and every row into text columns; false (reported) when
 // the file is malformed.
 bool readTable(const std::string& path, std::string_view data, std::vector<std::string>& names,
-               std::vector<CsvDataSource::Column>& columns, int& rows) {
+               std::vector<CsvDataSource::Column>& columns, std::vector<int>& lines, int& rows) {
   if (data.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
     data.remove_prefix(kByteOrderMark.size());
   }
@@ -262,6 +262,7 @@ bool readTable(const std::string& path, std::string_view data, std::vector<std::
       refuse(path, startLine, "more rows than a data source can hold");
       return false;
     }
+    lines.push_back(reportLine(startLine));
   }
   rows = static_cast<int>(count);
   return true;
@@ -505,7 +506,8 @@ std::unique_ptr<CsvDataSource> CsvDataSource::Open(const std::string& path) {
   }
   std::unique_ptr<CsvDataSource> source(new CsvDataSource(path));
   std::vector<std::string> names;
-  if (!readTable(path, content, names, source->columns_, source->rows_)) return nullptr;
+  if (!readTable(path, content, names, source->columns_, source->lines_, source->rows_))
+    return nullptr;
   std::string().swap(content);
 
   source->variables_.reserve(names.size());
@@ -543,6 +545,10 @@ double CsvDataSource::GetNumber(int row, int column) const {
   }
   value = columns_[column].numbers[row];
   return variable.IsUserMissing(value) ? kVornMissingValue : value;
+}
+
+int CsvDataSource::LineOfRow(int row) const {
+  return row >= 0 && row < rows_ ? lines_[static_cast<std::size_t>(row)] : -1;
 }
 
 std::string CsvDataSource::GetString(int row, int column) const {

@@ -40,6 +40,7 @@ class CsvDataSource final : public VORN_DataSource {
   // A numeric cell reads back as printf("%.16g") of its value: the file's own
   // spelling of numbers is not kept, to keep numeric columns at 8 bytes a cell.
   std::string GetString(int row, int column) const override;
+  int LineOfRow(int row) const override;
 
   // A column as stored: numbers (kVornMissingValue for an empty cell), or the
   // texts of all cells back to back with the end offset of each cell.
@@ -64,6 +65,8 @@ class CsvDataSource final : public VORN_DataSource {
   std::vector<VORN_Variable> variables_;
   std::vector<Column> columns_;
   int rows_ = 0;
+  // The file line on which each row begins.
+  std::vector<int> lines_;
 };
 
 }  // namespace cxhost

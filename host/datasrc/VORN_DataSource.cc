@@ -85,3 +85,7 @@ double ProcedureDataSource::GetNumber(int row, int column) const {
 std::string ProcedureDataSource::GetString(int row, int column) const {
   return parent_ != nullptr ? parent_->GetString(row, column) : std::string();
 }
+
+int ProcedureDataSource::LineOfRow(int row) const {
+  return parent_ != nullptr ? parent_->LineOfRow(row) : -1;
+}

@@ -1,7 +1,6 @@
-// The tool's own copy of a data file's values, read the way the reference
-// host reads it (RFC 4180, a header row of names, an empty field is missing,
-// a column is numeric when every non-blank field is a finite number), so that
-// rows can be fed to a chart case by case as a procedure feeds its data.
+// The tool's own copy of a data file's values, read through the host's data
+// source (cxh_open_csv), so that rows can be fed to a chart case by case as a
+// procedure feeds its data.
 #pragma once
 
 #include <cstddef>
@@ -27,12 +26,9 @@ struct Column {
 
 class Table {
  public:
-  // Reads PATH and the user-missing values of PATH.dict.json. Nothing and
-  // `error` ("PATH:LINE: ...") when the file cannot be read or is malformed.
+  // Reads PATH (and PATH.dict.json beside it) through the host. Nothing and
+  // `error` (the host's report, "PATH:LINE: ...") when the host refuses it.
   static std::optional<Table> load(const std::string& path, std::string& error);
-  // The same from text in memory, named `path` in messages.
-  static std::optional<Table> parse(std::string_view text, const std::string& path,
-                                    std::string_view dictionary, std::string& error);
 
   const std::string& path() const { return path_; }
   std::size_t rows() const { return lines_.size(); }

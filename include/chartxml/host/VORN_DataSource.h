@@ -108,6 +108,9 @@ class CHARTXML_EXPORT VORN_DataSource : public VORN_FortranDictionary {
   // user-missing), and as its text ("" when empty).
   virtual double GetNumber(int row, int column) const = 0;
   virtual std::string GetString(int row, int column) const = 0;
+  // The file line on which the row begins (the header is line 1), or -1 when
+  // the source has no lines or the row is out of range.
+  virtual int LineOfRow(int /*row*/) const { return -1; }
 
   // As a dictionary: position k is column k.
   VORN_DataSource* Source() override { return this; }
@@ -136,6 +139,7 @@ class CHARTXML_EXPORT ProcedureDataSource : public VORN_DataSource {
   VORN_Variable* GetVariable(int column) override;
   double GetNumber(int row, int column) const override;
   std::string GetString(int row, int column) const override;
+  int LineOfRow(int row) const override;
 
  private:
   void* data_;
