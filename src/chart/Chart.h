@@ -114,6 +114,11 @@ class Chart : public ChartBase {
   int AddSource();
   int AddVariable(int source, int column, bool categorical);
   int AddLabelingVariable(int source, int column, bool categorical);
+  // A numeric variable whose meta marks it as the case weight.
+  int AddWeightVariable(int source, int column);
+  // A new string handle with the variable element's label, else its short
+  // label; -1 (reported) when it is no variable or has neither.
+  int GetVariableLabel(int variable);
   int SetVariable(int variable, int column, bool categorical);
   int CopyVariable(int variable);
   int CreateLogVar(int variable);

@@ -25,7 +25,6 @@ constexpr char16_t kBinWidth[] = u"bin-width";
 constexpr char16_t kFacetsShareSpecification[] = u"facetsShareSpecification";
 constexpr char16_t kAggregate[] = u"aggregate";
 constexpr char16_t kSystem[] = u"system";
-constexpr char16_t kWeight[] = u"weight";
 constexpr char16_t kPrefix[] = u"prefix";
 constexpr char16_t kSuffix[] = u"suffix";
 constexpr char16_t kMaximumFractionDigits[] = u"maximumFractionDigits";

@@ -6,6 +6,7 @@
 #include <xercesc/util/XMLString.hpp>
 
 #include "chart/Chart.h"
+#include "chart/Words.h"
 #include "chartstringhandler/ChartStringHandler.h"
 #include "chartxml/host/KytoUni.h"
 #include "chartxml/host/VORN_DataSource.h"
@@ -158,6 +159,31 @@ int Chart::AddLabelingVariable(int source, int column, bool categorical) {
     meta->setAttribute(KytoUni::_description, KytoUni::_labeling);
   }
   return handle;
+}
+
+int Chart::AddWeightVariable(int source, int column) {
+  const int handle = addDataSourceVariable(source, column, false);
+  if (handle < 0) return handle;
+  metaOf(getElement(handle))->setAttribute(chartxml::words::kWeight, KytoUni::_true);
+  return handle;
+}
+
+int Chart::GetVariableLabel(int variable) {
+  const DOMElement* element = checkedElement(variable, "variable", __LINE__);
+  if (element == nullptr) return -1;
+  if (!hasTag(element, KytoUni::_variable)) {
+    report("handle does not refer to a variable element " +
+               ChartString::toUTF8(element->getTagName()) + " " + std::to_string(variable),
+           __LINE__);
+    return -1;
+  }
+  const XMLCh* label = element->getAttribute(KytoUni::_label);
+  if (*label == 0) label = element->getAttribute(KytoUni::_shortLabel);
+  if (*label == 0) {
+    report("variable has no label " + std::to_string(variable), __LINE__);
+    return -1;
+  }
+  return strings().add(ChartString(label));
 }
 
 int Chart::SetVariable(int variable, int column, bool categorical) {

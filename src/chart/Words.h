@@ -14,6 +14,7 @@ inline constexpr char16_t kFacetsShareScale[] = u"facetsShareScale";
 inline constexpr char16_t kDomainReference[] = u"domainReference";
 inline constexpr char16_t kCoordinateTransform[] = u"coordinateTransform";
 inline constexpr char16_t kCellAspect[] = u"cellAspect";
+inline constexpr char16_t kWeight[] = u"weight";
 
 }  // namespace chartxml::words
 

@@ -14,7 +14,6 @@ using chartxml::kFacadeSource;
 
 namespace {
 
-constexpr char16_t kWeight[] = u"weight";
 void* const kAllOnes = reinterpret_cast<void*>(~std::uintptr_t{0});
 
 // A host string field is blank-padded to its width.
@@ -106,31 +105,10 @@ int ChartXml::VariableLabelFromDataSource(void* data, VORN_FortranDictionary*& d
 }
 
 int ChartXml::AddWeightVariable(int chart, int source, int variable) {
-  return forward(chart, __LINE__, [&](Chart& c) {
-    const int handle = c.AddVariable(source, getVariableIndex(variable), false);
-    if (handle < 0) return handle;
-    c.metaOf(c.getElement(handle))->setAttribute(kWeight, KytoUni::_true);
-    return handle;
-  });
+  return forward(chart, __LINE__,
+                 [&](Chart& c) { return c.AddWeightVariable(source, getVariableIndex(variable)); });
 }
 
 int ChartXml::GetVariableLabel(int chart, int variableHandle) {
-  return forward(chart, __LINE__, [&](Chart& c) {
-    const xercesc::DOMElement* element = c.checkedElement(variableHandle, "variable", __LINE__);
-    if (element == nullptr) return -1;
-    if (!hasTag(element, KytoUni::_variable)) {
-      reportFacade("handle does not refer to a variable element " +
-                       ChartString::toUTF8(element->getTagName()) + " " +
-                       std::to_string(variableHandle),
-                   __LINE__);
-      return -1;
-    }
-    const XMLCh* label = element->getAttribute(KytoUni::_label);
-    if (*label == 0) label = element->getAttribute(KytoUni::_shortLabel);
-    if (*label == 0) {
-      reportFacade("variable has no label " + std::to_string(variableHandle), __LINE__);
-      return -1;
-    }
-    return stringHandler->add(ChartString(label));
-  });
+  return forward(chart, __LINE__, [&](Chart& c) { return c.GetVariableLabel(variableHandle); });
 }
