@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs every build and test dependency from Debian packages.
-# Does nothing (and needs no network) when they are all present.
+# Does nothing (and needs no network) when they are all present. Chromium
+# is for the test that opens the demo's gallery page in a real browser.
 set -euo pipefail
 
 packages=(
@@ -8,6 +9,8 @@ packages=(
   libxerces-c-dev libicu-dev nlohmann-json3-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   gfortran
+  libcairo2-dev libpango1.0-dev fonts-dejavu-core fonts-noto-cjk
+  chromium
 )
 
 missing=()

@@ -49,10 +49,11 @@ fs::path scratchDir() {
   return dir;
 }
 
-// Runs the tool with `args` in `cwd`; standard output and error go to files
-// beside it (no pipe can fill up and stall the child).
-Result run(const std::vector<std::string>& args, const fs::path& cwd) {
-  std::vector<std::string> words{CHARTXML_CLI};
+// Runs `program` with `args` in `cwd`; standard output and error go to
+// files beside it (no pipe can fill up and stall the child).
+Result runProgram(const std::string& program, const std::vector<std::string>& args,
+                  const fs::path& cwd) {
+  std::vector<std::string> words{program};
   words.insert(words.end(), args.begin(), args.end());
   std::vector<char*> argv;
   for (std::string& word : words) argv.push_back(word.data());
@@ -78,6 +79,10 @@ Result run(const std::vector<std::string>& args, const fs::path& cwd) {
   result.out = readFile(outPath);
   result.err = readFile(errPath);
   return result;
+}
+
+Result run(const std::vector<std::string>& args, const fs::path& cwd) {
+  return runProgram(CHARTXML_CLI, args, cwd);
 }
 
 bool contains(const std::string& text, const std::string& piece) {
@@ -114,7 +119,14 @@ TEST_F(CliTest, DemoWritesEveryChartItListsAndEachIsWellFormed) {
   // No options: the gallery goes to ./out of the folder it is run in.
   const Result demo = chartxml({"demo"});
   ASSERT_EQ(demo.status, 0) << demo.err;
-  EXPECT_EQ(demo.err, "");
+  // Every chart is drawn whole but the scatter-plot matrix and the 3-D
+  // scatter, whose panels and depth are named as not drawn yet.
+  std::istringstream notes(demo.err);
+  for (std::string note; std::getline(notes, note);) {
+    EXPECT_TRUE(contains(note, "chartxml demo: chart-0007: not drawn yet: ") ||
+                contains(note, "chartxml demo: chart-0008: not drawn yet: "))
+        << note;
+  }
   const std::string index = readFile(dir / "out" / "index.txt");
   std::vector<std::string> documents;
   std::istringstream lines(index);
@@ -424,6 +436,178 @@ TEST_F(CliTest, ProgressBarOnATerminalOnly) {
   EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << shown;
   EXPECT_TRUE(contains(shown, "\rfeeding rows [")) << shown;
   EXPECT_TRUE(contains(shown, "] 100%")) << shown;
+}
+
+// The width and height a PNG's header states.
+std::pair<unsigned, unsigned> pngSize(const std::string& png) {
+  if (png.size() < 24 || png.compare(0, 8, "\x89PNG\r\n\x1a\n") != 0) return {0, 0};
+  const auto word = [&](std::size_t at) {
+    unsigned value = 0;
+    for (std::size_t i = 0; i < 4; ++i)
+      value = value << 8 | static_cast<unsigned char>(png[at + i]);
+    return value;
+  };
+  return {word(16), word(20)};
+}
+
+// Files of `dir` whose names start with a dot: a writer's leftovers.
+std::vector<std::string> hiddenFiles(const fs::path& dir) {
+  std::vector<std::string> out;
+  for (const auto& entry : fs::directory_iterator(dir)) {
+    const std::string name = entry.path().filename().string();
+    if (name[0] == '.' && name != ".stdout" && name != ".stderr") out.push_back(name);
+  }
+  return out;
+}
+
+TEST_F(CliTest, RenderDrawsASentChartInEachFormat) {
+  const std::string data = sample().string();
+  const Result plot = chartxml({"plot", data, "--type", "scatter", "--x", "a", "--y", "b",
+                                "--color", "group", "--out", "charts"});
+  ASSERT_EQ(plot.status, 0) << plot.err;
+  EXPECT_TRUE(contains(plot.out, "wrote charts/chart-0001.png")) << plot.out;
+  EXPECT_EQ(pngSize(readFile(dir / "charts" / "chart-0001.png")), std::make_pair(800u, 600u));
+
+  const Result svg = chartxml({"render", "charts/chart-0001.xml", "-o", "c.svg"});
+  ASSERT_EQ(svg.status, 0) << svg.err;
+  EXPECT_EQ(svg.out, "wrote c.svg\n");
+  EXPECT_EQ(svg.err, "");
+  const std::string picture = readFile(dir / "c.svg");
+  EXPECT_EQ(std::count(picture.begin(), picture.end(), '\n') > 0 && contains(picture, "<svg"),
+            true);
+  // Twelve cases, two groups: twelve points and two legend keys.
+  std::size_t circles = 0;
+  for (std::size_t at = picture.find("<circle"); at != std::string::npos;
+       at = picture.find("<circle", at + 1)) {
+    ++circles;
+  }
+  EXPECT_EQ(circles, 14u);
+  EXPECT_EQ(readFile(dir / "c.pdf").size(), 0u);
+  ASSERT_EQ(chartxml({"render", "charts/chart-0001.xml", "--out=c.pdf"}).status, 0);
+  EXPECT_EQ(readFile(dir / "c.pdf").substr(0, 5), "%PDF-");
+  // By default the picture goes beside the document; its size is the caller's.
+  ASSERT_EQ(chartxml({"render", "charts/chart-0001.xml", "--width", "400", "--height", "300",
+                      "--scale", "2"})
+                .status,
+            0);
+  EXPECT_EQ(pngSize(readFile(dir / "charts" / "chart-0001.png")), std::make_pair(800u, 600u));
+  // The data may live elsewhere.
+  fs::create_directories(dir / "docs");
+  fs::copy_file(dir / "charts" / "chart-0001.xml", dir / "docs" / "chart-0001.xml");
+  const Result moved = chartxml({"render", "docs/chart-0001.xml", "--data", "charts"});
+  EXPECT_EQ(moved.status, 0) << moved.err;
+  EXPECT_EQ(chartxml({"render", "--help"}).status, 0);
+
+  const Result none = chartxml(
+      {"plot", data, "--type", "pie", "--x", "group", "--out", "bare", "--picture", "none"});
+  ASSERT_EQ(none.status, 0) << none.err;
+  EXPECT_FALSE(fs::exists(dir / "bare" / "chart-0001.png"));
+  const Result vector =
+      chartxml({"plot", data, "--type", "pie", "--x", "group", "--out", "vec", "--picture", "svg"});
+  ASSERT_EQ(vector.status, 0) << vector.err;
+  EXPECT_TRUE(contains(readFile(dir / "vec" / "chart-0001.svg"), "class=\"mark slice\""));
+}
+
+TEST_F(CliTest, RenderRefusesBadInputAndLeavesNoPicture) {
+  const std::string data = sample().string();
+  ASSERT_EQ(chartxml({"plot", data, "--type", "bar", "--x", "group", "--y", "b", "--out", "c",
+                      "--picture", "none"})
+                .status,
+            0);
+  const std::string xml = readFile(dir / "c" / "chart-0001.xml");
+  const std::string csv = readFile(dir / "c" / "chart-0001.source0.csv");
+  const auto write = [&](const std::string& name, const std::string& text) {
+    std::ofstream(dir / "c" / name) << text;
+  };
+  write("page.xml", "<html><body>not a chart</body></html>");
+  write("nocolumn.xml", xml);
+  // The y column's name in the header changed: the document's variable finds none.
+  write("nocolumn.source0.csv",
+        std::regex_replace(csv, std::regex("^([^,\n]*),[^,\n]*"), "$1,Other",
+                           std::regex_constants::format_first_only));
+  write("empty.xml", xml);
+  write("empty.source0.csv", csv.substr(0, csv.find('\n') + 1));
+  write("text.xml", xml);
+  std::string wrong = csv;
+  wrong.replace(wrong.find(",", wrong.find('\n')) + 1, 1, "x");
+  write("text.source0.csv", wrong);
+  write("nodata.xml", xml);
+  const std::vector<std::pair<std::string, std::string>> cases{
+      {"page", "c/page.xml: not a chart document: its root element is <html>"},
+      {"nocolumn", "c/nocolumn.source0.csv: has no column V"},
+      {"empty", "c/empty.source0.csv: holds no rows of data, only its header"},
+      {"text", "c/text.source0.csv: line 2: 'x"},
+      {"nodata", "c/nodata.source0.csv: not found"},
+  };
+  for (const auto& [stem, message] : cases) {
+    const Result refused = chartxml({"render", "c/" + stem + ".xml", "-o", stem + ".png"});
+    EXPECT_EQ(refused.status, 1) << stem;
+    EXPECT_TRUE(contains(refused.err, "chartxml render: " + message)) << refused.err;
+    EXPECT_FALSE(fs::exists(dir / (stem + ".png"))) << stem;
+    if (stem == "nocolumn") {
+      EXPECT_TRUE(contains(refused.err, " for variable 'b'")) << refused.err;
+    }
+  }
+  EXPECT_EQ(hiddenFiles(dir), std::vector<std::string>{});
+  EXPECT_EQ(hiddenFiles(dir / "c"), std::vector<std::string>{});
+  // A folder that cannot be written to: reported, and nothing half-written.
+  const Result unwritable = chartxml({"render", "c/chart-0001.xml", "-o", "missing/dir/c.png"});
+  EXPECT_EQ(unwritable.status, 1);
+  EXPECT_TRUE(contains(unwritable.err, "missing/dir/c.png: cannot write: ")) << unwritable.err;
+
+  EXPECT_EQ(chartxml({"render"}).status, 2);
+  EXPECT_EQ(chartxml({"render", "c/chart-0001.xml", "-o", "c.gif"}).status, 2);
+  EXPECT_EQ(chartxml({"render", "c/chart-0001.xml", "--width", "5"}).status, 2);
+  EXPECT_EQ(chartxml({"render", "c/chart-0001.xml", "--scale", "0"}).status, 2);
+  EXPECT_EQ(chartxml({"plot", data, "--type", "pie", "--x", "group", "--picture", "gif"}).status,
+            2);
+}
+
+// The demo's gallery as a browser shows it: every picture loads and the page
+// is not blank.
+TEST_F(CliTest, GalleryOpensInABrowserWithEveryPicture) {
+  ASSERT_EQ(chartxml({"demo", "--out", "gallery"}).status, 0);
+  const std::string page = readFile(dir / "gallery" / "index.html");
+  ASSERT_TRUE(contains(page, "<img src=\"chart-0009.png\"")) << page;
+  // The same page with a probe that lists what each picture loaded as.
+  std::string probe = page;
+  probe.replace(probe.find("</body>"), 7,
+                "<script>addEventListener('load', () => { document.body.dataset.widths = "
+                "[...document.images].map(i => i.naturalWidth).join(' '); });</script></body>");
+  std::ofstream(dir / "gallery" / "probe.html") << probe;
+  const std::vector<std::string> browser{"--headless",
+                                         "--no-sandbox",
+                                         "--disable-gpu",
+                                         "--disable-quic",
+                                         "--no-first-run",
+                                         "--disable-background-networking",
+                                         "--disable-component-update",
+                                         "--disable-sync",
+                                         "--user-data-dir=" + (dir / "profile").string(),
+                                         "--virtual-time-budget=20000"};
+  std::vector<std::string> dump = browser;
+  dump.push_back("--dump-dom");
+  dump.push_back("file://" + (dir / "gallery" / "probe.html").string());
+  const Result dom = runProgram(CHARTXML_CHROMIUM, dump, dir);
+  ASSERT_EQ(dom.status, 0) << dom.err;
+  std::smatch widths;
+  ASSERT_TRUE(std::regex_search(dom.out, widths, std::regex("data-widths=\"([^\"]*)\"")))
+      << dom.out.substr(0, 2000);
+  std::istringstream each(widths[1].str());
+  int images = 0;
+  for (int width; each >> width; ++images) EXPECT_EQ(width, 800) << "picture " << images + 1;
+  EXPECT_EQ(images, 9);
+
+  std::vector<std::string> shot = browser;
+  shot.push_back("--window-size=1280,1400");
+  shot.push_back("--screenshot=" + (dir / "shot.png").string());
+  shot.push_back("file://" + (dir / "gallery" / "index.html").string());
+  const Result screen = runProgram(CHARTXML_CHROMIUM, shot, dir);
+  ASSERT_EQ(screen.status, 0) << screen.err;
+  // A blank page compresses to almost nothing; nine charts do not.
+  const std::string png = readFile(dir / "shot.png");
+  EXPECT_EQ(pngSize(png), std::make_pair(1280u, 1400u));
+  EXPECT_GT(png.size(), 60000u);
 }
 
 }  // namespace

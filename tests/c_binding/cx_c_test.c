@@ -1,5 +1,6 @@
 /* A procedure written in C: a whole chart through the CX_ entry points only,
- * from CX_INIT to CX_ENDCHART, checked against what the host was sent. */
+ * from CX_INIT to CX_ENDCHART, checked against what the host was sent; then
+ * the host draws it through the renderer's C functions. */
 #define _POSIX_C_SOURCE 200809L
 #include <stdint.h>
 #include <stdio.h>
@@ -9,6 +10,7 @@
 
 #include "chartxml/chartxml_host.h"
 #include "chartxml/cx.h"
+#include "chartxml/render.h"
 
 static int passed, failed;
 
@@ -101,6 +103,31 @@ int main(void) {
   check(strcmp(cxh_sent_template(0), "scatter.tpl") == 0, "the template sent");
   const char* rows = cxh_sent_data_csv(0, "source0");
   check(contains(rows, "\n1,2.5,north\n2,,south\n3,7,north\n"), "the data rows");
+
+  /* The host draws what it was sent, whole or not at all. */
+  char picture[64];
+  snprintf(picture, sizeof picture, "/tmp/cx_c_test_%ld.png", (long)getpid());
+  cxr_options options;
+  cxr_default_options(&options);
+  check(options.width == 800 && options.height == 600 && options.scale == 1, "default options");
+  check(cxr_render_sent(0, picture, &options) == 0, "the sent chart drawn as PNG");
+  check(strcmp(cxr_error(), "") == 0 && cxr_skipped_count() == 0, "drawn whole, no failure");
+  FILE* png = fopen(picture, "rb");
+  unsigned char signature[8] = {0};
+  check(png != NULL && fread(signature, 1, 8, png) == 8 &&
+            memcmp(signature, "\x89PNG\r\n\x1a\n", 8) == 0,
+        "a PNG file");
+  if (png != NULL) fclose(png);
+  unlink(picture);
+  check(cxr_render_sent(7, picture, NULL) == -1 && contains(cxr_error(), "no sent chart 7"),
+        "a chart never sent is refused");
+  check(cxr_render_sent(0, "/nonexistent/dir/c.png", NULL) == -1 &&
+            contains(cxr_error(), "/nonexistent/dir/c.png: cannot write"),
+        "an unwritable picture is refused");
+  check(cxr_render_sent(0, "c.gif", NULL) == -1 && contains(cxr_error(), ".png, .svg or .pdf"),
+        "an unknown picture format is refused");
+  check(cxr_render_file(NULL, NULL, picture, NULL) == -1, "a missing document path is refused");
+  check(cxr_skipped(0) == NULL && cxr_skipped(-1) == NULL, "no skipped part out of range");
 
   check(CX_KILLCHART(&chart) == 0, "an ended chart is gone");
   check(CX_TERMINATE() == 0, "CX_TERMINATE");

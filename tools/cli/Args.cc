@@ -16,6 +16,13 @@ const Option* findOption(std::span<const Option> options, std::string_view name)
   return it == options.end() ? nullptr : &*it;
 }
 
+const Option* findAlias(std::span<const Option> options, std::string_view word) {
+  if (word.size() != 2 || word[0] != '-') return nullptr;
+  const auto it = std::find_if(options.begin(), options.end(),
+                               [&](const Option& option) { return option.alias == word[1]; });
+  return it == options.end() ? nullptr : &*it;
+}
+
 std::string validOptions(std::span<const Option> options) {
   std::string out;
   for (const Option& option : options) out += "--" + std::string(option.name) + ", ";
@@ -37,6 +44,14 @@ std::optional<std::string> Parsed::value(std::string_view name) const {
 std::optional<Parsed> parseArgs(std::span<char* const> args, std::span<const Option> options,
                                 std::string& error) {
   Parsed parsed;
+  std::vector<std::string> expanded;  // "-o" spelled as its long form
+  for (char* const arg : args) {
+    const Option* alias = findAlias(options, arg);
+    expanded.push_back(alias ? "--" + std::string(alias->name) : std::string(arg));
+  }
+  std::vector<char*> words;
+  for (std::string& word : expanded) words.push_back(word.data());
+  args = words;
   for (std::size_t i = 0; i < args.size(); ++i) {
     const std::string_view word = args[i];
     if (word == "-h") {
@@ -91,7 +106,8 @@ std::string optionHelp(std::span<const Option> options) {
   for (const Option& option : options) all.push_back(&option);
   all.push_back(&kHelp);
   const auto left = [](const Option& option) {
-    std::string text = "  --" + std::string(option.name);
+    std::string text = option.alias ? std::string("  -") + option.alias + ", --" : "  --";
+    text += std::string(option.name);
     if (!option.value.empty()) text += " " + std::string(option.value);
     return text;
   };

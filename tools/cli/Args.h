@@ -20,6 +20,7 @@ struct Option {
   std::string_view name;     // without the leading "--"
   std::string_view value;    // what the value is called in help ("" for a flag)
   std::string_view summary;  // one line of help
+  char alias = 0;            // a one-letter form, "-o" for 'o'; 0 for none
 };
 
 struct Parsed {

@@ -12,6 +12,7 @@ namespace chartxml::cli {
 int runDemo(std::span<char* const> args);
 int runPlot(std::span<char* const> args);
 int runCheck(std::span<char* const> args);
+int runRender(std::span<char* const> args);
 
 // Writes "chartxml COMMAND: MESSAGE" to standard error and returns `status`.
 int complain(std::string_view command, std::string_view message, int status);

@@ -11,6 +11,8 @@
 #include "cli/ChartRequest.h"
 #include "cli/Commands.h"
 #include "cli/EmbeddedSets.h"
+#include "cli/Gallery.h"
+#include "cli/Pictures.h"
 #include "cli/Session.h"
 #include "cli/Table.h"
 
@@ -30,8 +32,10 @@ constexpr const char* kHelpText =
     "Builds a gallery of charts from the data sets built into the tool:\n"
     "Anscombe's quartet (four sets of eleven x, y points) and the annual mean\n"
     "atmospheric CO2 at Mauna Loa of 1959 to 2023. Each chart's document\n"
-    "goes to DIR/chart-NNNN.xml, its data to DIR/chart-NNNN.source0.csv, and\n"
-    "DIR/index.txt lists each document with what it shows.\n"
+    "goes to DIR/chart-NNNN.xml, its data to DIR/chart-NNNN.source0.csv and\n"
+    "its pictures to DIR/chart-NNNN.png and DIR/chart-NNNN.svg.\n"
+    "DIR/index.html shows every picture with what it shows (open it in a\n"
+    "browser); DIR/index.txt lists each document with what it shows.\n"
     "\n"
     "Exit status: 0 done, 1 a chart could not be built or written, 2 the\n"
     "command line is wrong.\n"
@@ -216,6 +220,8 @@ int runDemo(std::span<char* const> args) {
   if (!useOutputFolder(out, error)) return complain("demo", error, kExitFailure);
 
   std::vector<std::pair<int, std::string>> sent;
+  std::vector<GalleryEntry> gallery;
+  const std::vector<PictureFormat> formats{PictureFormat::kPng, PictureFormat::kSvg};
   const auto run = [&](DataSet& set, const std::string& runLanguage,
                        const std::vector<ChartRequest>& charts) {
     set.session.start(runLanguage);
@@ -223,6 +229,13 @@ int runDemo(std::span<char* const> args) {
       const auto number = set.session.send(set.table, request, error);
       if (!number) return false;
       sent.emplace_back(*number, request.description);
+      DrawnChart drawn;
+      if (!drawLastSent(out, *number, formats, drawn, error)) return false;
+      for (const std::string& part : drawn.skipped) {
+        std::fprintf(stderr, "chartxml demo: %s: not drawn yet: %s\n", chartStem(*number).c_str(),
+                     part.c_str());
+      }
+      gallery.push_back({chartStem(*number), request.description, drawn.skipped});
     }
     set.session.stop();
     return true;
@@ -238,15 +251,17 @@ int runDemo(std::span<char* const> args) {
   const std::string indexPath = out + "/index.txt";
   std::ofstream index(indexPath, std::ios::trunc);
   for (const auto& [number, description] : sent) {
-    char name[32];
-    std::snprintf(name, sizeof name, "chart-%04d.xml", number);
+    const std::string name = chartStem(number) + ".xml";
     index << name << '\t' << description << '\n';
-    std::printf("%s/%s  %s\n", out.c_str(), name, description.c_str());
+    std::printf("%s/%s  %s\n", out.c_str(), name.c_str(), description.c_str());
   }
   index.close();
   if (!index) return complain("demo", indexPath + ": cannot write the index", kExitFailure);
-  std::printf("wrote %zu charts to %s; %s lists them\n", sent.size(), out.c_str(),
-              indexPath.c_str());
+  if (!writeGallery(out, "chartxml demo", gallery, error)) {
+    return complain("demo", error, kExitFailure);
+  }
+  std::printf("wrote %zu charts with their pictures to %s; open %s/index.html to see them\n",
+              sent.size(), out.c_str(), out.c_str());
   return kExitOk;
 }
 

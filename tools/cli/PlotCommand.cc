@@ -8,6 +8,7 @@
 #include "cli/Args.h"
 #include "cli/ChartRequest.h"
 #include "cli/Commands.h"
+#include "cli/Pictures.h"
 #include "cli/Session.h"
 #include "cli/Table.h"
 #include "fit/CurveFit.h"
@@ -15,7 +16,7 @@
 namespace chartxml::cli {
 namespace {
 
-constexpr std::array<Option, 12> kOptions{{
+constexpr std::array<Option, 13> kOptions{{
     {"type", "TYPE",
      "the kind of chart (required): scatter, line, bar, area, histogram, pie, "
      "splom, scatter3d"},
@@ -35,17 +36,20 @@ constexpr std::array<Option, 12> kOptions{{
     {"title", "TEXT", "the chart's title (default: what it shows)"},
     {"lang", "CODE", "the output language of the library's texts (en, ja, ...)"},
     {"out", "DIR", "where the chart's files go (default: out)"},
+    {"picture", "FORMAT", "the chart's picture: png (the default), svg, pdf or none"},
 }};
 
 constexpr const char* kHelpText =
     "usage: chartxml plot DATA.csv --type TYPE --x COL [--y COL] [--z COL]\n"
     "                [--color COL] [--panel COL] [--stat NAME] [--fit FAMILY]\n"
     "                [--bin-width W] [--title TEXT] [--lang CODE] [--out DIR]\n"
+    "                [--picture png|svg|pdf|none]\n"
     "\n"
     "Builds one chart of DATA.csv (a header row of names, one row per case;\n"
     "DATA.csv.dict.json beside it may give labels, formats and value labels) and\n"
-    "writes DIR/chart-NNNN.xml with its data DIR/chart-NNNN.source0.csv\n"
-    "(numbered from 0001 in each run, replacing the files of an earlier run).\n"
+    "writes DIR/chart-NNNN.xml with its data DIR/chart-NNNN.source0.csv and its\n"
+    "picture DIR/chart-NNNN.png (numbered from 0001 in each run, replacing the\n"
+    "files of an earlier run).\n"
     "\n"
     "Bars show the mean of y in each category of x (the count of cases without\n"
     "--y), pies the sum of y (the count without --y), unless --stat says\n"
@@ -269,15 +273,32 @@ int runPlot(std::span<char* const> args) {
     return complain("plot", refusal->message, refusal->status);
   setup.describe(*table);
 
+  std::vector<PictureFormat> pictures{PictureFormat::kPng};
+  if (const auto picture = parsed->value("picture")) {
+    const auto format = parsePictureFormat(*picture);
+    if (!format && *picture != "none") {
+      return complain("plot",
+                      "unknown picture format '" + *picture + "'; valid: png, svg, pdf, none",
+                      kExitUsage);
+    }
+    pictures = format ? std::vector<PictureFormat>{*format} : std::vector<PictureFormat>{};
+  }
   const std::string out = parsed->value("out").value_or("out");
   if (!useOutputFolder(out, error)) return complain("plot", error, kExitFailure);
   session->start(parsed->value("lang").value_or(""));
   const auto number = session->send(*table, setup.request(), error);
   if (!number) return complain("plot", error, kExitFailure);
-  char stem[32];
-  std::snprintf(stem, sizeof stem, "chart-%04d", *number);
-  std::printf("wrote %s/%s.xml and its data %s/%s.source0.csv\n", out.c_str(), stem, out.c_str(),
-              stem);
+  const std::string stem = chartStem(*number);
+  std::printf("wrote %s/%s.xml and its data %s/%s.source0.csv\n", out.c_str(), stem.c_str(),
+              out.c_str(), stem.c_str());
+  DrawnChart drawn;
+  if (!pictures.empty() && !drawLastSent(out, *number, pictures, drawn, error)) {
+    return complain("plot", error, kExitFailure);
+  }
+  for (const std::string& part : drawn.skipped) {
+    std::fprintf(stderr, "chartxml plot: %s: not drawn yet: %s\n", stem.c_str(), part.c_str());
+  }
+  for (const std::string& file : drawn.files) std::printf("wrote %s\n", file.c_str());
   return kExitOk;
 }
 

@@ -21,6 +21,7 @@ constexpr const char* kUsage =
     "  demo    a gallery of charts of the data sets built into the tool\n"
     "  plot    one chart of a CSV file\n"
     "  check   whether XML files are well formed\n"
+    "  render  a picture of a sent chart (PNG, SVG or PDF)\n"
     "\n"
     "'chartxml COMMAND --help' tells a command's options. Exit status: 0 done,\n"
     "1 the data, a file or the library refused, 2 the command line is wrong.\n";
@@ -49,7 +50,9 @@ int main(int argc, char** argv) {
   if (command == "demo") return runDemo(rest);
   if (command == "plot") return runPlot(rest);
   if (command == "check") return runCheck(rest);
-  std::fprintf(stderr, "chartxml: unknown command '%.*s'; valid commands: demo, plot, check\n",
+  if (command == "render") return runRender(rest);
+  std::fprintf(stderr,
+               "chartxml: unknown command '%.*s'; valid commands: demo, plot, check, render\n",
                static_cast<int>(command.size()), command.data());
   return kExitUsage;
 }

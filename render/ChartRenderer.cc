@@ -1,0 +1,327 @@
+// The renderer's front: loads a chart (document and data), runs the stages
+// (read, model, statistics, scales, layout, scene) and hands the scene to a
+// device; files are written whole or not at all.
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <set>
+#include <sstream>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "chartxml/chartxml_host.h"
+#include "chartxml/render.h"
+#include "device/Devices.h"
+#include "model/ModelBuilder.h"
+#include "read/DataTable.h"
+#include "read/XmlTree.h"
+#include "scene/SceneBuilder.h"
+#include "text/TextEngine.h"
+
+namespace chartxml {
+namespace {
+
+using render::DataTable;
+
+// Documents and data files larger than this are refused rather than read:
+// no sent chart comes near it, and a mistaken path to a huge file should
+// not take the host's memory.
+constexpr std::uintmax_t kMaxFileBytes = std::uintmax_t{4} << 30;
+
+// The part of a data file's name that a source id becomes: the output
+// sink's rule (letters, digits, '_' and '-' kept, anything else '_', at most
+// 64 characters), so that a reader finds the files the sink wrote.
+std::string fileNamePart(std::string_view source) {
+  std::string out;
+  for (const char c : source.substr(0, 64)) {
+    const bool kept = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+                      c == '_' || c == '-';
+    out += kept ? c : '_';
+  }
+  return out.empty() ? "_" : out;
+}
+
+std::optional<std::string> readWholeFile(const std::string& path, std::string& error) {
+  std::error_code ec;
+  if (std::filesystem::is_directory(path, ec)) {
+    error = path + ": is a folder, not a file";
+    return std::nullopt;
+  }
+  const auto size = std::filesystem::file_size(path, ec);
+  if (!ec && size > kMaxFileBytes) {
+    error = path + ": is too large to be a chart's file (" + std::to_string(size) + " bytes)";
+    return std::nullopt;
+  }
+  std::ifstream in(path, std::ios::binary);
+  if (!in) {
+    error = path + ": cannot open: " + std::strerror(errno);
+    return std::nullopt;
+  }
+  std::ostringstream text;
+  text << in.rdbuf();
+  if (in.bad()) {
+    error = path + ": cannot read: " + std::strerror(errno);
+    return std::nullopt;
+  }
+  return std::move(text).str();
+}
+
+// Writes `bytes` to `path` through a temporary file in the same folder,
+// renamed into place once complete: a reader never sees half a picture.
+bool writeWhole(const std::string& path, const std::string& bytes, std::string& error) {
+  const std::filesystem::path target(path);
+  const std::filesystem::path folder =
+      target.parent_path().empty() ? std::filesystem::path(".") : target.parent_path();
+  std::string temp = (folder / ("." + target.filename().string() + ".XXXXXX")).string();
+  const int fd = mkstemp(temp.data());
+  if (fd < 0) {
+    error = path + ": cannot write: " + std::strerror(errno);
+    return false;
+  }
+  const auto fail = [&](const char* what) {
+    error = path + ": " + what + ": " + std::strerror(errno);
+    close(fd);
+    std::remove(temp.c_str());
+    return false;
+  };
+  std::size_t done = 0;
+  while (done < bytes.size()) {
+    const ssize_t wrote = ::write(fd, bytes.data() + done, bytes.size() - done);
+    if (wrote < 0) {
+      if (errno == EINTR) continue;
+      return fail("cannot write");
+    }
+    done += static_cast<std::size_t>(wrote);
+  }
+  // The file gets the permissions a new file of the user's gets.
+  const mode_t mask = umask(0);
+  umask(mask);
+  if (fchmod(fd, 0666 & ~mask) != 0) return fail("cannot set permissions");
+  if (fsync(fd) != 0) return fail("cannot write");
+  if (close(fd) != 0) {
+    error = path + ": cannot write: " + std::strerror(errno);
+    std::remove(temp.c_str());
+    return false;
+  }
+  if (std::rename(temp.c_str(), path.c_str()) != 0) {
+    error = path + ": cannot write: " + std::strerror(errno);
+    std::remove(temp.c_str());
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+std::optional<PictureFormat> pictureFormatOf(std::string_view path) {
+  const std::size_t dot = path.rfind('.');
+  if (dot == std::string_view::npos) return std::nullopt;
+  std::string extension(path.substr(dot + 1));
+  for (char& c : extension) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  if (extension == "png") return PictureFormat::kPng;
+  if (extension == "svg") return PictureFormat::kSvg;
+  if (extension == "pdf") return PictureFormat::kPdf;
+  return std::nullopt;
+}
+
+struct ChartRenderer::Impl {
+  RenderOptions options;
+  std::string error;
+  std::vector<std::string> skipped;
+  std::string title, description;
+  std::optional<render::Scene> scene;
+  std::unique_ptr<render::TextEngine> text;
+
+  using OriginOf = std::function<std::string(const std::string& source)>;
+
+  bool fail(std::string message) {
+    error = std::move(message);
+    scene.reset();
+    return false;
+  }
+
+  render::TextEngine& engine() {
+    if (!text) text = std::make_unique<render::TextEngine>();
+    return *text;
+  }
+
+  bool load(std::string_view document, const std::string& name, const DataLookup& data,
+            const OriginOf& originOf) {
+    error.clear();
+    skipped.clear();
+    title.clear();
+    description.clear();
+    scene.reset();
+    if (options.width < 16 || options.height < 16 || options.width > 32767 ||
+        options.height > 32767) {
+      return fail("the picture's size must be 16 to 32767 pixels each way, not " +
+                  std::to_string(options.width) + "x" + std::to_string(options.height));
+    }
+    std::string problem;
+    const auto tree = render::parseXml(document, problem);
+    if (!tree) return fail(name + ": " + problem);
+    auto model = render::buildModel(*tree, problem);
+    if (!model) return fail(name + ": " + problem);
+
+    // The data of every source that a variable reads from.
+    std::set<std::string> used;
+    for (const render::Variable& variable : model->variables) {
+      if (!variable.derived && !variable.source.empty()) used.insert(variable.source);
+    }
+    std::map<std::string, DataTable> tables;
+    for (const std::string& source : used) {
+      const std::string origin = originOf(source);
+      const std::optional<std::string> csv = data(source);
+      if (!csv)
+        return fail(origin + ": not found (the data of source '" + source + "' of " + name + ")");
+      auto table = render::readCsv(*csv, origin, problem);
+      if (!table) return fail(origin + ": " + problem);
+      if (table->rows() == 0) return fail(origin + ": holds no rows of data, only its header");
+      tables.emplace(source, std::move(*table));
+    }
+    auto built = render::buildScene(
+        *model, tables, engine(),
+        {static_cast<double>(options.width), static_cast<double>(options.height)}, problem);
+    if (!built) return fail(problem);
+    skipped = model->skipped;
+    title = model->title;
+    description = built->description;
+    scene = std::move(built);
+    return true;
+  }
+};
+
+ChartRenderer::ChartRenderer(RenderOptions options) : impl_(std::make_unique<Impl>()) {
+  impl_->options = options;
+}
+
+ChartRenderer::~ChartRenderer() = default;
+
+bool ChartRenderer::loadFile(const std::string& documentPath, const std::string& dataDir) {
+  try {
+    impl_->error.clear();
+    const auto document = readWholeFile(documentPath, impl_->error);
+    if (!document) return impl_->fail(impl_->error);
+    const std::filesystem::path path(documentPath);
+    const std::filesystem::path folder =
+        dataDir.empty() ? path.parent_path() : std::filesystem::path(dataDir);
+    const std::string stem = path.stem().string();
+    const auto fileOf = [&](const std::string& source) {
+      return (folder / (stem + "." + fileNamePart(source) + ".csv")).string();
+    };
+    std::string dataError;
+    const DataLookup data = [&](const std::string& source) -> std::optional<std::string> {
+      const std::string file = fileOf(source);
+      std::error_code ec;
+      if (!std::filesystem::exists(file, ec)) return std::nullopt;
+      auto text = readWholeFile(file, dataError);
+      if (!text) throw std::runtime_error(dataError);
+      return text;
+    };
+    return impl_->load(*document, documentPath, data, fileOf);
+  } catch (const std::bad_alloc&) {
+    return impl_->fail(documentPath + ": out of memory");
+  } catch (const std::exception& e) {
+    return impl_->fail(e.what());
+  }
+}
+
+bool ChartRenderer::loadText(std::string_view text, const std::string& name,
+                             const DataLookup& data) {
+  try {
+    return impl_->load(text, name, data, [&](const std::string& source) {
+      return name + " (data source " + source + ")";
+    });
+  } catch (const std::bad_alloc&) {
+    return impl_->fail(name + ": out of memory");
+  } catch (const std::exception& e) {
+    return impl_->fail(name + ": " + e.what());
+  }
+}
+
+bool ChartRenderer::loadSent(int i) {
+  if (i < 0 || i >= cxh_sent_count()) {
+    return impl_->fail("no sent chart " + std::to_string(i) + ": the host holds " +
+                       std::to_string(cxh_sent_count()));
+  }
+  const std::string name = "sent chart " + std::to_string(i);
+  const std::string document = cxh_sent_xml(i);
+  return loadText(document, name, [i](const std::string& source) -> std::optional<std::string> {
+    const char* csv = cxh_sent_data_csv(i, source.c_str());
+    if (csv == nullptr) return std::nullopt;
+    return std::string(csv);
+  });
+}
+
+std::optional<std::string> ChartRenderer::picture(PictureFormat format) {
+  if (!impl_->scene) {
+    if (impl_->error.empty()) impl_->error = "no chart is loaded";
+    return std::nullopt;
+  }
+  try {
+    std::string out;
+    bool drawn = false;
+    switch (format) {
+      case PictureFormat::kPng:
+        drawn = render::drawPng(*impl_->scene, impl_->engine(), impl_->options.scale, out,
+                                impl_->error);
+        break;
+      case PictureFormat::kSvg:
+        drawn = render::drawSvg(*impl_->scene, impl_->engine(), out, impl_->error);
+        break;
+      case PictureFormat::kPdf:
+        drawn = render::drawPdf(*impl_->scene, impl_->engine(), out, impl_->error);
+        break;
+    }
+    if (!drawn) return std::nullopt;
+    impl_->error.clear();
+    return out;
+  } catch (const std::bad_alloc&) {
+    impl_->error = "cannot draw the picture: out of memory";
+  } catch (const std::exception& e) {
+    impl_->error = std::string("cannot draw the picture: ") + e.what();
+  }
+  return std::nullopt;
+}
+
+bool ChartRenderer::write(const std::string& outputPath) {
+  const auto format = pictureFormatOf(outputPath);
+  if (!format) {
+    impl_->error = outputPath + ": name the picture .png, .svg or .pdf";
+    return false;
+  }
+  const auto bytes = picture(*format);
+  if (!bytes) {
+    impl_->error = outputPath + ": " + impl_->error;
+    return false;
+  }
+  try {
+    return writeWhole(outputPath, *bytes, impl_->error);
+  } catch (const std::exception& e) {
+    impl_->error = outputPath + ": cannot write: " + e.what();
+    return false;
+  }
+}
+
+const std::string& ChartRenderer::error() const {
+  return impl_->error;
+}
+
+const std::vector<std::string>& ChartRenderer::skipped() const {
+  return impl_->skipped;
+}
+
+const std::string& ChartRenderer::title() const {
+  return impl_->title;
+}
+
+const std::string& ChartRenderer::description() const {
+  return impl_->description;
+}
+
+}  // namespace chartxml

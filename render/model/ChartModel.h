@@ -1,0 +1,138 @@
+// What a chart document asks for, as plain values: the model stage's output
+// and every later stage's input. Nothing here refers to the XML any more;
+// references between parts (an element's variables, a legend's targets) are
+// kept as the document's ids and resolved through ChartModel's look-ups.
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "format/ValueFormat.h"
+
+namespace chartxml::render {
+
+using Parameters = std::vector<std::pair<std::string, std::string>>;
+
+// The value of the parameter `name`, or null.
+const std::string* findParameter(const Parameters& parameters, std::string_view name);
+
+struct Variable {
+  std::string id;
+  std::string label;
+  std::string shortLabel;
+  std::string source;      // the data source's id
+  std::string sourceName;  // its column in the source's data
+  bool categorical = false;
+  ValueFormat format;
+  std::vector<std::pair<std::string, std::string>> relabels;  // value text → label
+  std::string summary;   // the summary function the procedure noted ("meanOfValues")
+  bool derived = false;  // computed by an expression or a constant: not from a column
+
+  // What a reader calls the variable: its label, else its short label, else its id.
+  const std::string& title() const;
+  // The label of a category whose value text is `value`, or null.
+  const std::string* valueLabel(std::string_view value) const;
+};
+
+struct Statistic {
+  std::string method;  // "mean", "histogram", "count", ...
+  Parameters parameters;
+};
+
+// Roles a variable plays for an element.
+enum class Role { kX, kY, kZ, kTheta, kR, kPhi };
+const char* roleName(Role role);
+
+struct Element {
+  std::string id;
+  std::string type;              // "point", "line", "area", "interval", ...
+  std::string positionModifier;  // "", "dodge", "stack", ...
+  std::string name;
+  std::optional<Statistic> statistic;
+  std::map<Role, std::string> positions;  // role → variable id
+  std::string color;                      // variable id of the colour aesthetic
+  std::string styleBy;                    // variable id of a style-by aesthetic
+  std::string styleById;                  // the style-by's own id (legend targets name it)
+  std::string styleCycle;                 // which cycle the style-by takes
+  std::string size;                       // variable id of the size aesthetic
+  std::string split;                      // variable id that splits lines and areas
+  bool hollow = false;                    // its style says "fill:transparent"
+
+  const std::string* position(Role role) const;
+};
+
+struct Axis {
+  std::string id;
+  std::string title;  // the axis's own label; empty: the variable's title
+  bool opposite = false;
+  bool majorTicks = false;
+  bool majorGrid = false;
+  std::optional<double> labelAngle;
+  bool minorTicks = false;
+  bool minorGrid = false;
+  bool percent = false;
+};
+
+struct Dimension {
+  Role role = Role::kX;
+  std::string domain;              // id of a domain or variable the dimension spans
+  std::optional<double> min, max;  // the range its domain fixes, when it does
+  double lowerMargin = 0;          // fractions of the data range added below and above
+  double upperMargin = 0;
+  std::string scale;          // "", "log", "power"
+  double scaleParameter = 0;  // the log base or the power's exponent
+  bool inverted = false;
+  std::optional<Axis> axis;
+};
+
+struct Guide {
+  std::string id;
+  std::string type;  // "line" (a reference line), "function", "plane", ...
+  std::string name;
+  Parameters parameters;
+};
+
+struct DataFrame {
+  std::string id;
+  std::string coordinates;  // "", "polar", "transpose", "rectangular" (3-D), ...
+  Parameters coordinateParameters;
+  std::vector<Dimension> dimensions;
+  std::vector<Element> elements;
+  std::vector<Guide> guides;
+  // Panels: a facet variable per role (x: panels side by side, y: stacked).
+  std::vector<std::pair<Role, std::string>> facets;
+
+  const Dimension* dimension(Role role) const;
+};
+
+struct LegendTarget {
+  std::string element;    // the id of an element or guide
+  std::string aesthetic;  // "color", "size", ... or a style-by's id
+};
+
+struct Legend {
+  std::string id;
+  std::string title;
+  std::vector<LegendTarget> targets;
+};
+
+struct ChartModel {
+  std::vector<std::string> sources;  // data source ids
+  std::vector<Variable> variables;   // in document order
+  std::vector<DataFrame> frames;     // the frames that draw data
+  std::vector<Legend> legends;
+  std::string title, subtitle, footnote;
+  // What the document asks that the renderer does not draw, one line each,
+  // each said once ("3-D coordinates of frame frame_data_1").
+  std::vector<std::string> skipped;
+
+  const Variable* variable(std::string_view id) const;
+  const Element* element(std::string_view id) const;
+  // Says once that `what` is not drawn.
+  void skip(const std::string& what);
+};
+
+}  // namespace chartxml::render

@@ -1,0 +1,376 @@
+#include "model/ModelBuilder.h"
+
+#include <charconv>
+#include <map>
+
+namespace chartxml::render {
+namespace {
+
+std::optional<double> parseNumber(std::string_view text) {
+  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
+  if (!text.empty() && text.front() == '+') text.remove_prefix(1);
+  double value = 0;
+  const auto [ptr, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (ec != std::errc() || ptr != text.data() + text.size() || text.empty()) return std::nullopt;
+  return value;
+}
+
+int parseInt(std::string_view text, int fallback) {
+  int value = 0;
+  const auto [ptr, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
+  return ec == std::errc() && ptr == text.data() + text.size() ? value : fallback;
+}
+
+bool isTrue(std::string_view text) {
+  return text == "true";
+}
+
+std::optional<Role> roleOf(std::string_view tag) {
+  if (tag == "x") return Role::kX;
+  if (tag == "y") return Role::kY;
+  if (tag == "z") return Role::kZ;
+  if (tag == "theta") return Role::kTheta;
+  if (tag == "r") return Role::kR;
+  if (tag == "phi") return Role::kPhi;
+  return std::nullopt;
+}
+
+Parameters parametersOf(const XmlNode& node) {
+  Parameters parameters;
+  for (const XmlNode& child : node.children) {
+    if (child.tag == "parameter") {
+      parameters.emplace_back(std::string(child.attr("name")), std::string(child.attr("value")));
+    }
+  }
+  return parameters;
+}
+
+NumberFormat numberFormatOf(const XmlNode& node) {
+  NumberFormat format;
+  format.minFractionDigits = parseInt(node.attr("minimumFractionDigits"), -1);
+  format.maxFractionDigits = parseInt(node.attr("maximumFractionDigits"), -1);
+  format.grouping = isTrue(node.attr("useGrouping"));
+  if (const auto* s = node.find("groupingSeparator")) format.groupingSeparator = *s;
+  if (const auto* s = node.find("decimalSeparator")) format.decimalSeparator = *s;
+  format.prefix = node.attr("prefix");
+  format.suffix = node.attr("suffix");
+  format.scientific = isTrue(node.attr("scientific"));
+  format.minIntegerDigits = parseInt(node.attr("minimumIntegerDigits"), 0);
+  if (const auto* s = node.find("negativePrefix")) format.negativePrefix = *s;
+  if (const auto* s = node.find("negativeSuffix")) format.negativeSuffix = *s;
+  return format;
+}
+
+// Reads the display format among `node`'s children into `format`; false
+// when it has none.
+bool readFormat(const XmlNode& node, ValueFormat& format) {
+  for (const XmlNode& child : node.children) {
+    if (child.tag == "numberFormat") {
+      format.kind = ValueFormat::Kind::kNumber;
+      format.number = numberFormatOf(child);
+    } else if (child.tag == "dateTimeFormat") {
+      format.kind = ValueFormat::Kind::kDate;
+      format.datePattern = child.attr("pattern");
+    } else if (child.tag == "stringFormat") {
+      format.kind = ValueFormat::Kind::kString;
+    } else {
+      continue;
+    }
+    return true;
+  }
+  return false;
+}
+
+// A margin such as "5%" as a fraction of the range.
+std::optional<double> marginOf(std::string_view text) {
+  if (text.empty() || text.back() != '%') return std::nullopt;
+  const auto percent = parseNumber(text.substr(0, text.size() - 1));
+  if (!percent || *percent < 0 || *percent > 1000) return std::nullopt;
+  return *percent / 100;
+}
+
+class Builder {
+ public:
+  explicit Builder(ChartModel& model) : model_(model) {}
+
+  void readStyles(const XmlNode& node) {
+    for (const XmlNode& child : node.children) {
+      if (child.tag != "style") continue;
+      if (const auto* value = child.find("value")) styles_[std::string(child.attr("id"))] = *value;
+      readStyles(child);
+    }
+  }
+
+  void readDomain(const XmlNode& node) {
+    DomainRange range;
+    if (const XmlNode* interval = node.child("interval")) {
+      range.min = parseNumber(interval->attr("min"));
+      range.max = parseNumber(interval->attr("max"));
+    }
+    domains_[std::string(node.attr("id"))] = range;
+  }
+
+  void readVariable(const XmlNode& node) {
+    Variable variable;
+    variable.id = node.attr("id");
+    variable.label = node.attr("label");
+    variable.shortLabel = node.attr("shortLabel");
+    variable.source = node.attr("source");
+    variable.sourceName = node.attr("sourceName");
+    variable.categorical = isTrue(node.attr("categorical"));
+    variable.derived = node.find("expression") != nullptr || node.find("value") != nullptr;
+    if (const XmlNode* meta = node.child("meta")) readFormat(*meta, variable.format);
+    readFormat(node, variable.format);
+    for (const XmlNode& child : node.children) {
+      if (child.tag == "relabel") {
+        variable.relabels.emplace_back(std::string(child.attr("from")),
+                                       std::string(child.attr("to")));
+      } else if (child.tag == "extension") {
+        variable.summary = child.attr("statistic");
+      }
+    }
+    model_.variables.push_back(std::move(variable));
+  }
+
+  void readFrame(const XmlNode& node) {
+    const std::string frameId(node.attr("id"));
+    bool drawsData = false;
+    for (const XmlNode& child : node.children) {
+      const std::string_view tag = child.tag;
+      if (tag == "element" || tag == "elementGroup" || tag == "dimension" ||
+          tag == "coordinateTransform" || tag == "guide" || tag == "coordinateFacet") {
+        drawsData = true;
+      }
+    }
+    if (drawsData) model_.frames.push_back(readDataFrame(node));
+    for (const XmlNode& child : node.children) {
+      if (child.tag == "frame") {
+        readFrame(child);
+      } else if (child.tag == "legend") {
+        readLegend(child);
+      } else if (child.tag == "label") {
+        readLabel(frameId, child);
+      }
+    }
+  }
+
+ private:
+  struct DomainRange {
+    std::optional<double> min, max;
+  };
+
+  void readLabel(const std::string& frameId, const XmlNode& label) {
+    const std::string labelId(label.attr("id"));
+    const auto says = [&](std::string_view word) {
+      return frameId.find(word) != std::string::npos || labelId.find(word) != std::string::npos;
+    };
+    // Subtitle before title: "subtitle" holds "title".
+    std::string* slot = says("subtitle")   ? &model_.subtitle
+                        : says("footnote") ? &model_.footnote
+                        : says("title")    ? &model_.title
+                                           : nullptr;
+    if (slot == nullptr) {
+      model_.skip("label " + labelId + " of frame " + frameId +
+                  " (a frame label of no known place)");
+      return;
+    }
+    if (!slot->empty()) *slot += "\n";
+    *slot += label.text;
+  }
+
+  void readLegend(const XmlNode& node) {
+    Legend legend;
+    legend.id = node.attr("id");
+    for (const XmlNode& child : node.children) {
+      if (child.tag == "label") {
+        legend.title = child.text;
+      } else if (child.tag == "legendTarget") {
+        legend.targets.push_back(
+            {std::string(child.attr("element")), std::string(child.attr("aesthetic"))});
+      }
+    }
+    model_.legends.push_back(std::move(legend));
+  }
+
+  DataFrame readDataFrame(const XmlNode& node) {
+    DataFrame frame;
+    frame.id = node.attr("id");
+    for (const XmlNode& child : node.children) {
+      const std::string_view tag = child.tag;
+      if (tag == "coordinateTransform") {
+        frame.coordinates = child.attr("method");
+        frame.coordinateParameters = parametersOf(child);
+      } else if (tag == "dimension") {
+        readDimension(frame, child);
+      } else if (tag == "element") {
+        frame.elements.push_back(readElement(child));
+      } else if (tag == "elementGroup") {
+        for (const XmlNode& inner : child.children) {
+          if (inner.tag == "element") frame.elements.push_back(readElement(inner));
+        }
+      } else if (tag == "guide") {
+        frame.guides.push_back({std::string(child.attr("id")), std::string(child.attr("type")),
+                                std::string(child.attr("name")), parametersOf(child)});
+      } else if (tag == "coordinateFacet") {
+        readFacet(frame, child);
+      } else if (tag == "facetLabeling" || tag == "frame" || tag == "label" || tag == "legend") {
+        // Panel labels follow the facets; the rest is read by readFrame.
+      } else {
+        model_.skip(std::string(tag) + " of frame " + frame.id);
+      }
+    }
+    return frame;
+  }
+
+  void readFacet(DataFrame& frame, const XmlNode& node) {
+    for (const XmlNode& child : node.children) {
+      const auto role = roleOf(child.attr("role"));
+      if (child.tag == "facetVariable" && role && (*role == Role::kX || *role == Role::kY)) {
+        frame.facets.emplace_back(*role, std::string(child.attr("variable")));
+      } else {
+        model_.skip("facet " + child.tag + " of frame " + frame.id + " (facet algebra)");
+      }
+    }
+  }
+
+  void readDimension(DataFrame& frame, const XmlNode& node) {
+    const auto role = roleOf(node.attr("role"));
+    if (!role) {
+      model_.skip("dimension of role '" + std::string(node.attr("role")) + "' of frame " +
+                  frame.id);
+      return;
+    }
+    Dimension dimension;
+    dimension.role = *role;
+    dimension.domain = node.attr("domain");
+    if (!dimension.domain.empty()) {
+      const auto domain = domains_.find(dimension.domain);
+      if (domain != domains_.end()) {
+        dimension.min = domain->second.min;
+        dimension.max = domain->second.max;
+      }
+    }
+    const auto margin = [&](std::string_view name) {
+      const std::string_view text = node.attr(name);
+      if (text.empty()) return 0.0;
+      if (const auto value = marginOf(text)) return *value;
+      model_.skip(std::string(name) + " '" + std::string(text) + "' of the " + roleName(*role) +
+                  " dimension (only percentages are drawn)");
+      return 0.0;
+    };
+    dimension.lowerMargin = margin("lowerMargin");
+    dimension.upperMargin = margin("upperMargin");
+    for (const XmlNode& child : node.children) {
+      if (child.tag == "scale") {
+        dimension.scale = child.attr("method");
+        dimension.inverted = isTrue(child.attr("invert"));
+        const Parameters parameters = parametersOf(child);
+        for (const char* name : {"UTF_base", "exponent"}) {
+          if (const auto* value = findParameter(parameters, name)) {
+            dimension.scaleParameter = parseNumber(*value).value_or(0);
+          }
+        }
+      } else if (child.tag == "axis") {
+        dimension.axis = readAxis(child);
+      }
+    }
+    frame.dimensions.push_back(std::move(dimension));
+  }
+
+  Axis readAxis(const XmlNode& node) {
+    Axis axis;
+    axis.id = node.attr("id");
+    axis.opposite = isTrue(node.attr("opposite"));
+    for (const XmlNode& child : node.children) {
+      if (child.tag == "label") {
+        axis.title = child.text;
+      } else if (child.tag == "majorTicks") {
+        axis.majorTicks = true;
+        axis.majorGrid = child.child("gridLines") != nullptr;
+        if (const auto* angle = child.find("labelAngle")) axis.labelAngle = parseNumber(*angle);
+      } else if (child.tag == "minorTicks") {
+        axis.minorTicks = true;
+        axis.minorGrid = child.child("gridLines") != nullptr;
+      } else if (child.tag == "transform") {
+        axis.percent = child.attr("method") == "percent";
+      }
+    }
+    return axis;
+  }
+
+  Element readElement(const XmlNode& node) {
+    Element element;
+    element.id = node.attr("id");
+    element.type = node.attr("type");
+    element.positionModifier = node.attr("positionModifier");
+    element.name = node.attr("name");
+    const auto style = styles_.find(std::string(node.attr("style")));
+    if (style != styles_.end()) {
+      element.hollow = style->second.find("fill:transparent") != std::string::npos;
+    }
+    readElementChildren(element, node);
+    return element;
+  }
+
+  // An element's positions may sit in a position child; its statistic too.
+  void readElementChildren(Element& element, const XmlNode& node) {
+    for (const XmlNode& child : node.children) {
+      const std::string_view tag = child.tag;
+      const std::string variable(child.attr("variable"));
+      if (const auto role = roleOf(tag)) {
+        element.positions[*role] = variable;
+      } else if (tag == "position") {
+        readElementChildren(element, child);
+      } else if (tag == "statistic") {
+        element.statistic = Statistic{std::string(child.attr("method")), parametersOf(child)};
+      } else if (tag == "color") {
+        element.color = variable;
+      } else if (tag == "styleBy") {
+        element.styleBy = variable;
+        element.styleById = child.attr("id");
+        element.styleCycle = child.attr("styleCycle");
+      } else if (tag == "size") {
+        element.size = variable;
+      } else if (tag == "split") {
+        element.split = variable;
+      } else if (tag == "label") {
+        // An element's name as a label: not drawn on its own.
+      } else {
+        model_.skip(std::string(tag) + " of element " + element.id);
+      }
+    }
+  }
+
+  ChartModel& model_;
+  std::map<std::string, std::string> styles_;
+  std::map<std::string, DomainRange> domains_;
+};
+
+}  // namespace
+
+std::optional<ChartModel> buildModel(const XmlNode& document, std::string& error) {
+  if (document.tag != "visualization") {
+    error = "not a chart document: its root element is <" + document.tag + ">, not <visualization>";
+    return std::nullopt;
+  }
+  ChartModel model;
+  Builder builder(model);
+  // Styles and domains first: frames refer to them wherever they stand.
+  for (const XmlNode& child : document.children) {
+    if (child.tag == "style") builder.readStyles(child);
+    if (child.tag == "domain") builder.readDomain(child);
+  }
+  for (const XmlNode& child : document.children) {
+    if (child.tag == "source") {
+      model.sources.emplace_back(child.attr("id"));
+    } else if (child.tag == "variable") {
+      builder.readVariable(child);
+    } else if (child.tag == "frame") {
+      builder.readFrame(child);
+    }
+  }
+  return model;
+}
+
+}  // namespace chartxml::render

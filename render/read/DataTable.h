@@ -1,0 +1,51 @@
+// A data source's rows as the output sink writes them: a header of source
+// names, then one line per case (RFC 4180 quoting, an empty field for a
+// missing value). Each column keeps every cell as a number and, for cells
+// that are not numbers, as a text, so that the model can decide per variable
+// whether a column is read as numbers or as categories.
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace chartxml::render {
+
+struct DataColumn {
+  std::string name;
+  // One per row: the number, NaN for a missing cell or a text; an infinity
+  // when the cell spells one ("inf", "-inf", "Infinity").
+  std::vector<double> numbers;
+  // One per row when any cell of the column is a text: the index of the
+  // text in `texts`, -1 for numbers and missing cells. Empty otherwise.
+  std::vector<std::int32_t> textIndex;
+  std::vector<std::string> texts;  // distinct texts, in order of first appearance
+
+  bool missing(std::size_t row) const {
+    return std::isnan(numbers[row]) && (textIndex.empty() || textIndex[row] < 0);
+  }
+  // The text of a cell that is not a number, or null.
+  const std::string* text(std::size_t row) const {
+    if (textIndex.empty() || textIndex[row] < 0) return nullptr;
+    return &texts[static_cast<std::size_t>(textIndex[row])];
+  }
+};
+
+struct DataTable {
+  std::string origin;  // the file (or "sent chart N, source S") the rows came from, for messages
+  std::vector<DataColumn> columns;
+  std::vector<std::int32_t> rowLines;  // the line each row starts on in the origin
+
+  std::size_t rows() const { return rowLines.size(); }
+  const DataColumn* column(std::string_view name) const;
+};
+
+// Reads CSV text. Nothing, with `error` naming the line and what is wrong,
+// when a row has more or fewer fields than the header, a quote is not
+// closed, or the header is missing.
+std::optional<DataTable> readCsv(std::string_view text, std::string origin, std::string& error);
+
+}  // namespace chartxml::render

@@ -1,0 +1,143 @@
+#include "scales/AxisScale.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "scales/DateTicks.h"
+#include "scales/Ticks.h"
+
+namespace chartxml::render {
+
+void AxisScale::train(double value) {
+  if (!std::isfinite(value)) return;
+  if (kind_ == Kind::kLog && value <= 0) {
+    ++dropped_;
+    return;
+  }
+  lo_ = std::min(lo_, value);
+  hi_ = std::max(hi_, value);
+}
+
+void AxisScale::useCategories(const Categories& categories) {
+  kind_ = Kind::kBand;
+  categories_ = &categories;
+}
+
+void AxisScale::finish(const Dimension* dimension) {
+  if (kind_ == Kind::kBand) {
+    lo_ = -0.5;
+    hi_ = categories_ ? static_cast<double>(categories_->size()) - 0.5 : 0.5;
+    if (hi_ < lo_ + 1) hi_ = lo_ + 1;
+    return;
+  }
+  for (const double anchor : anchors_) train(anchor);
+  if (dimension != nullptr) {
+    if (dimension->min && std::isfinite(*dimension->min)) lo_ = *dimension->min;
+    if (dimension->max && std::isfinite(*dimension->max)) hi_ = *dimension->max;
+  }
+  if (!(lo_ <= hi_)) {
+    // Nothing to show: a unit range still gives the axis its ticks.
+    lo_ = kind_ == Kind::kLog ? 1 : 0;
+    hi_ = kind_ == Kind::kLog ? 10 : 1;
+    return;
+  }
+  if (kind_ == Kind::kLog) {
+    double a = std::log10(lo_), b = std::log10(hi_);
+    if (a == b) {
+      a -= 0.5;
+      b += 0.5;
+    }
+    const double span = b - a;
+    if (dimension != nullptr) {
+      a -= span * dimension->lowerMargin;
+      b += span * dimension->upperMargin;
+    }
+    lo_ = std::pow(10.0, a);
+    hi_ = std::pow(10.0, b);
+    return;
+  }
+  if (lo_ == hi_) {
+    const double pad = lo_ == 0 ? 1 : std::fabs(lo_) * 0.1;
+    lo_ -= pad;
+    hi_ += pad;
+    return;
+  }
+  const double span = hi_ - lo_;
+  const auto anchored = [&](double edge) {
+    return std::find(anchors_.begin(), anchors_.end(), edge) != anchors_.end();
+  };
+  if (dimension != nullptr) {
+    const double below = anchored(lo_) ? 0 : span * dimension->lowerMargin;
+    const double above = anchored(hi_) ? 0 : span * dimension->upperMargin;
+    lo_ -= below;
+    hi_ += above;
+  }
+}
+
+double AxisScale::fraction(double value) const {
+  if (kind_ == Kind::kLog) {
+    if (!(value > 0)) return std::numeric_limits<double>::quiet_NaN();
+    const double a = std::log10(lo_);
+    return (std::log10(value) - a) / (std::log10(hi_) - a);
+  }
+  return (value - lo_) / (hi_ - lo_);
+}
+
+AxisScale::TickSet AxisScale::candidate(int target, const ValueFormat& format) const {
+  TickSet set;
+  if (kind_ == Kind::kBand) {
+    const std::size_t n = categories_ ? categories_->size() : 0;
+    // Every category, or every k-th when they do not all fit.
+    const std::size_t step =
+        std::max<std::size_t>(1, (n + static_cast<std::size_t>(target) - 1) /
+                                     static_cast<std::size_t>(std::max(target, 1)));
+    for (std::size_t i = 0; i < n; i += step) {
+      set.values.push_back(static_cast<double>(i));
+      set.labels.push_back(categories_->labels[i]);
+    }
+    return set;
+  }
+  if (kind_ == Kind::kDate) {
+    const DateTicks ticks = dateTicks(lo_, hi_, target);
+    set.values = ticks.values;
+    for (const double value : set.values) set.labels.push_back(formatValue(value, format));
+    return set;
+  }
+  Ticks ticks = kind_ == Kind::kLog ? logTicks(lo_, hi_, target) : niceTicks(lo_, hi_, target);
+  if (whole_ && ticks.step < 1) {
+    std::erase_if(ticks.values, [](double value) { return value != std::floor(value); });
+    ticks.fractionDigits = 0;
+  }
+  set.values = ticks.values;
+  // Ticks show the digits their step needs: the format's prefix, suffix and
+  // grouping, but not its padding with zeros (4, 6, 8 rather than 4.00).
+  ValueFormat tickFormat = format;
+  tickFormat.number.minFractionDigits = -1;
+  for (const double value : set.values) {
+    set.labels.push_back(formatValue(value, tickFormat, ticks.fractionDigits));
+  }
+  return set;
+}
+
+AxisScale::TickSet AxisScale::ticks(double length, const ValueFormat& format,
+                                    const FitTest& fits) const {
+  // Start from one tick per 80 pixels, at most 10 (every category for
+  // bands), and thin until the labels fit.
+  const int most = kind_ == Kind::kBand && categories_
+                       ? static_cast<int>(std::max<std::size_t>(1, categories_->size()))
+                       : std::clamp(static_cast<int>(length / 80), 2, 10);
+  TickSet last;
+  for (int target = most; target >= 2; --target) {
+    TickSet set = candidate(target, format);
+    if (fits(set)) return set;
+    last = std::move(set);
+    if (kind_ == Kind::kBand && target > 2) {
+      // Halve quickly: long category lists need not try every count.
+      target = std::max(3, target * 2 / 3 + 1);
+    }
+  }
+  if (last.values.empty()) last = candidate(2, format);
+  return last;
+}
+
+}  // namespace chartxml::render

@@ -1,0 +1,52 @@
+// Axes: the choice of ticks and of the tick labels' angle for an axis's
+// length (labels never overlap: thinned first for numbers and dates,
+// turned 45 or 90 degrees first for categories), and the drawing of
+// baselines, ticks, labels, grid lines and axis titles.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "format/ValueFormat.h"
+#include "layout/Geometry.h"
+#include "scales/AxisScale.h"
+#include "scene/Scene.h"
+#include "text/TextEngine.h"
+
+namespace chartxml::render {
+
+enum class AxisSide { kBottom, kLeft };
+
+struct AxisPlan {
+  AxisSide side = AxisSide::kBottom;
+  const AxisScale* scale = nullptr;
+  ValueFormat format;
+  std::string title;
+  bool drawn = true;  // the document gives the dimension an axis
+  bool grid = false;
+  std::optional<double> angle;  // the document's label angle, if it sets one
+  // Chosen by planAxis:
+  AxisScale::TickSet ticks;
+  double labelAngle = 0;  // 0, 45 or 90 (drawn turned counter-clockwise)
+  double labelDepth = 0;  // the labels' extent away from the axis
+  double titleDepth = 0;
+};
+
+// Chooses ticks and label angle for an axis `length` pixels long.
+void planAxis(AxisPlan& plan, double length, TextEngine& text);
+
+// The room the axis takes beside its panels: ticks, labels and title.
+double axisDepth(const AxisPlan& plan);
+
+// Grid lines across the panel at the ticks, when the axis has them.
+void drawGrid(Scene& scene, const AxisPlan& plan, const PanelView& view);
+
+// The baseline and ticks along the panel's edge; the tick labels too when
+// `labelled` (panels inside a grid leave them to the outer ones).
+void drawAxis(Scene& scene, const AxisPlan& plan, const PanelView& view, bool labelled);
+
+// The axis title, centred along `span` (the panels the axis serves) and
+// placed `depth` pixels beyond the edge of the panels.
+void drawAxisTitle(Scene& scene, const AxisPlan& plan, const Rect& span);
+
+}  // namespace chartxml::render

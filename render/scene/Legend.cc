@@ -1,0 +1,122 @@
+#include "scene/Legend.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "scales/Palette.h"
+
+namespace chartxml::render {
+namespace {
+
+constexpr Font kTitleFont{12, true};
+constexpr Font kLabelFont{11, false};
+constexpr double kKeySize = 14;
+constexpr double kKeyGap = 6;  // between a key and its label
+constexpr double kColumnGap = 14;
+constexpr double kRowGap = 4;
+constexpr double kTitleGap = 6;
+
+void drawKey(Scene& scene, const LegendEntry& entry, double x, double y) {
+  const double cx = x + kKeySize / 2, cy = y + kKeySize / 2;
+  switch (entry.key) {
+    case KeyKind::kPoint: {
+      PointBatch dot;
+      dot.shape = entry.shape;
+      dot.size = 8;
+      dot.x = {static_cast<float>(cx)};
+      dot.y = {static_cast<float>(cy)};
+      dot.palette = {entry.color};
+      dot.role = "legend-key";
+      scene.items.emplace_back(std::move(dot));
+      return;
+    }
+    case KeyKind::kLine:
+    case KeyKind::kGuideLine:
+    case KeyKind::kReferenceLine: {
+      ShapeItem line;
+      line.path.moveTo(x, cy);
+      line.path.lineTo(x + kKeySize, cy);
+      const bool reference = entry.key == KeyKind::kReferenceLine;
+      line.stroke = {entry.color, entry.key == KeyKind::kLine ? 2.5 : 1.75,
+                     reference ? std::vector<double>{4, 2} : std::vector<double>{}, false};
+      line.role = "legend-key";
+      scene.items.emplace_back(std::move(line));
+      return;
+    }
+    case KeyKind::kBlock: {
+      ShapeItem block;
+      block.path.rectangle(x + 1, y + 1, kKeySize - 2, kKeySize - 2);
+      block.filled = true;
+      block.fill = entry.color;
+      block.role = "legend-key";
+      scene.items.emplace_back(std::move(block));
+      return;
+    }
+  }
+}
+
+}  // namespace
+
+void measureLegend(LegendBlock& legend, TextEngine& text, double maxHeight) {
+  legend.titleHeight = legend.title.empty() ? 0 : text.measure(legend.title, kTitleFont).height;
+  double labelHeight = kKeySize;
+  std::vector<double> labelWidths;
+  for (const LegendEntry& entry : legend.entries) {
+    const TextBox box = text.measure(entry.label, kLabelFont);
+    labelWidths.push_back(box.width);
+    labelHeight = std::max(labelHeight, box.height);
+  }
+  legend.rowHeight = labelHeight + kRowGap;
+  const double titleSpace = legend.titleHeight > 0 ? legend.titleHeight + kTitleGap : 0;
+  const std::size_t n = legend.entries.size();
+  const std::size_t fit = static_cast<std::size_t>(
+      std::max(1.0, std::floor((maxHeight - titleSpace) / legend.rowHeight)));
+  legend.columns = n == 0 ? 1 : (n + fit - 1) / fit;
+  const std::size_t rows = n == 0 ? 0 : (n + legend.columns - 1) / legend.columns;
+  legend.columnWidths.assign(legend.columns, 0);
+  for (std::size_t i = 0; i < n; ++i) {
+    double& width = legend.columnWidths[i / std::max<std::size_t>(rows, 1)];
+    width = std::max(width, kKeySize + kKeyGap + labelWidths[i]);
+  }
+  double entriesWidth = 0;
+  for (const double width : legend.columnWidths) entriesWidth += width;
+  entriesWidth += kColumnGap * static_cast<double>(legend.columns - 1);
+  const double titleWidth = legend.title.empty() ? 0 : text.measure(legend.title, kTitleFont).width;
+  legend.width = std::max(entriesWidth, titleWidth);
+  legend.height = titleSpace + legend.rowHeight * static_cast<double>(rows);
+}
+
+void drawLegend(Scene& scene, const LegendBlock& legend, double x, double y) {
+  if (!legend.title.empty()) {
+    TextItem title;
+    title.text = legend.title;
+    title.font = kTitleFont;
+    title.color = kTextColor;
+    title.x = x;
+    title.y = y;
+    title.role = "legend-title";
+    scene.items.emplace_back(std::move(title));
+  }
+  const double top = y + (legend.titleHeight > 0 ? legend.titleHeight + kTitleGap : 0);
+  const std::size_t n = legend.entries.size();
+  const std::size_t rows = n == 0 ? 1 : (n + legend.columns - 1) / legend.columns;
+  double columnX = x;
+  for (std::size_t i = 0; i < n; ++i) {
+    const std::size_t column = i / rows, row = i % rows;
+    if (row == 0 && column > 0) columnX += legend.columnWidths[column - 1] + kColumnGap;
+    const double rowY = top + legend.rowHeight * static_cast<double>(row);
+    const double keyY = rowY + (legend.rowHeight - kRowGap - kKeySize) / 2;
+    drawKey(scene, legend.entries[i], columnX, keyY);
+    TextItem label;
+    label.text = legend.entries[i].label;
+    label.font = kLabelFont;
+    label.color = kTextColor;
+    label.x = columnX + kKeySize + kKeyGap;
+    label.y = rowY + (legend.rowHeight - kRowGap) / 2;
+    label.vAlign = 0.5;
+    label.role = "legend-entry";
+    scene.items.emplace_back(std::move(label));
+  }
+}
+
+}  // namespace chartxml::render

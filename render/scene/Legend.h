@@ -1,0 +1,40 @@
+// Legends: measured first, so that the layout can make room for them, then
+// drawn where the layout puts them. Keys are drawn with the marks' own
+// look (a dot for points, a stroke for lines, a block for bars and areas).
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "layout/Geometry.h"
+#include "scene/Scene.h"
+#include "text/TextEngine.h"
+
+namespace chartxml::render {
+
+enum class KeyKind { kPoint, kLine, kBlock, kGuideLine, kReferenceLine };
+
+struct LegendEntry {
+  std::string label;
+  Color color;
+  KeyKind key = KeyKind::kBlock;
+  MarkerShape shape = MarkerShape::kCircle;
+};
+
+struct LegendBlock {
+  std::string title;
+  std::vector<LegendEntry> entries;
+  // Set by measureLegend:
+  double width = 0, height = 0;
+  std::size_t columns = 1;
+  std::vector<double> columnWidths;
+  double rowHeight = 0, titleHeight = 0;
+};
+
+// Sizes `legend` to fit within `maxHeight`, in as many columns as it needs.
+void measureLegend(LegendBlock& legend, TextEngine& text, double maxHeight);
+
+// Draws a measured legend with its top-left corner at (x, y).
+void drawLegend(Scene& scene, const LegendBlock& legend, double x, double y);
+
+}  // namespace chartxml::render

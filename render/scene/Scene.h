@@ -1,0 +1,123 @@
+// The scene: what a picture is made of, positioned in picture pixels and
+// independent of any device. The scene builder fills it from the chart's
+// model, scales and layout; every device (PNG and PDF through cairo, SVG
+// through our own writer) draws the same scene, so the formats cannot drift
+// apart. Items are drawn in the order they are listed.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace chartxml::render {
+
+// A colour with straight (not premultiplied) alpha.
+struct Color {
+  std::uint8_t r = 0, g = 0, b = 0, a = 255;
+
+  friend bool operator==(const Color&, const Color&) = default;
+};
+
+// How a path's outline is drawn; width 0 draws no outline.
+struct Stroke {
+  Color color;
+  double width = 0;
+  std::vector<double> dash;  // on, off, ... lengths in pixels; empty: solid
+  bool roundJoins = false;   // lines through data: round; frames and bars: mitre
+};
+
+// A path of straight segments and circular arcs, in picture pixels (y down).
+class Path {
+ public:
+  enum class Op : std::uint8_t {
+    kMove,         // x y
+    kLine,         // x y
+    kArc,          // cx cy radius angle1 angle2: clockwise on screen, as cairo_arc
+    kArcNegative,  // cx cy radius angle1 angle2: counter-clockwise, as cairo_arc_negative
+    kClose,
+  };
+
+  void moveTo(double x, double y);
+  void lineTo(double x, double y);
+  // Angles in radians, 0 along +x, growing clockwise on screen (y down).
+  void arc(double cx, double cy, double radius, double angle1, double angle2);
+  void arcNegative(double cx, double cy, double radius, double angle1, double angle2);
+  void close();
+  void rectangle(double x, double y, double width, double height);
+
+  bool empty() const { return ops_.empty(); }
+  const std::vector<Op>& ops() const { return ops_; }
+  const std::vector<double>& args() const { return args_; }  // the ops' arguments in order
+
+ private:
+  std::vector<Op> ops_;
+  std::vector<double> args_;
+};
+
+// Every item names what it shows in `role` ("mark bar", "axis-label x",
+// "legend-entry", ...): the SVG writer writes it as the element's class, so
+// that a reader of the SVG (or a test) can find the chart's parts.
+struct ShapeItem {
+  Path path;
+  bool filled = false;
+  Color fill;
+  Stroke stroke;
+  std::string role;
+};
+
+enum class MarkerShape : std::uint8_t { kCircle, kSquare, kTriangle, kDiamond, kCross, kPlus };
+
+// Many markers of one shape and size, each with its own colour (an index into
+// `palette`): one item for a whole scatter, so devices can draw it fast.
+struct PointBatch {
+  MarkerShape shape = MarkerShape::kCircle;
+  double size = 7;  // the marker's diameter (or side) in pixels
+  std::vector<float> x, y;
+  std::vector<std::uint16_t> colorIndex;  // one per point; empty: every point palette[0]
+  std::vector<Color> palette;
+  Stroke outline;  // drawn around each marker when its width is above 0
+  std::string role;
+};
+
+struct Font {
+  double size = 11;  // pixels
+  bool bold = false;
+
+  friend bool operator==(const Font&, const Font&) = default;
+};
+
+// A text placed by an anchor point: `hAlign` 0, 0.5 or 1 puts the anchor at the
+// left, centre or right of the text's logical box; `vAlign` likewise 0 top,
+// 0.5 middle, 1 bottom. The box turns about the anchor by `angle` degrees
+// (clockwise on screen, so -90 reads bottom to top). Lines are separated by
+// "\n" and centred within the box when hAlign is 0.5, else aligned the same
+// way as the box.
+struct TextItem {
+  std::string text;  // UTF-8
+  Font font;
+  Color color;
+  double x = 0, y = 0;
+  double hAlign = 0, vAlign = 0;
+  double angle = 0;
+  std::string role;
+};
+
+// Later items are clipped to this rectangle until the matching ClipEnd.
+struct ClipBegin {
+  double x = 0, y = 0, width = 0, height = 0;
+};
+struct ClipEnd {};
+
+using SceneItem = std::variant<ShapeItem, PointBatch, TextItem, ClipBegin, ClipEnd>;
+
+struct Scene {
+  double width = 800;  // picture pixels; a device may scale them (PNG --scale)
+  double height = 600;
+  Color background{255, 255, 255, 255};
+  std::string title;        // the chart's title, for the SVG <title> and PDF metadata
+  std::string description;  // what the chart shows, in words
+  std::vector<SceneItem> items;
+};
+
+}  // namespace chartxml::render

@@ -1,0 +1,106 @@
+#include "stats/Binding.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <numeric>
+
+namespace chartxml::render {
+namespace {
+
+// A number as the key of its category: the shortest text that reads back
+// as the same double, as the sink writes numbers ("1", "2.5").
+std::string keyOf(double value) {
+  char buffer[32];
+  const auto end = std::to_chars(buffer, buffer + sizeof buffer, value).ptr;
+  return std::string(buffer, end);
+}
+
+std::string quoteVariable(const Variable& variable) {
+  return "variable '" + variable.title() + "' (" + variable.id + ")";
+}
+
+void bindCategories(const DataColumn& column, const Variable& variable, BoundColumn& out) {
+  const std::size_t rows = column.numbers.size();
+  // Distinct numbers and texts, then their order, then each row's code.
+  std::vector<double> numbers;
+  for (std::size_t row = 0; row < rows; ++row) {
+    if (!std::isnan(column.numbers[row])) numbers.push_back(column.numbers[row]);
+  }
+  std::sort(numbers.begin(), numbers.end());
+  numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
+  std::vector<std::size_t> textOrder(column.texts.size());
+  std::iota(textOrder.begin(), textOrder.end(), 0);
+  std::sort(textOrder.begin(), textOrder.end(),
+            [&](std::size_t a, std::size_t b) { return column.texts[a] < column.texts[b]; });
+  std::vector<std::int32_t> textCode(column.texts.size());
+  for (const double number : numbers) out.categories.keys.push_back(keyOf(number));
+  for (const std::size_t index : textOrder) {
+    textCode[index] = static_cast<std::int32_t>(out.categories.keys.size());
+    out.categories.keys.push_back(column.texts[index]);
+  }
+  for (const std::string& key : out.categories.keys) {
+    const std::string* label = variable.valueLabel(key);
+    out.categories.labels.push_back(label ? *label : key);
+  }
+  out.codes.resize(rows, -1);
+  for (std::size_t row = 0; row < rows; ++row) {
+    if (const std::string* text = column.text(row); text != nullptr) {
+      out.codes[row] = textCode[static_cast<std::size_t>(column.textIndex[row])];
+    } else if (!std::isnan(column.numbers[row])) {
+      const auto it = std::lower_bound(numbers.begin(), numbers.end(), column.numbers[row]);
+      out.codes[row] = static_cast<std::int32_t>(it - numbers.begin());
+    }
+  }
+}
+
+bool bindNumbers(const DataColumn& column, const Variable& variable, const DataTable& table,
+                 BoundColumn& out, std::string& error) {
+  const std::size_t rows = column.numbers.size();
+  for (std::size_t row = 0; row < rows; ++row) {
+    if (const std::string* text = column.text(row); text != nullptr) {
+      error = table.origin + ": line " + std::to_string(table.rowLines[row]) + ": '" + *text +
+              "' in column " + column.name + " is not a number, but " + quoteVariable(variable) +
+              " is numeric";
+      return false;
+    }
+  }
+  out.numbers = column.numbers;
+  return true;
+}
+
+}  // namespace
+
+const BoundColumn* DataBinder::bind(const std::string& id, bool asCategories, std::string& error) {
+  const auto key = std::make_pair(id, asCategories);
+  if (const auto it = bound_.find(key); it != bound_.end()) return it->second.get();
+  const Variable* variable = model_.variable(id);
+  if (variable == nullptr) {
+    error = "the document refers to variable '" + id + "', which it does not declare";
+    return nullptr;
+  }
+  const auto table = tables_.find(variable->source);
+  if (table == tables_.end()) {
+    error = quoteVariable(*variable) + " comes from data source '" + variable->source +
+            "', whose data was not found";
+    return nullptr;
+  }
+  const DataColumn* column = table->second.column(variable->sourceName);
+  if (column == nullptr) {
+    error = table->second.origin + ": has no column " + variable->sourceName + " for " +
+            quoteVariable(*variable);
+    return nullptr;
+  }
+  auto bound = std::make_unique<BoundColumn>();
+  bound->variable = variable;
+  bound->table = &table->second;
+  bound->categorical = asCategories;
+  if (asCategories) {
+    bindCategories(*column, *variable, *bound);
+  } else if (!bindNumbers(*column, *variable, table->second, *bound, error)) {
+    return nullptr;
+  }
+  return bound_.emplace(key, std::move(bound)).first->second.get();
+}
+
+}  // namespace chartxml::render

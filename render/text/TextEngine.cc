@@ -1,0 +1,241 @@
+#include "text/TextEngine.h"
+
+#include <pango/pangocairo.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace chartxml::render {
+namespace {
+
+// Measurements are small; past this many the cache starts afresh rather than
+// growing with every distinct label of a long-running process.
+constexpr std::size_t kCacheLimit = 10000;
+
+// Pango positions are 32-bit integers in 1/1024 pixel: sizes far beyond any
+// legible text would overflow them.
+constexpr double kMaxFontSize = 10000;
+
+constexpr double kPi = 3.14159265358979323846;
+
+double fromPango(int units) {
+  return static_cast<double>(units) / PANGO_SCALE;
+}
+
+bool usableFont(const Font& font) {
+  return std::isfinite(font.size) && font.size > 0;
+}
+
+// Makes `in` fit for pango and for every device alike: invalid UTF-8 becomes
+// U+FFFD, and control characters other than tab and line breaks are dropped
+// (pango would draw them as boxes, the SVG writer cannot write them at all).
+void cleanText(std::string_view in, std::string& out) {
+  out.clear();
+  if (in.empty()) return;
+  std::unique_ptr<gchar, decltype(&g_free)> valid(
+      g_utf8_make_valid(in.data(), static_cast<gssize>(in.size())), &g_free);
+  for (const char* p = valid.get(); *p != '\0'; ++p) {
+    const auto c = static_cast<unsigned char>(*p);
+    if ((c < 0x20 && c != '\t' && c != '\n' && c != '\r') || c == 0x7f) continue;
+    out.push_back(*p);
+  }
+}
+
+std::string cacheKey(std::string_view text, const Font& font) {
+  std::string key(sizeof font.size + 1, '\0');
+  std::memcpy(key.data(), &font.size, sizeof font.size);
+  key.back() = font.bold ? 'b' : 'r';
+  key.append(text);
+  return key;
+}
+
+}  // namespace
+
+struct TextEngine::Impl {
+  PangoFontMap* fontMap = nullptr;
+  PangoContext* context = nullptr;
+  PangoLayout* layout = nullptr;
+  PangoFontDescription* description = nullptr;
+
+  std::unordered_map<std::string, TextBox> cache;
+
+  // What `layout` holds: the key of the text and font it was given (empty
+  // when nothing is laid out), the cleaned text and its box.
+  std::string laidKey;
+  std::string laidText;
+  TextBox laidBox;
+  PangoRectangle laidLogical{};
+
+  std::vector<TextLine> lines;
+  std::vector<PangoLayoutLine*> layoutLines;
+
+  Impl() {
+    fontMap = pango_cairo_font_map_new();
+    // 72 dpi: a size in points is a size in pixels.
+    pango_cairo_font_map_set_resolution(PANGO_CAIRO_FONT_MAP(fontMap), 72);
+    context = pango_font_map_create_context(fontMap);
+    pango_cairo_context_set_resolution(context, 72);
+
+    // Unhinted outlines and metrics, positions not rounded to whole pixels:
+    // text then scales linearly, so what is measured here at scale 1 is what
+    // any device draws at any scale, and the output does not depend on the
+    // surface's own defaults.
+    cairo_font_options_t* options = cairo_font_options_create();
+    cairo_font_options_set_hint_metrics(options, CAIRO_HINT_METRICS_OFF);
+    cairo_font_options_set_hint_style(options, CAIRO_HINT_STYLE_NONE);
+    cairo_font_options_set_antialias(options, CAIRO_ANTIALIAS_DEFAULT);
+    pango_cairo_context_set_font_options(context, options);
+    cairo_font_options_destroy(options);
+    pango_context_set_round_glyph_positions(context, FALSE);
+
+    layout = pango_layout_new(context);
+    // Alignment is ours (TextLine::left), never pango's: a right-to-left
+    // paragraph must not move its lines within the box on its own.
+    pango_layout_set_auto_dir(layout, FALSE);
+
+    description = pango_font_description_new();
+    pango_font_description_set_family(description, familyList());
+  }
+
+  ~Impl() {
+    pango_font_description_free(description);
+    g_object_unref(layout);
+    g_object_unref(context);
+    g_object_unref(fontMap);
+  }
+
+  // Lays `text` out in `font` unless the layout holds it already. False when
+  // the font cannot be drawn (no size), with nothing laid out.
+  bool layOut(std::string_view text, const Font& font) {
+    if (!usableFont(font)) return false;
+    std::string key = cacheKey(text, font);
+    if (key == laidKey) return true;
+    laidKey.clear();
+    lines.clear();
+    layoutLines.clear();
+
+    cleanText(text, laidText);
+    pango_font_description_set_absolute_size(description,
+                                             std::min(font.size, kMaxFontSize) * PANGO_SCALE);
+    pango_font_description_set_weight(description,
+                                      font.bold ? PANGO_WEIGHT_BOLD : PANGO_WEIGHT_NORMAL);
+    pango_layout_set_font_description(layout, description);
+    pango_layout_set_text(layout, laidText.data(), static_cast<int>(laidText.size()));
+
+    pango_layout_get_extents(layout, nullptr, &laidLogical);
+    laidBox.width = fromPango(laidLogical.width);
+    laidBox.height = fromPango(laidLogical.height);
+    laidBox.baseline = fromPango(pango_layout_get_baseline(layout) - laidLogical.y);
+    laidBox.lines = pango_layout_get_line_count(layout);
+    laidBox.missingGlyphs = pango_layout_get_unknown_glyphs_count(layout) > 0;
+    laidKey = std::move(key);
+    return true;
+  }
+
+  // The lines of the laid-out text, placed within its box: each line's
+  // logical extent is shifted by the same fraction of the room it leaves as
+  // the anchor is of the box (0 left, 0.5 centred, 1 right).
+  void placeLines(double hAlign) {
+    lines.clear();
+    layoutLines.clear();
+    const double fraction = std::isfinite(hAlign) ? std::clamp(hAlign, 0.0, 1.0) : 0.0;
+    PangoLayoutIter* iter = pango_layout_get_iter(layout);
+    do {
+      PangoLayoutLine* line = pango_layout_iter_get_line_readonly(iter);
+      PangoRectangle logical;
+      pango_layout_line_get_extents(line, nullptr, &logical);
+      TextLine placed;
+      placed.width = fromPango(logical.width);
+      placed.left = (laidBox.width - placed.width) * fraction;
+      placed.baseline = fromPango(pango_layout_iter_get_baseline(iter) - laidLogical.y);
+      const auto start = static_cast<std::size_t>(std::max(line->start_index, 0));
+      const auto length = static_cast<std::size_t>(std::max(line->length, 0));
+      if (start <= laidText.size()) {
+        placed.text = std::string_view(laidText).substr(start, length);
+      }
+      lines.push_back(placed);
+      layoutLines.push_back(line);
+    } while (pango_layout_iter_next_line(iter));
+    pango_layout_iter_free(iter);
+  }
+};
+
+TextEngine::TextEngine() : impl_(std::make_unique<Impl>()) {}
+
+TextEngine::~TextEngine() = default;
+
+const char* TextEngine::familyList() {
+  return "DejaVu Sans, Noto Sans CJK JP, sans-serif";
+}
+
+TextBox TextEngine::measure(std::string_view text, const Font& font) {
+  if (!usableFont(font)) return TextBox{0, 0, 0, 0, false};
+  try {
+    std::string key = cacheKey(text, font);
+    if (auto found = impl_->cache.find(key); found != impl_->cache.end()) return found->second;
+    impl_->layOut(text, font);
+    if (impl_->cache.size() >= kCacheLimit) impl_->cache.clear();
+    impl_->cache.emplace(std::move(key), impl_->laidBox);
+    return impl_->laidBox;
+  } catch (...) {
+    // Out of memory: nothing can be said of the text.
+    impl_->laidKey.clear();
+    return TextBox{};
+  }
+}
+
+const std::vector<TextLine>& TextEngine::lines(std::string_view text, const Font& font,
+                                               double hAlign) {
+  try {
+    if (impl_->layOut(text, font)) {
+      impl_->placeLines(hAlign);
+    } else {
+      impl_->lines.clear();
+      impl_->layoutLines.clear();
+    }
+  } catch (...) {
+    impl_->laidKey.clear();
+    impl_->lines.clear();
+    impl_->layoutLines.clear();
+  }
+  return impl_->lines;
+}
+
+void TextEngine::draw(cairo_t* cr, const TextItem& item) {
+  const double values[] = {item.x, item.y, item.hAlign, item.vAlign, item.angle};
+  if (!std::all_of(std::begin(values), std::end(values), [](double v) { return std::isfinite(v); }))
+    return;
+  try {
+    if (!impl_->layOut(item.text, item.font)) return;
+    impl_->placeLines(item.hAlign);
+  } catch (...) {
+    impl_->laidKey.clear();
+    return;
+  }
+  const TextBox& box = impl_->laidBox;
+  const double left = -item.hAlign * box.width;
+  const double top = -item.vAlign * box.height;
+
+  cairo_save(cr);
+  cairo_translate(cr, item.x, item.y);
+  cairo_rotate(cr, item.angle * kPi / 180);
+  cairo_set_source_rgba(cr, item.color.r / 255.0, item.color.g / 255.0, item.color.b / 255.0,
+                        item.color.a / 255.0);
+  for (std::size_t i = 0; i < impl_->lines.size(); ++i) {
+    PangoLayoutLine* line = impl_->layoutLines[i];
+    PangoRectangle logical;
+    pango_layout_line_get_extents(line, nullptr, &logical);
+    // The line's origin lies `logical.x` left of its logical extent.
+    cairo_move_to(cr, left + impl_->lines[i].left - fromPango(logical.x),
+                  top + impl_->lines[i].baseline);
+    pango_cairo_show_layout_line(cr, line);
+  }
+  cairo_restore(cr);
+}
+
+}  // namespace chartxml::render

@@ -1,0 +1,62 @@
+// Text measured and laid out by pango, once for every device: the layout
+// stage measures with the same engine that the devices draw with, so a label
+// that fits when measured fits when drawn.
+//
+// Threads: an engine belongs to one thread. Not copyable.
+#pragma once
+
+#include <memory>
+#include <string_view>
+
+#include "scene/Scene.h"
+
+typedef struct _cairo cairo_t;
+
+namespace chartxml::render {
+
+// The logical box of a text as pango lays it out, in pixels.
+struct TextBox {
+  double width = 0;
+  double height = 0;
+  double baseline = 0;  // from the top of the box to the first line's baseline
+  int lines = 1;
+  bool missingGlyphs = false;  // some character has no glyph in any font
+};
+
+// One line of a laid-out text: where it starts within the box (the box's
+// left, or further right when the text is centred or right aligned) and
+// where its baseline lies below the box's top.
+struct TextLine {
+  std::string_view text;  // a view into the measured text
+  double left = 0;
+  double baseline = 0;
+  double width = 0;
+};
+
+class TextEngine {
+ public:
+  TextEngine();
+  ~TextEngine();
+  TextEngine(const TextEngine&) = delete;
+  TextEngine& operator=(const TextEngine&) = delete;
+
+  // The box of `text` ("\n" separates lines) in `font`. Results are cached.
+  TextBox measure(std::string_view text, const Font& font);
+
+  // The lines of `text` with their positions in its box, lines aligned by
+  // `hAlign` (0 left, 0.5 centre, 1 right). Valid until the next call.
+  const std::vector<TextLine>& lines(std::string_view text, const Font& font, double hAlign);
+
+  // Draws `item` on `cr` (picture pixels; the caller sets any device scale).
+  void draw(cairo_t* cr, const TextItem& item);
+
+  // The font family names the engine asks for, for writers of text that is
+  // not drawn here (SVG): "DejaVu Sans, ...".
+  static const char* familyList();
+
+ private:
+  struct Impl;
+  std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace chartxml::render

@@ -1,0 +1,230 @@
+// The renderer's stages before drawing: data files as the sink writes them,
+// variables bound to columns, summaries, bins, formulas of function lines
+// and the arrangement of grouped bars.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <map>
+#include <string>
+
+#include "model/ModelBuilder.h"
+#include "read/DataTable.h"
+#include "read/XmlTree.h"
+#include "stats/Bins.h"
+#include "stats/Formula.h"
+#include "stats/Layers.h"
+#include "stats/Summary.h"
+
+namespace {
+
+using namespace chartxml::render;
+
+TEST(RenderData, RefusesMalformedFilesNamingTheLine) {
+  std::string error;
+  EXPECT_FALSE(readCsv("", "d.csv", error));
+  EXPECT_EQ(error, "the file is empty: it has no header of column names");
+  EXPECT_FALSE(readCsv("a,b\n1,2\n3\n", "d.csv", error));
+  EXPECT_EQ(error, "line 3: 1 fields, but the header names 2 columns");
+  EXPECT_FALSE(readCsv("a,b\n1,\"open\n2,3\n", "d.csv", error));
+  EXPECT_EQ(error, "line 2: a quoted field is not closed");
+}
+
+TEST(RenderData, ReadsNumbersTextsAndMissingCellsAsTheSinkWritesThem) {
+  std::string error;
+  // A BOM, CRLF ends, a quoted comma and quote, a line break inside quotes,
+  // infinities, a value too large for a double, an empty cell.
+  const auto table = readCsv(
+      "\xEF\xBB\xBFn,t\r\n1.5,\"a, \"\"b\"\"\"\r\n-inf,\"two\nlines\"\r\n1e999,\r\n,plain\r\n",
+      "d.csv", error);
+  ASSERT_TRUE(table) << error;
+  ASSERT_EQ(table->rows(), 4u);
+  EXPECT_EQ(table->rowLines, (std::vector<std::int32_t>{2, 3, 5, 6}));
+  const DataColumn& n = table->columns[0];
+  EXPECT_EQ(n.numbers[0], 1.5);
+  EXPECT_EQ(n.numbers[1], -std::numeric_limits<double>::infinity());
+  EXPECT_EQ(n.numbers[2], std::numeric_limits<double>::infinity());
+  EXPECT_TRUE(n.missing(3));
+  EXPECT_TRUE(n.textIndex.empty()) << "a column of numbers keeps no texts";
+  const DataColumn& t = table->columns[1];
+  EXPECT_EQ(*t.text(0), "a, \"b\"");
+  EXPECT_EQ(*t.text(1), "two\nlines");
+  EXPECT_TRUE(t.missing(2));
+  // One column: an empty line is a case whose value is missing.
+  const auto single = readCsv("v\n1\n\n3\n", "d.csv", error);
+  ASSERT_TRUE(single);
+  EXPECT_EQ(single->rows(), 3u);
+  EXPECT_TRUE(single->columns[0].missing(1));
+}
+
+ChartModel modelOf(const std::string& xml) {
+  std::string error;
+  const auto tree = parseXml(xml, error);
+  EXPECT_TRUE(tree) << error;
+  auto model = buildModel(*tree, error);
+  EXPECT_TRUE(model) << error;
+  return model ? std::move(*model) : ChartModel{};
+}
+
+TEST(RenderData, CategoriesComeInValueOrderWithTheirLabels) {
+  ChartModel model = modelOf(
+      "<visualization><variable id=\"v\" source=\"s\" sourceName=\"C\" categorical=\"true\">"
+      "<relabel from=\"2\" to=\"Two\"/><relabel from=\"b\" to=\"Bee\"/></variable>"
+      "<variable id=\"n\" source=\"s\" sourceName=\"C\"/>"
+      "<variable id=\"lost\" source=\"s\" sourceName=\"Nope\"/></visualization>");
+  std::string error;
+  std::map<std::string, DataTable> tables;
+  tables.emplace("s", *readCsv("C\nb\n10\n2\na\n2\n\n", "s.csv", error));
+  DataBinder binder(model, tables);
+  const BoundColumn* categories = binder.bind("v", true, error);
+  ASSERT_NE(categories, nullptr) << error;
+  // Numbers by value (2 before 10), then texts in byte order.
+  EXPECT_EQ(categories->categories.keys, (std::vector<std::string>{"2", "10", "a", "b"}));
+  EXPECT_EQ(categories->categories.labels, (std::vector<std::string>{"Two", "10", "a", "Bee"}));
+  EXPECT_EQ(categories->codes, (std::vector<std::int32_t>{3, 1, 0, 2, 0, -1}));
+  EXPECT_EQ(binder.bind("v", true, error), categories) << "bound once";
+
+  EXPECT_EQ(binder.bind("n", false, error), nullptr);
+  EXPECT_EQ(error,
+            "s.csv: line 2: 'b' in column C is not a number, but variable 'n' (n) is numeric");
+  EXPECT_EQ(binder.bind("lost", false, error), nullptr);
+  EXPECT_EQ(error, "s.csv: has no column Nope for variable 'lost' (lost)");
+  EXPECT_EQ(binder.bind("ghost", false, error), nullptr);
+  EXPECT_EQ(error, "the document refers to variable 'ghost', which it does not declare");
+}
+
+TEST(RenderSummary, EachSummaryOfKnownValues) {
+  const auto of = [](Summary summary, std::vector<double> values, double cases = 0,
+                     double total = 0) { return summarize(summary, values, cases, total); };
+  EXPECT_TRUE(std::isnan(of(Summary::kMean, {})));
+  EXPECT_EQ(of(Summary::kSum, {}), 0);
+  EXPECT_TRUE(std::isnan(of(Summary::kStdDev, {4})));
+  EXPECT_EQ(of(Summary::kMean, {1, 2, 6}), 3);
+  EXPECT_EQ(of(Summary::kMedian, {5, 1, 3}), 3);
+  EXPECT_EQ(of(Summary::kMedian, {4, 1, 3, 10}), 3.5);
+  EXPECT_EQ(of(Summary::kSum, {0.1, 0.2, 0.3}), 0.6);
+  EXPECT_EQ(of(Summary::kMinimum, {3, -2, 7}), -2);
+  EXPECT_EQ(of(Summary::kMaximum, {3, -2, 7}), 7);
+  EXPECT_EQ(of(Summary::kRange, {3, -2, 7}), 9);
+  EXPECT_EQ(of(Summary::kMode, {2, 3, 3, 2, 1}), 2) << "the smallest of the most frequent";
+  EXPECT_EQ(of(Summary::kVariance, {2, 4, 4, 4, 5, 5, 7, 9}), 32.0 / 7);
+  // Counts are of cases, with or without a value; valid N only with one.
+  EXPECT_EQ(of(Summary::kCount, {1}, 3), 3);
+  EXPECT_EQ(of(Summary::kValidN, {1}, 3), 1);
+  EXPECT_EQ(of(Summary::kPercent, {}, 1, 4), 25);
+  EXPECT_EQ(summaryOf("meanOfValues"), Summary::kMean);
+  EXPECT_EQ(summaryOf("histogram"), std::nullopt);
+  EXPECT_TRUE(isAdditive(Summary::kCount));
+  EXPECT_FALSE(isAdditive(Summary::kMean));
+}
+
+TEST(RenderBins, WidthsAlignToTheirMultiplesAndTheLastEdgeIsClosed) {
+  EXPECT_FALSE(makeBins(0, 1, 1e-9, 10)) << "a billion bins are refused";
+  EXPECT_FALSE(makeBins(0, std::nan(""), 1, 10));
+  EXPECT_FALSE(makeBins(0, 1, -1, 10));
+  const auto bins = makeBins(0.3, 1.5, 0.25, 10);
+  ASSERT_TRUE(bins);
+  EXPECT_EQ(bins->start, 0.25);
+  EXPECT_EQ(bins->count, 5u);  // [0.25, 1.5]
+  EXPECT_EQ(bins->binOf(0.3), 0u);
+  EXPECT_EQ(bins->binOf(0.5), 1u) << "bins are closed on the left";
+  EXPECT_EQ(bins->binOf(1.5), 4u) << "the last bin also on the right";
+  EXPECT_EQ(bins->binOf(1.6), std::nullopt);
+  EXPECT_EQ(bins->binOf(0.2), std::nullopt);
+  // One value: one bin around it.
+  const auto one = makeBins(2, 2, std::nullopt, 1);
+  ASSERT_TRUE(one);
+  EXPECT_EQ(one->binOf(2), 0u);
+  // Without a width: about Sturges' count of nice-width bins.
+  const auto sturges = makeBins(0, 100, std::nullopt, 1000);
+  ASSERT_TRUE(sturges);
+  EXPECT_GE(sturges->count, 8u);
+  EXPECT_LE(sturges->count, 20u);
+}
+
+TEST(RenderFormula, RefusesWhatIsNotAFormula) {
+  std::string error;
+  EXPECT_FALSE(Formula::parse("", error));
+  EXPECT_FALSE(Formula::parse("2 * (x + 1", error));
+  EXPECT_EQ(error, "a ')' is missing at character 11 of \"2 * (x + 1\"");
+  EXPECT_FALSE(Formula::parse("sin(x)", error));
+  EXPECT_FALSE(Formula::parse("x y", error));
+  EXPECT_FALSE(Formula::parse("datetodouble(\"soon\")", error));
+  EXPECT_FALSE(Formula::parse(std::string(100000, '(') + "x" + std::string(100000, ')'), error));
+  EXPECT_EQ(error.substr(0, 26), "the formula nests too deep");
+}
+
+TEST(RenderFormula, EvaluatesTheCurveFamiliesAsWritten) {
+  std::string error;
+  const auto at = [&](const std::string& text, double x) {
+    const auto formula = Formula::parse(text, error);
+    EXPECT_TRUE(formula) << text << ": " << error;
+    return formula ? (*formula)(x) : std::nan("");
+  };
+  EXPECT_DOUBLE_EQ(at("0.5 * x + 3", 4), 5);
+  EXPECT_DOUBLE_EQ(at("1 + 2 * log(x)", std::exp(1.0)), 3);
+  EXPECT_DOUBLE_EQ(at("1 + 2 / x", 4), 1.5);
+  EXPECT_DOUBLE_EQ(at("1 + 2 * x + 3 * x*x + 4 * x*x*x", 2), 49);
+  EXPECT_DOUBLE_EQ(at("3 * 2**x", 3), 24);
+  EXPECT_DOUBLE_EQ(at("2**3**2", 0), 512) << "power groups to the right";
+  EXPECT_DOUBLE_EQ(at("-2**2", 0), -4) << "power binds tighter than minus";
+  EXPECT_DOUBLE_EQ(at("exp( 1 + -1 * x )", 1), 1);
+  EXPECT_DOUBLE_EQ(at("1 / ( 0.5 + 1 * 0.5**x )", 1), 1);
+  EXPECT_DOUBLE_EQ(at("1.5e3 * x", 2), 3000);
+  // Date forms measure x from the calendar's start, where date values start.
+  EXPECT_DOUBLE_EQ(at("2 * (x - datetodouble(\"1582-10-14T00:00:00.000\") ) + 1", 10), 21);
+  EXPECT_DOUBLE_EQ(at("x - datetodouble(\"1582-10-15T00:00:00.000\")", 86400), 0);
+  EXPECT_TRUE(std::isnan(at("log(x)", -1)));
+  EXPECT_TRUE(std::isnan(at("1 / x", 0))) << "an infinite value is no value";
+}
+
+// Two groups in two categories, as dodged and as stacked bars.
+std::vector<Bar> barsOf(const std::string& modifier, const std::string& method) {
+  ChartModel model = modelOf(
+      "<visualization><variable id=\"c\" source=\"s\" sourceName=\"C\" categorical=\"true\"/>"
+      "<variable id=\"g\" source=\"s\" sourceName=\"G\" categorical=\"true\"/>"
+      "<variable id=\"y\" source=\"s\" sourceName=\"Y\"/><frame><frame id=\"f\">"
+      "<element id=\"e\" type=\"interval\" positionModifier=\"" +
+      modifier + "\"><statistic method=\"" + method +
+      "\"/><x variable=\"c\"/><y variable=\"y\"/><color variable=\"g\"/></element>"
+      "</frame></frame></visualization>");
+  std::string error;
+  std::map<std::string, DataTable> tables;
+  tables.emplace("s", *readCsv("C,G,Y\na,p,1\na,q,2\nb,p,3\na,p,5\n", "s.csv", error));
+  DataBinder binder(model, tables);
+  const auto layer =
+      computeLayer(model.frames[0].elements[0], model.frames[0], nullptr, binder, model, error);
+  EXPECT_TRUE(layer) << error;
+  return layer ? layer->bars : std::vector<Bar>{};
+}
+
+TEST(RenderLayers, GroupsStandSideBySideOrStacked) {
+  // Dodged: each category's band holds a slot per group, left to right.
+  const std::vector<Bar> dodged = barsOf("dodge", "mean");
+  ASSERT_EQ(dodged.size(), 3u);
+  EXPECT_NEAR(dodged[0].x0, -0.4, 1e-12);  // a, p: mean 3
+  EXPECT_NEAR(dodged[0].x1, 0.0, 1e-12);
+  EXPECT_EQ(dodged[0].y1, 3);
+  EXPECT_NEAR(dodged[1].x0, 0.0, 1e-12);  // a, q: 2
+  EXPECT_EQ(dodged[1].y1, 2);
+  EXPECT_NEAR(dodged[2].x0, 0.6, 1e-12);  // b, p: 3
+  // Stacked sums: q sits on p in category a.
+  const auto find = [](const std::vector<Bar>& bars, double x0, std::uint16_t group) {
+    for (const Bar& bar : bars) {
+      if (std::fabs(bar.x0 - x0) < 1e-12 && bar.group == group) return bar;
+    }
+    return Bar{-9, -9, -9, -9, 9};
+  };
+  const std::vector<Bar> stacked = barsOf("stack", "sum");
+  ASSERT_EQ(stacked.size(), 3u);
+  EXPECT_EQ(find(stacked, -0.4, 0).y0, 0);
+  EXPECT_EQ(find(stacked, -0.4, 0).y1, 6);
+  EXPECT_EQ(find(stacked, -0.4, 1).y0, 6);
+  EXPECT_EQ(find(stacked, -0.4, 1).y1, 8);
+  EXPECT_EQ(find(stacked, 0.6, 0).y1, 3);
+  // Without a modifier, sums stack and means stand side by side.
+  EXPECT_EQ(find(barsOf("", "sum"), -0.4, 1).y0, 6);
+  EXPECT_EQ(find(barsOf("", "mean"), 0.0, 1).y1, 2);
+}
+
+}  // namespace

@@ -1,0 +1,53 @@
+#include "cli/Pictures.h"
+
+#include <cstdio>
+
+#include "chartxml/chartxml_host.h"
+
+namespace chartxml::cli {
+
+std::optional<PictureFormat> parsePictureFormat(std::string_view name) {
+  if (name == "png") return PictureFormat::kPng;
+  if (name == "svg") return PictureFormat::kSvg;
+  if (name == "pdf") return PictureFormat::kPdf;
+  return std::nullopt;
+}
+
+const char* pictureExtension(PictureFormat format) {
+  switch (format) {
+    case PictureFormat::kPng:
+      return "png";
+    case PictureFormat::kSvg:
+      return "svg";
+    case PictureFormat::kPdf:
+      return "pdf";
+  }
+  return "";
+}
+
+std::string chartStem(int number) {
+  char stem[32];
+  std::snprintf(stem, sizeof stem, "chart-%04d", number);
+  return stem;
+}
+
+bool drawLastSent(const std::string& dir, int number, const std::vector<PictureFormat>& formats,
+                  DrawnChart& drawn, std::string& error) {
+  ChartRenderer renderer;
+  if (!renderer.loadSent(cxh_sent_count() - 1)) {
+    error = chartStem(number) + ": " + renderer.error();
+    return false;
+  }
+  drawn.skipped = renderer.skipped();
+  for (const PictureFormat format : formats) {
+    const std::string path = dir + "/" + chartStem(number) + "." + pictureExtension(format);
+    if (!renderer.write(path)) {
+      error = renderer.error();
+      return false;
+    }
+    drawn.files.push_back(path);
+  }
+  return true;
+}
+
+}  // namespace chartxml::cli
