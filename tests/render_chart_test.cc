@@ -306,6 +306,83 @@ TEST_F(RenderChart, PanelsSplitTheCasesAndShareTheirScales) {
   EXPECT_EQ(count(picture, "class=\"tick y\""), 2 * y.size());
 }
 
+TEST_F(RenderChart, ScatterPlotMatrixPairsEveryVariableWithEveryOther) {
+  std::string variables;
+  for (const char* name : {"a", "b", "c"}) {
+    variables += variable(name, std::string(1, static_cast<char>(name[0] - 32)), false);
+    variables += "<variable id=\"" + std::string(name) +
+                 "label\" source=\"source0\" value=\"constant(x)\" categorical=\"true\">"
+                 "<relabel from=\"x\" to=\"Name " +
+                 name + "\"/></variable>";
+  }
+  variables +=
+      "<variable id=\"across\" expression=\"a/alabel + b/blabel + c/clabel\"/>"
+      "<variable id=\"upward\" expression=\"c/clabel + b/blabel + a/alabel\"/>";
+  const std::string xml =
+      document(variables,
+               "<dimension role=\"x\" domain=\"across\" lowerMargin=\"15%\" upperMargin=\"15%\">"
+               "<axis id=\"ax\"><majorTicks/></axis></dimension>"
+               "<dimension role=\"y\" domain=\"upward\" lowerMargin=\"15%\" upperMargin=\"15%\">"
+               "<axis id=\"ay\"><majorTicks/></axis></dimension>"
+               "<element id=\"m\" type=\"point\"><facetStyle when=\"matrixscatterdiagonal\"/>"
+               "<x variable=\"across\"/><y variable=\"upward\"/></element>");
+  // b lacks a value in one case: pairs with b have three points, a with c four.
+  ASSERT_TRUE(load(xml, "A,B,C\n1,10,100\n2,,200\n3,30,300\n4,40,400\n")) << renderer.error();
+  EXPECT_TRUE(renderer.skipped().empty()) << renderer.skipped().front();
+  const std::string picture = svg();
+  EXPECT_EQ(count(picture, "<circle"), 3u * 4 + 2u * 4);
+  // The diagonal names the variables, top left to bottom right.
+  EXPECT_EQ(texts(picture, "panel-label"),
+            (std::vector<std::string>{"Name a", "Name b", "Name c"}));
+  // Each column has its own scale: the bottom row labels a's, b's and c's.
+  const std::vector<std::string> across = texts(picture, "tick-label x");
+  EXPECT_NE(std::find(across.begin(), across.end(), "2"), across.end()) << picture;
+  EXPECT_NE(std::find(across.begin(), across.end(), "20"), across.end()) << picture;
+  EXPECT_NE(std::find(across.begin(), across.end(), "200"), across.end()) << picture;
+}
+
+TEST_F(RenderChart, StylesAndSizesAreDrawnAndKeyed) {
+  const std::string xml =
+      document(variable("vx", "X", false) + variable("vy", "Y", false) + variable("vg", "G", true) +
+                   variable("vs", "S", true) + variable("vz", "Z", false),
+               kAxes +
+                   "<element id=\"e\" type=\"point\"><x variable=\"vx\"/><y variable=\"vy\"/>"
+                   "<styleBy id=\"by\" variable=\"vs\" styleCycle=\"styleCycleDefault\"/>"
+                   "<color variable=\"vg\"/><size variable=\"vz\"/></element>",
+               "<frame id=\"frame_legend_1\"><legend id=\"l\">"
+               "<legendTarget aesthetic=\"color\" element=\"e\"/>"
+               "<legendTarget aesthetic=\"by\" element=\"e\"/>"
+               "<legendTarget aesthetic=\"size\" element=\"e\"/></legend></frame>");
+  ASSERT_TRUE(load(xml, "X,Y,G,S,Z\n1,1,a,p,10\n2,2,a,q,20\n3,3,b,p,30\n4,4,b,q,40\n"))
+      << renderer.error();
+  EXPECT_TRUE(renderer.skipped().empty()) << renderer.skipped().front();
+  const std::string picture = svg();
+  // Colours, then the style-by's shapes, then sizes across the size's range.
+  EXPECT_EQ(texts(picture, "legend-entry"),
+            (std::vector<std::string>{"a", "b", "p", "q", "10", "20", "30", "40"}));
+  // Style p takes circles, q triangles; each point's size grows with z.
+  std::vector<double> radii;
+  const std::regex circle("<circle cx=\"[-0-9.]+\" cy=\"[-0-9.]+\" r=\"([0-9.]+)\"");
+  const std::string marks = picture.substr(0, picture.find("legend-"));
+  for (auto it = std::sregex_iterator(marks.begin(), marks.end(), circle);
+       it != std::sregex_iterator(); ++it) {
+    radii.push_back(std::stod((*it)[1].str()));
+  }
+  ASSERT_EQ(radii.size(), 2u) << "the two cases of style p";
+  EXPECT_NE(radii[0], radii[1]);
+
+  const std::string bars = document(
+      variable("vc", "C", true) + variable("vy", "Y", false) + variable("vs", "S", true),
+      kAxes +
+          "<element id=\"e\" type=\"interval\"><statistic method=\"sum\"/>"
+          "<x variable=\"vc\"/><y variable=\"vy\"/>"
+          "<styleBy id=\"by\" variable=\"vs\" styleCycle=\"styleCyclePattern\"/></element>");
+  ASSERT_TRUE(load(bars, "C,Y,S\na,1,p\na,2,q\nb,3,q\n")) << renderer.error();
+  const std::string hatched = svg();
+  EXPECT_EQ(count(hatched, "class=\"mark bar\""), 3u);
+  EXPECT_EQ(count(hatched, "class=\"mark hatch\""), 2u) << "the bars of q are hatched, p plain";
+}
+
 TEST_F(RenderChart, WhatCannotBeDrawnIsNamedOnceAndTheRestIsDrawn) {
   const std::string xml = document(
       variable("vx", "X", false) + variable("vy", "Y", false),

@@ -255,7 +255,7 @@ TEST_F(RenderDevices, EmptySceneAndUnmatchedClips) {
 
   // A stray ClipEnd is ignored; the clip left open still clips, and closes.
   scene.items.push_back(ClipEnd{});
-  scene.items.push_back(ClipBegin{0, 0, 50, 80});
+  scene.items.push_back(ClipBegin::rectangle(0, 0, 50, 80));
   scene.items.push_back(rectangle(10, 10, 80, 60, kRed));
   Picture clipped(png(scene));
   EXPECT_EQ(clipped.at(30, 40), kRed);

@@ -182,6 +182,14 @@ void drawBatch(cairo_t* cr, const PointBatch& batch) {
 
 void drawClip(cairo_t* cr, const ClipBegin& clip) {
   cairo_save(cr);
+  if (!clip.path.empty()) {
+    if (drawable(clip.path)) {
+      cairo_new_path(cr);
+      buildPath(cr, clip.path);
+      cairo_clip(cr);
+    }
+    return;
+  }
   if (std::isfinite(clip.x) && std::isfinite(clip.y) && std::isfinite(clip.width) &&
       std::isfinite(clip.height)) {
     cairo_new_path(cr);

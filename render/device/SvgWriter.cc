@@ -404,6 +404,17 @@ class SvgWriter {
   }
 
   void writeClip(const ClipBegin& clip) {
+    if (!clip.path.empty()) {
+      if (!device::drawable(clip.path)) {
+        out_ += "<g>\n";
+        return;
+      }
+      const std::string id = "clip" + std::to_string(++clips_);
+      out_ += "<clipPath id=\"" + id + "\"><path d=\"";
+      pathData(clip.path);
+      out_ += "\"/></clipPath>\n<g clip-path=\"url(#" + id + ")\">\n";
+      return;
+    }
     if (!std::isfinite(clip.x) || !std::isfinite(clip.y) || !std::isfinite(clip.width) ||
         !std::isfinite(clip.height)) {
       out_ += "<g>\n";

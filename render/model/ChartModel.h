@@ -28,8 +28,9 @@ struct Variable {
   bool categorical = false;
   ValueFormat format;
   std::vector<std::pair<std::string, std::string>> relabels;  // value text → label
-  std::string summary;   // the summary function the procedure noted ("meanOfValues")
-  bool derived = false;  // computed by an expression or a constant: not from a column
+  std::string summary;     // the summary function the procedure noted ("meanOfValues")
+  bool derived = false;    // computed by an expression or a constant: not from a column
+  std::string expression;  // the expression of a derived variable
 
   // What a reader calls the variable: its label, else its short label, else its id.
   const std::string& title() const;

@@ -120,6 +120,7 @@ class Builder {
     variable.sourceName = node.attr("sourceName");
     variable.categorical = isTrue(node.attr("categorical"));
     variable.derived = node.find("expression") != nullptr || node.find("value") != nullptr;
+    variable.expression = node.attr("expression");
     if (const XmlNode* meta = node.child("meta")) readFormat(*meta, variable.format);
     readFormat(node, variable.format);
     for (const XmlNode& child : node.children) {
@@ -334,8 +335,9 @@ class Builder {
         element.size = variable;
       } else if (tag == "split") {
         element.split = variable;
-      } else if (tag == "label") {
-        // An element's name as a label: not drawn on its own.
+      } else if (tag == "label" || tag == "facetStyle") {
+        // An element's name as a label, and styles of some of its panels
+        // (the matrix's diagonal): drawn by the panels themselves.
       } else {
         model_.skip(std::string(tag) + " of element " + element.id);
       }

@@ -121,15 +121,17 @@ AxisScale::TickSet AxisScale::candidate(int target, const ValueFormat& format) c
 
 AxisScale::TickSet AxisScale::ticks(double length, const ValueFormat& format,
                                     const FitTest& fits) const {
-  // Start from one tick per 80 pixels, at most 10 (every category for
-  // bands), and thin until the labels fit.
+  // Start from one tick per 70 pixels, at least 4 and at most 8 (every
+  // category for bands), and thin until the labels fit. A search may give
+  // somewhat more ticks than asked; more than 10 are never kept.
   const int most = kind_ == Kind::kBand && categories_
                        ? static_cast<int>(std::max<std::size_t>(1, categories_->size()))
-                       : std::clamp(static_cast<int>(length / 80), 2, 10);
+                       : std::clamp(static_cast<int>(std::lround(length / 70)), 4, 8);
   TickSet last;
   for (int target = most; target >= 2; --target) {
     TickSet set = candidate(target, format);
-    if (fits(set)) return set;
+    const bool tooMany = kind_ != Kind::kBand && set.values.size() > 10;
+    if (!tooMany && fits(set)) return set;
     last = std::move(set);
     if (kind_ == Kind::kBand && target > 2) {
       // Halve quickly: long category lists need not try every count.

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "scales/Palette.h"
+#include "scene/Marks.h"
 
 namespace chartxml::render {
 namespace {
@@ -16,13 +17,18 @@ constexpr double kColumnGap = 14;
 constexpr double kRowGap = 4;
 constexpr double kTitleGap = 6;
 
-void drawKey(Scene& scene, const LegendEntry& entry, double x, double y) {
-  const double cx = x + kKeySize / 2, cy = y + kKeySize / 2;
+// The width and height a key takes: sized markers may outgrow the usual key.
+double keySize(const LegendEntry& entry) {
+  return std::max(kKeySize, entry.key == KeyKind::kPoint ? entry.size : 0.0);
+}
+
+void drawKey(Scene& scene, const LegendEntry& entry, double x, double y, double side) {
+  const double cx = x + side / 2, cy = y + side / 2;
   switch (entry.key) {
     case KeyKind::kPoint: {
       PointBatch dot;
       dot.shape = entry.shape;
-      dot.size = 8;
+      dot.size = entry.size > 0 ? entry.size : 8;
       dot.x = {static_cast<float>(cx)};
       dot.y = {static_cast<float>(cy)};
       dot.palette = {entry.color};
@@ -35,21 +41,23 @@ void drawKey(Scene& scene, const LegendEntry& entry, double x, double y) {
     case KeyKind::kReferenceLine: {
       ShapeItem line;
       line.path.moveTo(x, cy);
-      line.path.lineTo(x + kKeySize, cy);
+      line.path.lineTo(x + side, cy);
       const bool reference = entry.key == KeyKind::kReferenceLine;
       line.stroke = {entry.color, entry.key == KeyKind::kLine ? 2.5 : 1.75,
-                     reference ? std::vector<double>{4, 2} : std::vector<double>{}, false};
+                     reference ? std::vector<double>{4, 2} : entry.dash, false};
       line.role = "legend-key";
       scene.items.emplace_back(std::move(line));
       return;
     }
     case KeyKind::kBlock: {
       ShapeItem block;
-      block.path.rectangle(x + 1, y + 1, kKeySize - 2, kKeySize - 2);
+      block.path.rectangle(x + 1, y + 1, side - 2, side - 2);
       block.filled = true;
       block.fill = entry.color;
       block.role = "legend-key";
+      const Path region = block.path;
       scene.items.emplace_back(std::move(block));
+      addHatch(scene, region, {x + 1, y + 1, side - 2, side - 2}, entry.hatch);
       return;
     }
   }
@@ -60,12 +68,15 @@ void drawKey(Scene& scene, const LegendEntry& entry, double x, double y) {
 void measureLegend(LegendBlock& legend, TextEngine& text, double maxHeight) {
   legend.titleHeight = legend.title.empty() ? 0 : text.measure(legend.title, kTitleFont).height;
   double labelHeight = kKeySize;
+  double side = kKeySize;
   std::vector<double> labelWidths;
   for (const LegendEntry& entry : legend.entries) {
     const TextBox box = text.measure(entry.label, kLabelFont);
     labelWidths.push_back(box.width);
-    labelHeight = std::max(labelHeight, box.height);
+    side = std::max(side, keySize(entry));
+    labelHeight = std::max({labelHeight, box.height, side});
   }
+  legend.keySide = side;
   legend.rowHeight = labelHeight + kRowGap;
   const double titleSpace = legend.titleHeight > 0 ? legend.titleHeight + kTitleGap : 0;
   const std::size_t n = legend.entries.size();
@@ -76,7 +87,7 @@ void measureLegend(LegendBlock& legend, TextEngine& text, double maxHeight) {
   legend.columnWidths.assign(legend.columns, 0);
   for (std::size_t i = 0; i < n; ++i) {
     double& width = legend.columnWidths[i / std::max<std::size_t>(rows, 1)];
-    width = std::max(width, kKeySize + kKeyGap + labelWidths[i]);
+    width = std::max(width, side + kKeyGap + labelWidths[i]);
   }
   double entriesWidth = 0;
   for (const double width : legend.columnWidths) entriesWidth += width;
@@ -105,13 +116,14 @@ void drawLegend(Scene& scene, const LegendBlock& legend, double x, double y) {
     const std::size_t column = i / rows, row = i % rows;
     if (row == 0 && column > 0) columnX += legend.columnWidths[column - 1] + kColumnGap;
     const double rowY = top + legend.rowHeight * static_cast<double>(row);
-    const double keyY = rowY + (legend.rowHeight - kRowGap - kKeySize) / 2;
-    drawKey(scene, legend.entries[i], columnX, keyY);
+    const double side = legend.keySide;
+    const double keyY = rowY + (legend.rowHeight - kRowGap - side) / 2;
+    drawKey(scene, legend.entries[i], columnX, keyY, side);
     TextItem label;
     label.text = legend.entries[i].label;
     label.font = kLabelFont;
     label.color = kTextColor;
-    label.x = columnX + kKeySize + kKeyGap;
+    label.x = columnX + side + kKeyGap;
     label.y = rowY + (legend.rowHeight - kRowGap) / 2;
     label.vAlign = 0.5;
     label.role = "legend-entry";

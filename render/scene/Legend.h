@@ -19,7 +19,20 @@ struct LegendEntry {
   Color color;
   KeyKind key = KeyKind::kBlock;
   MarkerShape shape = MarkerShape::kCircle;
+  std::vector<double> dash;  // kLine: the line's dashes
+  std::size_t hatch = 0;     // kBlock: the style of its hatching (0 plain)
+  double size = 0;           // kPoint: the marker's diameter (0: the usual)
 };
+
+inline LegendEntry legendEntry(std::string label, Color color, KeyKind key,
+                               MarkerShape shape = MarkerShape::kCircle) {
+  LegendEntry entry;
+  entry.label = std::move(label);
+  entry.color = color;
+  entry.key = key;
+  entry.shape = shape;
+  return entry;
+}
 
 struct LegendBlock {
   std::string title;
@@ -29,6 +42,7 @@ struct LegendBlock {
   std::size_t columns = 1;
   std::vector<double> columnWidths;
   double rowHeight = 0, titleHeight = 0;
+  double keySide = 14;  // the keys' square: the largest sized marker's or more
 };
 
 // Sizes `legend` to fit within `maxHeight`, in as many columns as it needs.

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <iterator>
+#include <map>
 #include <numbers>
 
 #include "scales/Palette.h"
@@ -31,34 +33,45 @@ std::optional<double> parseValue(const std::string& text) {
   return value;
 }
 
+// Sizes snap to quarter pixels, so that sized markers share few batches.
+double sizeStep(double size) {
+  return std::round(size * 4) / 4;
+}
+
 void drawPoints(Scene& scene, const Layer& layer, const PanelView& view, const PointLook& look) {
   const std::size_t groups = groupCount(layer);
-  // Past the distinct colours, shapes tell the groups apart: one batch per shape.
+  // One batch per shape and size: shapes tell style-by categories apart, or
+  // colour groups past the distinct colours; sizes come from the size aesthetic.
   std::vector<PointBatch> batches;
-  std::vector<int> batchOfShape(6, -1);
+  std::map<std::pair<MarkerShape, double>, std::size_t> batchOf;
   for (std::size_t i = 0; i < layer.px.size(); ++i) {
     const std::size_t group = layer.pointGroup[i];
-    const MarkerShape shape = categoryShape(group, groups);
-    int& index = batchOfShape[static_cast<std::size_t>(shape)];
-    if (index < 0) {
-      index = static_cast<int>(batches.size());
+    const MarkerShape shape =
+        layer.styles ? styleShape(layer.pointStyle[i]) : categoryShape(group, groups);
+    const double size = layer.sizes ? sizeStep(markerSize(layer, layer.pointSize[i])) : look.size;
+    const auto [at, added] = batchOf.try_emplace({shape, size}, batches.size());
+    if (added) {
       PointBatch batch;
       batch.shape = shape;
-      batch.size = look.size;
+      batch.size = size;
       batch.role = "mark point";
       for (std::size_t g = 0; g < groups; ++g) {
         const Color color = groupColor(layer, g);
         batch.palette.push_back(layer.element->hollow ? Color{color.r, color.g, color.b, 40}
+                                : layer.sizes         ? withAlpha(color, 190)
                                                       : withAlpha(color, look.alpha));
       }
-      if (look.outlined) batch.outline = {Color{255, 255, 255, 255}, 0.6, {}, false};
+      if (look.outlined || layer.sizes) batch.outline = {Color{255, 255, 255, 255}, 0.6, {}, false};
       batches.push_back(std::move(batch));
     }
-    PointBatch& batch = batches[static_cast<std::size_t>(index)];
+    PointBatch& batch = batches[at->second];
     batch.x.push_back(static_cast<float>(view.px(layer.px[i], layer.py[i])));
     batch.y.push_back(static_cast<float>(view.py(layer.px[i], layer.py[i])));
     batch.colorIndex.push_back(static_cast<std::uint16_t>(group));
   }
+  // Big markers first, so that small ones stay visible on top of them.
+  std::stable_sort(batches.begin(), batches.end(),
+                   [](const PointBatch& a, const PointBatch& b) { return a.size > b.size; });
   for (PointBatch& batch : batches) scene.items.emplace_back(std::move(batch));
 }
 
@@ -128,7 +141,8 @@ void drawLines(Scene& scene, const Layer& layer, const PanelView& view) {
   for (const Series& series : layer.series) {
     ShapeItem line;
     line.path = seriesPath(series, series.y, view);
-    line.stroke = {groupColor(layer, series.group), 2, {}, true};
+    line.stroke = {groupColor(layer, series.group), 2,
+                   layer.styles ? styleDash(series.style) : std::vector<double>{}, true};
     line.role = "mark line";
     if (!line.path.empty()) scene.items.emplace_back(std::move(line));
   }
@@ -165,7 +179,9 @@ void drawAreas(Scene& scene, const Layer& layer, const PanelView& view) {
       i = j;
     }
     if (area.path.empty()) continue;
+    const Path region = area.path;
     scene.items.emplace_back(std::move(area));
+    if (layer.styles) addHatch(scene, region, view.area, series.style);
     ShapeItem edge;
     edge.path = seriesPath(series, series.y, view);
     edge.stroke = {groupColor(layer, series.group), 1.5, {}, true};
@@ -187,11 +203,91 @@ void drawBars(Scene& scene, const Layer& layer, const PanelView& view) {
     item.fill = withAlpha(groupColor(layer, bar.group), layer.overlapping ? 150 : 255);
     if (seams) item.stroke = {Color{255, 255, 255, 255}, 0.75, {}, false};
     item.role = "mark bar";
+    const Path region = item.path;
     scene.items.emplace_back(std::move(item));
+    if (layer.styles) {
+      addHatch(scene, region,
+               {std::min(xa, xb), std::min(ya, yb), std::fabs(xb - xa), std::fabs(yb - ya)},
+               bar.style);
+    }
   }
 }
 
 }  // namespace
+
+MarkerShape styleShape(std::size_t style) {
+  static constexpr MarkerShape kShapes[] = {MarkerShape::kCircle,  MarkerShape::kTriangle,
+                                            MarkerShape::kSquare,  MarkerShape::kPlus,
+                                            MarkerShape::kDiamond, MarkerShape::kCross};
+  return kShapes[style % std::size(kShapes)];
+}
+
+std::vector<double> styleDash(std::size_t style) {
+  switch (style % 5) {
+    case 1:
+      return {7, 4};
+    case 2:
+      return {2, 3};
+    case 3:
+      return {9, 3, 2, 3};
+    case 4:
+      return {4, 2, 1, 2, 1, 2};
+    default:
+      return {};
+  }
+}
+
+void addHatch(Scene& scene, const Path& region, const Rect& bounds, std::size_t style) {
+  // Style 0 is plain; then one direction each, then crossings.
+  const int kind = static_cast<int>(style % 7);
+  if (kind == 0 || !(bounds.width > 0) || !(bounds.height > 0)) return;
+  constexpr double kSpacing = 6;
+  ShapeItem lines;
+  const double x0 = bounds.x, y0 = bounds.y, x1 = bounds.right(), y1 = bounds.bottom();
+  const double reach = bounds.width + bounds.height;
+  const auto diagonals = [&](bool rising) {
+    for (double d = 0; d <= reach; d += kSpacing) {
+      if (rising) {
+        lines.path.moveTo(x0 + d - bounds.height, y1);
+        lines.path.lineTo(x0 + d, y0);
+      } else {
+        lines.path.moveTo(x0 + d - bounds.height, y0);
+        lines.path.lineTo(x0 + d, y1);
+      }
+    }
+  };
+  const auto straight = [&](bool across) {
+    const double extent = across ? bounds.height : bounds.width;
+    for (double d = kSpacing / 2; d <= extent; d += kSpacing) {
+      if (across) {
+        lines.path.moveTo(x0, y0 + d);
+        lines.path.lineTo(x1, y0 + d);
+      } else {
+        lines.path.moveTo(x0 + d, y0);
+        lines.path.lineTo(x0 + d, y1);
+      }
+    }
+  };
+  if (kind == 1 || kind == 5) diagonals(true);
+  if (kind == 2 || kind == 5) diagonals(false);
+  if (kind == 3 || kind == 6) straight(true);
+  if (kind == 4 || kind == 6) straight(false);
+  lines.stroke = {Color{0, 0, 0, 110}, 1, {}, false};
+  lines.role = "mark hatch";
+  ClipBegin clip;
+  clip.path = region;
+  scene.items.emplace_back(std::move(clip));
+  scene.items.emplace_back(std::move(lines));
+  scene.items.emplace_back(ClipEnd{});
+}
+
+double markerSize(const Layer& layer, double value) {
+  constexpr double kSmallest = 4, kLargest = 18;
+  const double span = layer.sizeHi - layer.sizeLo;
+  const double share = span > 0 ? std::clamp((value - layer.sizeLo) / span, 0.0, 1.0) : 0.5;
+  // Areas, not diameters, grow with the value.
+  return kSmallest + (kLargest - kSmallest) * std::sqrt(share);
+}
 
 Color groupColor(const Layer& layer, std::size_t group) {
   return layer.groups ? categoryColor(group) : kSingleColor;
@@ -230,8 +326,10 @@ void drawSlices(Scene& scene, const Layer& layer, const Rect& area) {
   const double radius = std::max(1.0, std::min(area.width, area.height) / 2 - 6);
   const double cx = area.x + area.width / 2, cy = area.y + area.height / 2;
   double angle = -std::numbers::pi / 2;
-  for (std::size_t group = 0; group < layer.slices.size(); ++group) {
-    const double value = layer.slices[group];
+  const std::size_t styles = std::max<std::size_t>(1, layer.styleCount);
+  for (std::size_t cell = 0; cell < layer.slices.size(); ++cell) {
+    const double value = layer.slices[cell];
+    const std::size_t group = cell / styles;
     if (!(value > 0)) continue;
     const double sweep = 2 * std::numbers::pi * value / total;
     ShapeItem slice;
@@ -242,7 +340,11 @@ void drawSlices(Scene& scene, const Layer& layer, const Rect& area) {
     slice.fill = groupColor(layer, group);
     slice.stroke = {Color{255, 255, 255, 255}, 1.5, {}, true};
     slice.role = "mark slice";
+    const Path region = slice.path;
     scene.items.emplace_back(std::move(slice));
+    if (layer.styles) {
+      addHatch(scene, region, {cx - radius, cy - radius, 2 * radius, 2 * radius}, cell % styles);
+    }
     angle += sweep;
   }
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <vector>
 
 #include "layout/Geometry.h"
 #include "model/ChartModel.h"
@@ -23,6 +24,17 @@ struct PointLook {
   bool outlined;
 };
 PointLook pointLook(std::size_t points);
+
+// What tells style-by category `style` apart: a marker shape for points, a
+// dash pattern for lines, hatching for bars, areas and slices (style 0 is
+// plain).
+MarkerShape styleShape(std::size_t style);
+std::vector<double> styleDash(std::size_t style);
+// Hatching over `region` (a closed path within `bounds`) for `style`.
+void addHatch(Scene& scene, const Path& region, const Rect& bounds, std::size_t style);
+
+// The diameter of a marker whose size variable has `value`.
+double markerSize(const Layer& layer, double value);
 
 void drawLayer(Scene& scene, const Layer& layer, const PanelView& view, const PointLook& look);
 

@@ -103,9 +103,20 @@ struct TextItem {
   std::string role;
 };
 
-// Later items are clipped to this rectangle until the matching ClipEnd.
+// Later items are clipped to this rectangle, or to `path` when it is not
+// empty, until the matching ClipEnd.
 struct ClipBegin {
   double x = 0, y = 0, width = 0, height = 0;
+  Path path;
+
+  static ClipBegin rectangle(double x, double y, double width, double height) {
+    ClipBegin clip;
+    clip.x = x;
+    clip.y = y;
+    clip.width = width;
+    clip.height = height;
+    return clip;
+  }
 };
 struct ClipEnd {};
 

@@ -1,13 +1,18 @@
 #include "scene/SceneBuilder.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
+#include <tuple>
 
 #include "scales/AxisScale.h"
 #include "scales/Palette.h"
 #include "scene/Axes.h"
+#include "scene/ChartLegends.h"
+#include "scene/Cube.h"
 #include "scene/Legend.h"
 #include "scene/Marks.h"
+#include "scene/Panels.h"
 #include "stats/Layers.h"
 
 namespace chartxml::render {
@@ -17,21 +22,13 @@ constexpr Font kTitleFont{16, true};
 constexpr Font kSubtitleFont{13, false};
 constexpr Font kFootnoteFont{11, false};
 constexpr Font kStripFont{11, false};
+constexpr Font kDiagonalFont{12, true};
 constexpr Font kNoteFont{12, false};
 constexpr double kOuter = 14;      // the picture's margin
 constexpr double kPanelGap = 10;   // between panels
 constexpr double kLegendGap = 18;  // between the panels and the legends
 constexpr double kStripPad = 4;    // around a panel label's text
 constexpr double kMinPanel = 10;   // panels never shrink below this
-
-struct Panel {
-  RowSet rows;
-  bool allRows = true;
-  std::size_t column = 0, row = 0;
-  std::string columnLabel, rowLabel;
-  std::vector<Layer> layers;
-  Rect area;
-};
 
 TextItem text(std::string content, Font font, Color color, double x, double y, double hAlign,
               std::string role) {
@@ -46,10 +43,17 @@ TextItem text(std::string content, Font font, Color color, double x, double y, d
   return item;
 }
 
+std::optional<double> numberOf(const std::string& text) {
+  double value = 0;
+  const auto [ptr, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (ec != std::errc() || ptr != text.data() + text.size()) return std::nullopt;
+  return value;
+}
+
 const char* kindWord(const Layer& layer) {
   switch (layer.kind) {
     case LayerKind::kPoints:
-      return "points";
+      return layer.z ? "3-D points" : "points";
     case LayerKind::kLines:
       return "lines";
     case LayerKind::kAreas:
@@ -64,6 +68,42 @@ const char* kindWord(const Layer& layer) {
   return "marks";
 }
 
+// The variable a layer shows along `role`, if any.
+const BoundColumn* along(const Layer& layer, Role role) {
+  switch (role) {
+    case Role::kX:
+      return layer.x;
+    case Role::kY:
+      return layer.y;
+    case Role::kZ:
+      return layer.z;
+    default:
+      return nullptr;
+  }
+}
+
+// `text` broken into lines no wider than `width` at its blanks.
+std::string wrapped(const std::string& content, const Font& font, double width,
+                    TextEngine& engine) {
+  std::string out, line;
+  std::size_t at = 0;
+  while (at < content.size()) {
+    std::size_t blank = content.find(' ', at);
+    if (blank == std::string::npos) blank = content.size();
+    const std::string word = content.substr(at, blank - at);
+    const std::string longer = line.empty() ? word : line + " " + word;
+    if (!line.empty() && engine.measure(longer, font).width > width) {
+      out += (out.empty() ? "" : "\n") + line;
+      line = word;
+    } else {
+      line = longer;
+    }
+    at = blank + 1;
+  }
+  if (!line.empty()) out += (out.empty() ? "" : "\n") + line;
+  return out;
+}
+
 class Builder {
  public:
   Builder(ChartModel& model, const std::map<std::string, DataTable>& tables, TextEngine& text,
@@ -76,7 +116,8 @@ class Builder {
     scene_.title = model_.title;
     pickFrame();
     if (frame_ != nullptr) {
-      if (!makePanels() || !makeLayers()) return std::nullopt;
+      if (!makePanels(*frame_, model_, binder_, grid_, error_)) return std::nullopt;
+      if (!makeLayers(*frame_, model_, binder_, grid_, error_)) return std::nullopt;
       trainScales();
     }
     scene_.description = describe();
@@ -98,95 +139,38 @@ class Builder {
     if (frame_ == nullptr) return;
     polar_ = frame_->coordinates == "polar";
     transposed_ = frame_->coordinates == "transpose";
-    threeD_ = frame_->coordinates == "rectangular" || frame_->dimension(Role::kZ) != nullptr;
-    if (threeD_) model_.skip("3-D coordinates of frame " + frame_->id);
-    if (!polar_ && !transposed_ && !threeD_ && !frame_->coordinates.empty()) {
+    cube_ = frame_->coordinates == "rectangular" || frame_->dimension(Role::kZ) != nullptr;
+    if (!polar_ && !transposed_ && !cube_ && !frame_->coordinates.empty()) {
       model_.skip("coordinates '" + frame_->coordinates + "' of frame " + frame_->id);
     }
   }
 
-  // One panel, or one for each category (pair) of the facet variables.
-  bool makePanels() {
-    const BoundColumn* byColumn = nullptr;
-    const BoundColumn* byRow = nullptr;
-    for (const auto& [role, id] : frame_->facets) {
-      const Variable* variable = model_.variable(id);
-      if (variable != nullptr && variable->derived) {
-        model_.skip("facets by the computed variable " + id);
-        continue;
-      }
-      const BoundColumn*& slot = role == Role::kX ? byColumn : byRow;
-      if (slot != nullptr) {
-        model_.skip("a second " + std::string(roleName(role)) + " facet of frame " + frame_->id);
-        continue;
-      }
-      slot = binder_.bind(id, true, error_);
-      if (slot == nullptr) return false;
+  // The layers along one scale: those of the panels that use scale `index`
+  // along `role` (every panel's, but in a matrix).
+  template <typename Visit>
+  void forLayersOf(Role role, std::size_t index, Visit visit) const {
+    for (const Panel& panel : grid_.panels) {
+      const std::size_t own = role == Role::kX ? panel.xScale : role == Role::kY ? panel.yScale : 0;
+      if (own != index) continue;
+      for (const Layer& layer : panel.layers) visit(layer);
     }
-    columns_ = byColumn ? std::max<std::size_t>(1, byColumn->categories.size()) : 1;
-    rows_ = byRow ? std::max<std::size_t>(1, byRow->categories.size()) : 1;
-    if (byColumn && byRow && byColumn->rows() != byRow->rows()) {
-      model_.skip("facets of frame " + frame_->id + " (from different data sources)");
-      byRow = nullptr;
-      rows_ = 1;
-    }
-    panels_.resize(columns_ * rows_);
-    for (std::size_t i = 0; i < panels_.size(); ++i) {
-      Panel& panel = panels_[i];
-      panel.column = i % columns_;
-      panel.row = i / columns_;
-      panel.allRows = byColumn == nullptr && byRow == nullptr;
-      if (byColumn) panel.columnLabel = byColumn->categories.labels[panel.column];
-      if (byRow) panel.rowLabel = byRow->categories.labels[panel.row];
-    }
-    if (byColumn || byRow) {
-      const std::size_t n = byColumn ? byColumn->rows() : byRow->rows();
-      for (std::size_t row = 0; row < n; ++row) {
-        const int c = byColumn ? byColumn->codes[row] : 0;
-        const int r = byRow ? byRow->codes[row] : 0;
-        if (c < 0 || r < 0) continue;
-        panels_[static_cast<std::size_t>(r) * columns_ + static_cast<std::size_t>(c)]
-            .rows.push_back(static_cast<std::uint32_t>(row));
-      }
-    }
-    return true;
   }
 
-  bool makeLayers() {
-    if (threeD_) return true;
-    for (Panel& panel : panels_) {
-      for (const Element& element : frame_->elements) {
-        auto layer = computeLayer(element, *frame_, panel.allRows ? nullptr : &panel.rows, binder_,
-                                  model_, error_);
-        if (!error_.empty()) return false;
-        if (layer) panel.layers.push_back(std::move(*layer));
-      }
-    }
-    return true;
-  }
-
-  // The variable a layer shows along `role`, if any.
-  static const BoundColumn* along(const Layer& layer, Role role) {
-    return role == Role::kX ? layer.x : layer.y;
-  }
-
-  // Decides the kind of the scale along `role` and trains it on every layer.
-  void prepareScale(AxisScale& scale, Role role) {
+  // Decides the kind of the scale along `role` and trains it on its layers.
+  void prepareScale(AxisScale& scale, Role role, std::size_t index) {
     const Dimension* dimension = frame_->dimension(role);
     const BoundColumn* categorical = nullptr;
     bool dates = false;
-    for (const Panel& panel : panels_) {
-      for (const Layer& layer : panel.layers) {
-        const BoundColumn* column = along(layer, role);
-        if (column == nullptr) continue;
-        if (column->categorical && categorical == nullptr) categorical = column;
-        const bool summarised = role == Role::kY && (layer.summary || layer.countsOnY);
-        if (!column->categorical && !summarised &&
-            column->variable->format.kind == ValueFormat::Kind::kDate) {
-          dates = true;
-        }
+    forLayersOf(role, index, [&](const Layer& layer) {
+      const BoundColumn* column = along(layer, role);
+      if (column == nullptr) return;
+      if (column->categorical && categorical == nullptr) categorical = column;
+      const bool summarised = role == Role::kY && (layer.summary || layer.countsOnY);
+      if (!column->categorical && !summarised &&
+          column->variable->format.kind == ValueFormat::Kind::kDate) {
+        dates = true;
       }
-    }
+    });
     if (categorical != nullptr) {
       scale.useCategories(categorical->categories);
       scale.finish(dimension);
@@ -200,15 +184,11 @@ class Builder {
         model_.skip(dimension->scale + " scale of the " + roleName(role) + " dimension");
       }
     }
-    for (const Panel& panel : panels_) {
-      for (const Layer& layer : panel.layers) trainOn(scale, layer, role);
-    }
+    forLayersOf(role, index, [&](const Layer& layer) { trainOn(scale, layer, role); });
     for (const Guide& guide : frame_->guides) {
       if (guide.type != "line") continue;
       if (const std::string* value = findParameter(guide.parameters, roleName(role))) {
-        char* end = nullptr;
-        const double number = std::strtod(value->c_str(), &end);
-        if (end != value->c_str() && *end == '\0') scale.train(number);
+        if (const auto number = numberOf(*value)) scale.train(*number);
       }
     }
     scale.finish(dimension);
@@ -220,7 +200,10 @@ class Builder {
 
   static void trainOn(AxisScale& scale, const Layer& layer, Role role) {
     const bool x = role == Role::kX;
-    for (const double value : x ? layer.px : layer.py) scale.train(value);
+    for (const double value : x ? layer.px : role == Role::kY ? layer.py : layer.pz) {
+      scale.train(value);
+    }
+    if (role == Role::kZ) return;
     for (const Series& series : layer.series) {
       for (const double value : x ? series.x : series.y) scale.train(value);
       if (!x) {
@@ -236,24 +219,35 @@ class Builder {
   }
 
   void trainScales() {
-    if (polar_ || threeD_) return;
-    prepareScale(xScale_, Role::kX);
-    prepareScale(yScale_, Role::kY);
+    if (polar_) return;
+    if (cube_) {
+      // Depth takes points only: anything else in a cube is noted.
+      for (Panel& panel : grid_.panels) {
+        std::erase_if(panel.layers, [&](const Layer& layer) {
+          if (layer.kind == LayerKind::kPoints && layer.z != nullptr) return false;
+          model_.skip("element " + layer.element->id + " in 3-D coordinates (points only)");
+          return true;
+        });
+      }
+      prepareScale(zScale_, Role::kZ, 0);
+    }
+    xScales_.resize(grid_.xScales);
+    yScales_.resize(grid_.yScales);
+    for (std::size_t i = 0; i < xScales_.size(); ++i) prepareScale(xScales_[i], Role::kX, i);
+    for (std::size_t i = 0; i < yScales_.size(); ++i) prepareScale(yScales_[i], Role::kY, i);
     // Counts are whole: their axis has no ticks between them.
     bool counts = false, other = false;
-    for (const Panel& panel : panels_) {
-      for (const Layer& layer : panel.layers) {
-        const bool counted = layer.countsOnY || layer.summary == Summary::kCount ||
-                             layer.summary == Summary::kValidN;
-        (counted ? counts : other) = true;
-      }
-    }
-    yScale_.setWholeNumbers(counts && !other);
-    // A layer whose positions the scale cannot show is left out.
-    for (Panel& panel : panels_) {
+    forLayersOf(Role::kY, 0, [&](const Layer& layer) {
+      const bool counted =
+          layer.countsOnY || layer.summary == Summary::kCount || layer.summary == Summary::kValidN;
+      (counted ? counts : other) = true;
+    });
+    if (!grid_.matrix) yScales_[0].setWholeNumbers(counts && !other);
+    // A layer whose positions its scales cannot show is left out.
+    for (Panel& panel : grid_.panels) {
+      const bool xBand = xScales_[panel.xScale].kind() == AxisScale::Kind::kBand;
+      const bool yBand = yScales_[panel.yScale].kind() == AxisScale::Kind::kBand;
       std::erase_if(panel.layers, [&](const Layer& layer) {
-        const bool xBand = xScale_.kind() == AxisScale::Kind::kBand;
-        const bool yBand = yScale_.kind() == AxisScale::Kind::kBand;
         const bool fitsX = layer.x == nullptr || layer.x->categorical == xBand;
         const bool fitsY =
             layer.y == nullptr || layer.summary || layer.countsOnY || layer.y->categorical == yBand;
@@ -266,38 +260,39 @@ class Builder {
   }
 
   // The title and label format that the first layer showing data along
-  // `role` gives its axis: the variable's, or the count's.
-  void titleFromData(AxisPlan& plan, Role role) const {
-    for (const Panel& panel : panels_) {
-      for (const Layer& layer : panel.layers) {
-        const BoundColumn* column = along(layer, role);
-        const bool counted = role == Role::kY && layer.countsOnY;
-        if (column == nullptr && !counted) continue;
-        std::string title;
-        if (counted) {
-          const bool percent = layer.summary == Summary::kPercent;
-          title = percent ? "Percent" : "Count";
-          plan.format.kind = ValueFormat::Kind::kNumber;
-          if (percent) plan.format.number.suffix = "%";
-        } else {
-          title = column->variable->title();
-          if (role == Role::kY && layer.summary) {
-            title = std::string(summaryTitle(*layer.summary)) + " " + title;
-          }
-          const bool counts = layer.summary == Summary::kCount ||
-                              layer.summary == Summary::kPercent ||
-                              layer.summary == Summary::kValidN;
-          if (role != Role::kY || !counts) plan.format = column->variable->format;
-          if (layer.summary == Summary::kPercent) plan.format.number.suffix = "%";
+  // `role` (on scale `index`) gives its axis: the variable's, or the count's.
+  void titleFromData(AxisPlan& plan, Role role, std::size_t index) const {
+    bool done = false;
+    forLayersOf(role, index, [&](const Layer& layer) {
+      const BoundColumn* column = along(layer, role);
+      const bool counted = role == Role::kY && layer.countsOnY;
+      if (done || (column == nullptr && !counted)) return;
+      done = true;
+      std::string title;
+      if (counted) {
+        const bool percent = layer.summary == Summary::kPercent;
+        title = percent ? "Percent" : "Count";
+        plan.format.kind = ValueFormat::Kind::kNumber;
+        if (percent) plan.format.number.suffix = "%";
+      } else {
+        title = column->variable->title();
+        if (role == Role::kY && layer.summary) {
+          title = std::string(summaryTitle(*layer.summary)) + " " + title;
         }
-        if (plan.title.empty()) plan.title = title;
-        return;
+        const bool counts = layer.summary == Summary::kCount ||
+                            layer.summary == Summary::kPercent || layer.summary == Summary::kValidN;
+        if (role != Role::kY || !counts) plan.format = column->variable->format;
+        if (layer.summary == Summary::kPercent) plan.format.number.suffix = "%";
       }
-    }
+      if (plan.title.empty()) plan.title = title;
+    });
   }
 
-  // What the axis along `role` is titled and how its labels are written.
-  void describeAxis(AxisPlan& plan, Role role) {
+  // What the axis along `role` (on scale `index`) shows and how.
+  AxisPlan describeAxis(AxisSide side, const AxisScale* scale, Role role, std::size_t index) {
+    AxisPlan plan;
+    plan.side = side;
+    plan.scale = scale;
     const Dimension* dimension = frame_->dimension(role);
     plan.drawn = dimension == nullptr || dimension->axis.has_value();
     if (dimension != nullptr && dimension->axis) {
@@ -308,92 +303,50 @@ class Builder {
       if (axis.minorTicks) model_.skip("minor ticks of axis " + axis.id);
       if (axis.opposite) model_.skip("the opposite side of axis " + axis.id);
     }
-    titleFromData(plan, role);
+    titleFromData(plan, role, index);
     if (dimension != nullptr && dimension->axis && dimension->axis->percent) {
       plan.format.kind = ValueFormat::Kind::kNumber;
       plan.format.number.suffix = "%";
     }
+    // A matrix names its variables in its cells, not under its axes.
+    if (grid_.matrix) plan.title.clear();
+    return plan;
   }
 
-  std::vector<LegendBlock> makeLegends() {
-    std::vector<LegendBlock> blocks;
-    const std::vector<Layer>* layers = panels_.empty() ? nullptr : &panels_.front().layers;
-    for (const Legend& legend : model_.legends) {
-      LegendBlock block;
-      block.title = legend.title;
-      for (const LegendTarget& target : legend.targets) addTarget(block, target, layers);
-      if (block.entries.empty()) continue;
-      blocks.push_back(std::move(block));
+  // The layers of the first panel that draws something: every panel holds
+  // the same groups.
+  const std::vector<Layer>& sampleLayers() const {
+    static const std::vector<Layer> kNone;
+    for (const Panel& panel : grid_.panels) {
+      if (!panel.layers.empty()) return panel.layers;
     }
-    // Named function lines join the first legend, so a reader knows them.
-    if (!blocks.empty() && frame_ != nullptr && !threeD_) {
-      for (const Guide& guide : frame_->guides) {
-        if (guide.type == "function" && !guide.name.empty()) {
-          blocks.front().entries.push_back({guide.name, kGuideColor, KeyKind::kGuideLine});
-        }
-      }
-    }
-    return blocks;
-  }
-
-  void addTarget(LegendBlock& block, const LegendTarget& target, const std::vector<Layer>* layers) {
-    const Layer* layer = nullptr;
-    if (layers != nullptr) {
-      for (const Layer& candidate : *layers) {
-        if (candidate.element->id == target.element) layer = &candidate;
-      }
-    }
-    if (layer == nullptr) {
-      // A guide, or an element that draws nothing: nothing to key.
-      if (model_.element(target.element) != nullptr) return;
-      for (const DataFrame& frame : model_.frames) {
-        for (const Guide& guide : frame.guides) {
-          if (guide.id != target.element) continue;
-          const bool reference = guide.type == "line";
-          block.entries.push_back({guide.name.empty() ? guide.id : guide.name, kGuideColor,
-                                   reference ? KeyKind::kReferenceLine : KeyKind::kGuideLine});
-          return;
-        }
-      }
-      model_.skip("legend target " + target.element + " (names nothing drawn)");
-      return;
-    }
-    const Element& element = *layer->element;
-    const bool grouping = target.aesthetic == "color" || target.aesthetic == element.styleById;
-    if (!grouping || layer->groups == nullptr) {
-      model_.skip("legend of the " + target.aesthetic + " aesthetic of element " + element.id);
-      return;
-    }
-    if (block.title.empty()) block.title = layer->groups->variable->title();
-    const KeyKind key = layer->kind == LayerKind::kPoints  ? KeyKind::kPoint
-                        : layer->kind == LayerKind::kLines ? KeyKind::kLine
-                                                           : KeyKind::kBlock;
-    const std::size_t n = layer->groups->categories.size();
-    for (std::size_t i = 0; i < n; ++i) {
-      block.entries.push_back(
-          {layer->groups->categories.labels[i], groupColor(*layer, i), key, categoryShape(i, n)});
-    }
+    return kNone;
   }
 
   std::string describe() const {
+    if (frame_ == nullptr) return model_.title;
     std::string out;
-    if (frame_ == nullptr || panels_.empty()) return model_.title;
-    for (const Layer& layer : panels_.front().layers) {
+    for (const Layer& layer : sampleLayers()) {
       std::string part = kindWord(layer);
       const auto name = [](const BoundColumn* column) { return column->variable->title(); };
-      if (layer.kind == LayerKind::kSlices) {
+      if (grid_.matrix) {
+        part = "scatter-plot matrix";
+      } else if (layer.kind == LayerKind::kSlices) {
         if (layer.groups) part += " of " + name(layer.groups);
       } else if (layer.y != nullptr && layer.x != nullptr) {
         part += " of " + (layer.summary ? std::string(summaryTitle(*layer.summary)) + " " : "") +
                 name(layer.y) + " by " + name(layer.x);
+        if (layer.z != nullptr) part += " and " + name(layer.z);
       } else if (layer.x != nullptr) {
         part += " of " + name(layer.x);
       }
-      if (layer.groups && layer.kind != LayerKind::kSlices)
+      if (layer.groups && layer.kind != LayerKind::kSlices) {
         part += ", coloured by " + name(layer.groups);
+      }
       out += (out.empty() ? "" : "; ") + part;
+      if (grid_.matrix) break;
     }
-    if (panels_.size() > 1) out += ", in " + std::to_string(panels_.size()) + " panels";
+    if (grid_.panels.size() > 1) out += ", in " + std::to_string(grid_.panels.size()) + " panels";
     if (!model_.title.empty()) out = model_.title + (out.empty() ? "" : ": " + out);
     return out;
   }
@@ -414,7 +367,7 @@ class Builder {
   void draw() {
     const double footnoteHeight =
         model_.footnote.empty() ? 0 : text_.measure(model_.footnote, kFootnoteFont).height + 8;
-    std::vector<LegendBlock> legends = makeLegends();
+    std::vector<LegendBlock> legends = makeLegends(model_, frame_, sampleLayers());
     Rect region{kOuter, kOuter, size_.width - 2 * kOuter, size_.height - 2 * kOuter};
     double legendWidth = 0;
     for (LegendBlock& legend : legends) {
@@ -446,43 +399,57 @@ class Builder {
     }
   }
 
-  void drawPanels(const Rect& region) {
-    AxisPlan horizontal, vertical;
-    horizontal.side = AxisSide::kBottom;
-    vertical.side = AxisSide::kLeft;
-    const bool axes = !polar_ && !threeD_;
-    if (axes) {
-      horizontal.scale = transposed_ ? &yScale_ : &xScale_;
-      vertical.scale = transposed_ ? &xScale_ : &yScale_;
-      describeAxis(horizontal, transposed_ ? Role::kY : Role::kX);
-      describeAxis(vertical, transposed_ ? Role::kX : Role::kY);
-    } else {
-      horizontal.drawn = vertical.drawn = false;
+  // The axes of the grid: one plan per scale along the bottom and the left
+  // (the columns' and rows' own in a matrix; transposed frames swap them).
+  void planAxes(std::vector<AxisPlan>& bottom, std::vector<AxisPlan>& left) {
+    if (polar_ || cube_) return;
+    const Role across = transposed_ ? Role::kY : Role::kX;
+    const Role upward = transposed_ ? Role::kX : Role::kY;
+    std::vector<AxisScale>& horizontal = transposed_ ? yScales_ : xScales_;
+    std::vector<AxisScale>& vertical = transposed_ ? xScales_ : yScales_;
+    for (std::size_t i = 0; i < horizontal.size(); ++i) {
+      bottom.push_back(describeAxis(AxisSide::kBottom, &horizontal[i], across, i));
     }
-    const bool columnStrips = !panels_.front().columnLabel.empty();
-    const bool rowStrips = !panels_.front().rowLabel.empty();
+    for (std::size_t i = 0; i < vertical.size(); ++i) {
+      left.push_back(describeAxis(AxisSide::kLeft, &vertical[i], upward, i));
+    }
+  }
+
+  static double deepest(const std::vector<AxisPlan>& plans) {
+    double depth = 0;
+    for (const AxisPlan& plan : plans) depth = std::max(depth, axisDepth(plan));
+    return depth;
+  }
+
+  void drawPanels(const Rect& region) {
+    std::vector<AxisPlan> bottom, left;
+    planAxes(bottom, left);
+    const bool axes = !bottom.empty();
     const double stripDepth = text_.measure("Ag", kStripFont).height + 2 * kStripPad;
+    const bool columnStrips = !grid_.panels.front().columnLabel.empty();
+    const bool rowStrips = !grid_.panels.front().rowLabel.empty();
     const double top = columnStrips ? stripDepth : 0;
-    const double side = rowStrips ? stripDepth : 0;
-    const double columns = static_cast<double>(columns_), rows = static_cast<double>(rows_);
+    const double side = rowStrips ? stripDepth + 2 : 0;
+    const double columns = static_cast<double>(grid_.columns);
+    const double rows = static_cast<double>(grid_.rows);
     Rect panels;
     double panelWidth = 0, panelHeight = 0;
     // Ticks depend on the panels' size and the panels on the labels' room:
     // a few rounds settle both.
     for (int round = 0; round < 3; ++round) {
-      const double left = axisDepth(vertical), bottom = axisDepth(horizontal);
-      panels = {region.x + left, region.y + (axes ? 6 : 0),
-                region.width - left - std::max(axes ? 10.0 : 0.0, side + 4),
-                region.height - bottom - (axes ? 6 : 0)};
+      const double leftDepth = deepest(left), bottomDepth = deepest(bottom);
+      panels = {region.x + leftDepth, region.y + (axes ? 6 : 0),
+                region.width - leftDepth - std::max(axes ? 10.0 : 0.0, side + 4),
+                region.height - bottomDepth - (axes ? 6 : 0)};
       panelWidth = std::max(kMinPanel, (panels.width - (columns - 1) * kPanelGap) / columns);
       panelHeight =
           std::max(kMinPanel, (panels.height - rows * top - (rows - 1) * kPanelGap) / rows);
-      planAxis(horizontal, panelWidth, text_);
-      planAxis(vertical, panelHeight, text_);
+      for (AxisPlan& plan : bottom) planAxis(plan, panelWidth, text_);
+      for (AxisPlan& plan : left) planAxis(plan, panelHeight, text_);
     }
     const PointLook look = pointLook(pointCount());
-    Rect span{panels.x, panels.y, 0, 0};
-    for (Panel& panel : panels_) {
+    Rect span{panels.x, panels.y + top, 0, 0};
+    for (Panel& panel : grid_.panels) {
       const double x = panels.x + static_cast<double>(panel.column) * (panelWidth + kPanelGap);
       const double y =
           panels.y + static_cast<double>(panel.row) * (panelHeight + kPanelGap + top) + top;
@@ -490,28 +457,85 @@ class Builder {
       span.width = std::max(span.width, panel.area.right() - span.x);
       span.height = std::max(span.height, panel.area.bottom() - span.y);
       drawStrips(panel, stripDepth);
-      if (!axes) {
+      if (polar_) {
         for (const Layer& layer : panel.layers) {
           if (layer.kind == LayerKind::kSlices) drawSlices(scene_, layer, panel.area);
         }
-        continue;
+      } else if (cube_) {
+        drawCubePanel(panel, look);
+      } else {
+        drawCartesian(panel, look, bottom, left);
       }
-      const PanelView view{panel.area, &xScale_, &yScale_, transposed_};
-      drawGrid(scene_, horizontal, view);
-      drawGrid(scene_, vertical, view);
+    }
+    for (const std::vector<AxisPlan>* plans : {&bottom, &left}) {
+      if (!plans->empty()) drawAxisTitle(scene_, plans->front(), span);
+    }
+    plotArea_ = span;
+  }
+
+  void drawCartesian(const Panel& panel, const PointLook& look, const std::vector<AxisPlan>& bottom,
+                     const std::vector<AxisPlan>& left) {
+    const PanelView view{panel.area, &xScales_[panel.xScale], &yScales_[panel.yScale], transposed_};
+    const AxisPlan& across = bottom[transposed_ ? panel.yScale : panel.xScale];
+    const AxisPlan& upward = left[transposed_ ? panel.xScale : panel.yScale];
+    if (panel.diagonal) {
+      drawDiagonal(panel);
+    } else {
+      drawGrid(scene_, across, view);
+      drawGrid(scene_, upward, view);
       scene_.items.emplace_back(
-          ClipBegin{panel.area.x, panel.area.y, panel.area.width, panel.area.height});
+          ClipBegin::rectangle(panel.area.x, panel.area.y, panel.area.width, panel.area.height));
       for (const Layer& layer : panel.layers) drawLayer(scene_, layer, view, look);
       drawGuides(scene_, *frame_, view, model_);
       scene_.items.emplace_back(ClipEnd{});
-      drawAxis(scene_, horizontal, view, panel.row + 1 == rows_);
-      drawAxis(scene_, vertical, view, panel.column == 0);
     }
-    span.y = panels.y + top;
-    span.height -= top;
-    drawAxisTitle(scene_, horizontal, span);
-    drawAxisTitle(scene_, vertical, span);
-    plotArea_ = span;
+    drawAxis(scene_, across, view, panel.row + 1 == grid_.rows);
+    drawAxis(scene_, upward, view, panel.column == 0);
+  }
+
+  // A matrix cell of a variable against itself: the variable's name.
+  void drawDiagonal(const Panel& panel) {
+    const Rect& area = panel.area;
+    ShapeItem back;
+    back.path.rectangle(area.x, area.y, area.width, area.height);
+    back.filled = true;
+    back.fill = kStripColor;
+    back.role = "panel-diagonal";
+    scene_.items.emplace_back(std::move(back));
+    TextItem name =
+        text(wrapped(panel.diagonalLabel, kDiagonalFont, area.width - 12, text_), kDiagonalFont,
+             kTextColor, area.x + area.width / 2, area.y + area.height / 2, 0.5, "panel-label");
+    name.vAlign = 0.5;
+    scene_.items.emplace_back(std::move(name));
+  }
+
+  void drawCubePanel(const Panel& panel, const PointLook& look) {
+    CubeContent cube;
+    const AxisScale* scales[3] = {&xScales_[0], &yScales_[0], &zScale_};
+    for (int i = 0; i < 3; ++i) {
+      const Role role = static_cast<Role>(i);
+      AxisPlan plan = describeAxis(AxisSide::kBottom, scales[i], role, 0);
+      cube.axes[static_cast<std::size_t>(i)] = {scales[i], plan.format, plan.title, plan.drawn};
+    }
+    const Parameters& camera = frame_->coordinateParameters;
+    const auto parameter = [&](const char* name, double fallback) {
+      const std::string* value = findParameter(camera, name);
+      return value ? numberOf(*value).value_or(fallback) : fallback;
+    };
+    cube.camera = {parameter("theta", 10), parameter("phi", -35), parameter("distance", 1.3)};
+    for (const Guide& guide : frame_->guides) {
+      const std::string* normal = findParameter(guide.parameters, "normal");
+      if (guide.type == "plane" && normal && (*normal == "x" || *normal == "y" || *normal == "z")) {
+        cube.backPlanes[static_cast<std::size_t>(*normal == "x"   ? 0
+                                                 : *normal == "y" ? 1
+                                                                  : 2)] = true;
+      } else {
+        model_.skip("guide " + guide.id + " of type '" + guide.type + "' in 3-D coordinates");
+      }
+    }
+    for (const Layer& layer : panel.layers) cube.layers.push_back(&layer);
+    cube.look = look;
+    drawCube(scene_, text_, panel.area, cube);
   }
 
   void drawStrips(const Panel& panel, double depth) {
@@ -532,14 +556,14 @@ class Builder {
     if (!panel.columnLabel.empty()) {
       strip({area.x, area.y - depth, area.width, depth}, panel.columnLabel, 0);
     }
-    if (!panel.rowLabel.empty() && panel.column + 1 == columns_) {
+    if (!panel.rowLabel.empty() && panel.column + 1 == grid_.columns) {
       strip({area.right() + 2, area.y, depth, area.height}, panel.rowLabel, 90);
     }
   }
 
   std::size_t pointCount() const {
     std::size_t n = 0;
-    for (const Panel& panel : panels_) {
+    for (const Panel& panel : grid_.panels) {
       for (const Layer& layer : panel.layers) n += layer.px.size();
     }
     return n;
@@ -547,11 +571,10 @@ class Builder {
 
   // A frame that draws nothing says why, where its data would be.
   void noteWhatIsMissing(const Rect& region) {
-    if (frame_ == nullptr) return;
-    for (const Panel& panel : panels_) {
+    if (frame_ == nullptr || frame_->elements.empty() || model_.skipped.empty()) return;
+    for (const Panel& panel : grid_.panels) {
       if (!panel.layers.empty()) return;
     }
-    if (frame_->elements.empty() || model_.skipped.empty()) return;
     std::string note = "Not drawn yet:";
     for (std::size_t i = 0; i < model_.skipped.size() && i < 4; ++i) {
       note += "\n" + model_.skipped[i];
@@ -570,10 +593,11 @@ class Builder {
   std::string& error_;
   Scene scene_;
   DataFrame* frame_ = nullptr;
-  bool polar_ = false, transposed_ = false, threeD_ = false;
-  std::vector<Panel> panels_;
-  std::size_t columns_ = 1, rows_ = 1;
-  AxisScale xScale_, yScale_;
+  bool polar_ = false, transposed_ = false, cube_ = false;
+  PanelGrid grid_;
+  std::vector<AxisScale> xScales_ = std::vector<AxisScale>(1);
+  std::vector<AxisScale> yScales_ = std::vector<AxisScale>(1);
+  AxisScale zScale_;
   Rect plotArea_;
 };
 

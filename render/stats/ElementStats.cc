@@ -34,11 +34,6 @@ double positionOf(const BoundColumn& column, std::uint32_t row) {
   return column.numbers[row];
 }
 
-// The group (colour category) of a row; -1 when its group value is missing.
-int groupOf(const BoundColumn* groups, std::uint32_t row) {
-  return groups == nullptr ? 0 : groups->codes[row];
-}
-
 std::optional<double> numberParameter(const Statistic& statistic, std::string_view name) {
   std::optional<double> found;
   // Later parameters win: a procedure that sets the width twice means the last.
@@ -63,6 +58,13 @@ class LayerMaker {
         error_(error) {}
 
   std::optional<Layer> make() {
+    std::optional<Layer> layer = arrange();
+    if (layer) splitCells(*layer);
+    return layer;
+  }
+
+ private:
+  std::optional<Layer> arrange() {
     layer_.element = &element_;
     const std::string& type = element_.type;
     const bool polar = frame_.coordinates == "polar";
@@ -80,8 +82,7 @@ class LayerMaker {
     if (polar && layer_.kind != LayerKind::kSlices) {
       return skip(type + " element " + element_.id + " in polar coordinates");
     }
-    if (!element_.size.empty()) model_.skip("size aesthetic of element " + element_.id);
-    if (!bindGroups()) return std::nullopt;
+    if (!bindGroups() || !bindSizes()) return std::nullopt;
 
     std::string method = element_.statistic ? element_.statistic->method : "";
     if (method == "histogram") {
@@ -104,7 +105,6 @@ class LayerMaker {
     }
   }
 
- private:
   std::optional<Layer> skip(const std::string& what) {
     model_.skip(what);
     return std::nullopt;
@@ -134,12 +134,68 @@ class LayerMaker {
     return true;
   }
 
+  // Colour comes from the colour aesthetic, or from a style-by whose cycle is
+  // of colours; a style-by whose cycle is of patterns (or the default cycle
+  // beside a colour) draws shapes, dashes or hatching.
   bool bindGroups() {
-    const std::string& id = !element_.color.empty() ? element_.color : element_.styleBy;
-    if (id.empty()) return true;
-    if (!usable(id)) return false;
-    layer_.groups = bind(id, true);
-    return layer_.groups != nullptr;
+    const std::string& cycle = element_.styleCycle;
+    const bool colour = !element_.color.empty();
+    const bool style = !element_.styleBy.empty();
+    const bool styleColours = style && (cycle == "styleCycleColor" || cycle == "color_pattern" ||
+                                        (!colour && cycle != "styleCyclePattern"));
+    const bool stylePatterns = style && (cycle == "styleCyclePattern" || cycle == "color_pattern" ||
+                                         (colour && cycle != "styleCycleColor"));
+    if (colour && styleColours && !stylePatterns) {
+      model_.skip("style-by colours of element " + element_.id + " (its colour aesthetic wins)");
+    }
+    const std::string colourId = colour ? element_.color : styleColours ? element_.styleBy : "";
+    if (!colourId.empty()) {
+      if (!usable(colourId)) return false;
+      layer_.groups = bind(colourId, true);
+      if (layer_.groups == nullptr) return false;
+    }
+    if (stylePatterns) {
+      if (!usable(element_.styleBy)) return false;
+      layer_.styles = bind(element_.styleBy, true);
+      if (layer_.styles == nullptr) return false;
+    }
+    return true;
+  }
+
+  // Points take the size aesthetic: marker areas grow with its values.
+  bool bindSizes() {
+    if (element_.size.empty()) return true;
+    if (layer_.kind != LayerKind::kPoints) {
+      model_.skip("size aesthetic of element " + element_.id);
+      return true;
+    }
+    if (!usable(element_.size)) return false;
+    layer_.sizes = bind(element_.size, false);
+    if (layer_.sizes == nullptr) return false;
+    double lo = std::numeric_limits<double>::infinity(), hi = -lo;
+    for (const double value : layer_.sizes->numbers) {
+      if (!std::isfinite(value)) continue;
+      lo = std::min(lo, value);
+      hi = std::max(hi, value);
+    }
+    layer_.sizeLo = lo <= hi ? lo : 0;
+    layer_.sizeHi = lo <= hi ? hi : 0;
+    return true;
+  }
+
+  std::size_t styleCount() const {
+    return layer_.styles == nullptr ? 1
+                                    : std::max<std::size_t>(1, layer_.styles->categories.size());
+  }
+
+  // A row's cell: its colour group and style together (group * styles +
+  // style), so that dodging and stacking treat each pair as one; -1 when
+  // either is missing.
+  int cellOf(std::uint32_t row) const {
+    const int group = layer_.groups == nullptr ? 0 : layer_.groups->codes[row];
+    const int style = layer_.styles == nullptr ? 0 : layer_.styles->codes[row];
+    if (group < 0 || style < 0) return -1;
+    return group * static_cast<int>(styleCount()) + style;
   }
 
   bool bindAxis(Role role, bool asCategories, const BoundColumn*& out) {
@@ -151,9 +207,27 @@ class LayerMaker {
     return out != nullptr;
   }
 
-  std::size_t groupCount() const {
-    return layer_.groups == nullptr ? 1
-                                    : std::max<std::size_t>(1, layer_.groups->categories.size());
+  std::size_t cellCount() const {
+    const std::size_t groups =
+        layer_.groups == nullptr ? 1 : std::max<std::size_t>(1, layer_.groups->categories.size());
+    return groups * styleCount();
+  }
+
+  // Cells back into colour groups and styles, once the marks are arranged.
+  void splitCells(Layer& layer) const {
+    const std::size_t styles = styleCount();
+    layer.styleCount = styles;
+    if (layer.styles == nullptr) return;
+    const auto split = [&](std::uint16_t& group, std::uint16_t& style) {
+      style = static_cast<std::uint16_t>(group % styles);
+      group = static_cast<std::uint16_t>(group / styles);
+    };
+    layer.pointStyle.resize(layer.pointGroup.size());
+    for (std::size_t i = 0; i < layer.pointGroup.size(); ++i) {
+      split(layer.pointGroup[i], layer.pointStyle[i]);
+    }
+    for (Series& series : layer.series) split(series.group, series.style);
+    for (Bar& bar : layer.bars) split(bar.group, bar.style);
   }
 
   // Points, lines and areas: raw rows, or a summary of y per x and group.
@@ -167,13 +241,19 @@ class LayerMaker {
     }
     if (layer_.summary) return summarizedXy();
     if (layer_.kind == LayerKind::kPoints) {
+      if (!bindAxis(Role::kZ, false, layer_.z)) return std::nullopt;
       forEachRow(rows_, rowCount_, [&](std::uint32_t row) {
         const double x = positionOf(*layer_.x, row);
         const double y = positionOf(*layer_.y, row);
-        const int group = groupOf(layer_.groups, row);
-        if (std::isnan(x) || std::isnan(y) || group < 0) return;
+        const double z = layer_.z ? positionOf(*layer_.z, row) : 0.0;
+        const int group = cellOf(row);
+        if (std::isnan(x) || std::isnan(y) || std::isnan(z) || group < 0) return;
         layer_.px.push_back(x);
         layer_.py.push_back(y);
+        const double size = layer_.sizes ? layer_.sizes->numbers[row] : 0.0;
+        if (!std::isfinite(size)) return;
+        if (layer_.z) layer_.pz.push_back(z);
+        if (layer_.sizes) layer_.pointSize.push_back(size);
         layer_.pointGroup.push_back(static_cast<std::uint16_t>(group));
       });
       return std::move(layer_);
@@ -188,7 +268,7 @@ class LayerMaker {
     std::map<std::pair<int, int>, std::vector<std::pair<double, double>>> byGroup;
     forEachRow(rows_, rowCount_, [&](std::uint32_t row) {
       const double x = positionOf(*layer_.x, row);
-      const int group = groupOf(layer_.groups, row);
+      const int group = cellOf(row);
       const int part = split ? split->codes[row] : 0;
       if (std::isnan(x) || group < 0 || part < 0) return;
       byGroup[{group, part}].emplace_back(x, positionOf(*layer_.y, row));
@@ -220,7 +300,7 @@ class LayerMaker {
     total = 0;
     forEachRow(rows_, rowCount_, [&](std::uint32_t row) {
       const double at = positionOf(position, row);
-      const int group = groupOf(layer_.groups, row);
+      const int group = cellOf(row);
       if (std::isnan(at) || group < 0) return;
       Cell& cell = cells[{at, group}];
       cell.cases += 1;
@@ -332,7 +412,7 @@ class LayerMaker {
   // Groups in one place: stacked when the document says so (or when the
   // values add up and it says nothing), else side by side.
   void arrangeGroups(std::vector<Bar>& bars, bool additive) {
-    if (layer_.groups == nullptr) {
+    if (cellCount() == 1) {
       layer_.overlapping = !layer_.summary;
       return;
     }
@@ -353,7 +433,7 @@ class LayerMaker {
       }
       return;
     }
-    const double slot = (bar0Width(bars)) / static_cast<double>(groupCount());
+    const double slot = (bar0Width(bars)) / static_cast<double>(cellCount());
     for (Bar& bar : bars) {
       bar.x0 = bar.x0 + slot * bar.group;
       bar.x1 = bar.x0 + slot;
@@ -389,7 +469,7 @@ class LayerMaker {
     }
     std::map<std::pair<std::size_t, int>, double> counts;
     forEachRow(rows_, rowCount_, [&](std::uint32_t row) {
-      const int group = groupOf(layer_.groups, row);
+      const int group = cellOf(row);
       const auto bin = bins->binOf(layer_.x->numbers[row]);
       if (group >= 0 && bin) counts[{*bin, group}] += 1;
     });
@@ -420,11 +500,11 @@ class LayerMaker {
     }
     if (!layer_.summary) layer_.summary = values != nullptr ? Summary::kSum : Summary::kCount;
     if (rowCount_ == kNoRows) return skip("pie element " + element_.id + " without variables");
-    const std::size_t groups = groupCount();
+    const std::size_t groups = cellCount();
     std::vector<Cell> cells(groups);
     double total = 0;
     forEachRow(rows_, rowCount_, [&](std::uint32_t row) {
-      const int group = groupOf(layer_.groups, row);
+      const int group = cellOf(row);
       if (group < 0) return;
       Cell& cell = cells[static_cast<std::size_t>(group)];
       cell.cases += 1;

@@ -20,12 +20,14 @@ enum class LayerKind { kPoints, kLines, kAreas, kBars, kSlices };
 // and y; NaN in y breaks a line.
 struct Series {
   std::uint16_t group = 0;
+  std::uint16_t style = 0;  // the style-by category: a dash pattern or hatching
   std::vector<double> x, y, y0;
 };
 
 struct Bar {
   double x0 = 0, x1 = 0, y0 = 0, y1 = 0;
   std::uint16_t group = 0;
+  std::uint16_t style = 0;
 };
 
 struct Layer {
@@ -33,20 +35,30 @@ struct Layer {
   const Element* element = nullptr;
   const BoundColumn* x = nullptr;  // the variables on the axes (null: none)
   const BoundColumn* y = nullptr;
+  const BoundColumn* z = nullptr;       // 3-D frames only
   const BoundColumn* groups = nullptr;  // the colour (or style-by) categories, or null
-  std::optional<Summary> summary;       // what y shows of the data, if summarised
-  bool countsOnY = false;               // y counts cases (histograms, counts without a y)
-  bool overlapping = false;             // groups drawn over one another: draw translucent
+  // Style-by categories drawn as marker shapes, dashes or hatching, or null.
+  const BoundColumn* styles = nullptr;
+  // The size aesthetic's variable (points), and the range of its values.
+  const BoundColumn* sizes = nullptr;
+  double sizeLo = 0, sizeHi = 0;
+  std::optional<Summary> summary;  // what y shows of the data, if summarised
+  bool countsOnY = false;          // y counts cases (histograms, counts without a y)
+  bool overlapping = false;        // groups drawn over one another: draw translucent
 
-  // kPoints
-  std::vector<double> px, py;
+  // kPoints; pz in 3-D frames
+  std::vector<double> px, py, pz;
   std::vector<std::uint16_t> pointGroup;
+  std::vector<std::uint16_t> pointStyle;  // when styles
+  std::vector<double> pointSize;          // when sizes: the size variable's values
   // kLines, kAreas
   std::vector<Series> series;
   // kBars
   std::vector<Bar> bars;
-  // kSlices: one value per group, in group order (a group with no cases: 0)
+  // kSlices: one value per group and style, in that order (group g, style s
+  // at g * styleCount + s; a pair with no cases: 0)
   std::vector<double> slices;
+  std::size_t styleCount = 1;
 };
 
 // The rows of one panel (all rows when the frame has no facets).

@@ -1,0 +1,118 @@
+#include "scene/ChartLegends.h"
+
+#include "scales/Palette.h"
+#include "scales/Ticks.h"
+#include "scene/Marks.h"
+
+namespace chartxml::render {
+namespace {
+
+// A guide's entry; false when `id` names no guide.
+bool addGuide(LegendBlock& block, const ChartModel& model, const std::string& id) {
+  for (const DataFrame& frame : model.frames) {
+    for (const Guide& guide : frame.guides) {
+      if (guide.id != id) continue;
+      const bool reference = guide.type == "line";
+      block.entries.push_back(
+          legendEntry(guide.name.empty() ? guide.id : guide.name, kGuideColor,
+                      reference ? KeyKind::kReferenceLine : KeyKind::kGuideLine));
+      return true;
+    }
+  }
+  return false;
+}
+
+void addColours(LegendBlock& block, const Layer& layer);
+void addStyles(LegendBlock& block, const Layer& layer);
+void addSizes(LegendBlock& block, const Layer& layer);
+
+void addTarget(LegendBlock& block, ChartModel& model, const LegendTarget& target,
+               const std::vector<Layer>& layers) {
+  const Layer* layer = nullptr;
+  for (const Layer& candidate : layers) {
+    if (candidate.element->id == target.element) layer = &candidate;
+  }
+  if (layer == nullptr) {
+    // An element that draws nothing (noted where it was left out) keys
+    // nothing; a guide keys itself.
+    if (model.element(target.element) != nullptr || addGuide(block, model, target.element)) return;
+    model.skip("legend target " + target.element + " (names nothing drawn)");
+    return;
+  }
+  const Element& element = *layer->element;
+  const bool byStyle = target.aesthetic == element.styleById || target.aesthetic == "styleBy";
+  if (target.aesthetic == "size" && layer->sizes != nullptr) {
+    addSizes(block, *layer);
+  } else if (byStyle && layer->styles != nullptr) {
+    addStyles(block, *layer);
+  } else if ((target.aesthetic == "color" || byStyle) && layer->groups != nullptr) {
+    addColours(block, *layer);
+  } else {
+    model.skip("legend of the " + target.aesthetic + " aesthetic of element " + element.id);
+  }
+}
+
+KeyKind keyOf(const Layer& layer) {
+  return layer.kind == LayerKind::kPoints  ? KeyKind::kPoint
+         : layer.kind == LayerKind::kLines ? KeyKind::kLine
+                                           : KeyKind::kBlock;
+}
+
+void addColours(LegendBlock& block, const Layer& layer) {
+  if (block.title.empty()) block.title = layer.groups->variable->title();
+  const std::size_t n = layer.groups->categories.size();
+  for (std::size_t i = 0; i < n; ++i) {
+    block.entries.push_back(legendEntry(layer.groups->categories.labels[i], groupColor(layer, i),
+                                        keyOf(layer), categoryShape(i, n)));
+  }
+}
+
+// Style-by categories keyed in grey: their shape, dashes or hatching is what
+// tells them apart, whatever colour the marks take.
+void addStyles(LegendBlock& block, const Layer& layer) {
+  if (block.title.empty()) block.title = layer.styles->variable->title();
+  const KeyKind key = keyOf(layer);
+  const Color grey = key == KeyKind::kBlock ? Color{190, 190, 190, 255} : kMutedTextColor;
+  for (std::size_t i = 0; i < layer.styles->categories.size(); ++i) {
+    LegendEntry entry = legendEntry(layer.styles->categories.labels[i], grey, key, styleShape(i));
+    if (key == KeyKind::kLine) entry.dash = styleDash(i);
+    if (key == KeyKind::kBlock) entry.hatch = i;
+    block.entries.push_back(std::move(entry));
+  }
+}
+
+// A few nice values across the size variable's range, each with its marker.
+void addSizes(LegendBlock& block, const Layer& layer) {
+  const Variable& variable = *layer.sizes->variable;
+  if (block.title.empty()) block.title = variable.title();
+  const Ticks ticks = niceTicks(layer.sizeLo, layer.sizeHi, 4);
+  for (const double value : ticks.values) {
+    LegendEntry entry = legendEntry(formatValue(value, variable.format, ticks.fractionDigits),
+                                    kMutedTextColor, KeyKind::kPoint);
+    entry.size = markerSize(layer, value);
+    block.entries.push_back(std::move(entry));
+  }
+}
+
+}  // namespace
+
+std::vector<LegendBlock> makeLegends(ChartModel& model, const DataFrame* frame,
+                                     const std::vector<Layer>& layers) {
+  std::vector<LegendBlock> blocks;
+  for (const Legend& legend : model.legends) {
+    LegendBlock block;
+    block.title = legend.title;
+    for (const LegendTarget& target : legend.targets) addTarget(block, model, target, layers);
+    if (!block.entries.empty()) blocks.push_back(std::move(block));
+  }
+  if (!blocks.empty() && frame != nullptr) {
+    for (const Guide& guide : frame->guides) {
+      if (guide.type == "function" && !guide.name.empty()) {
+        blocks.front().entries.push_back(legendEntry(guide.name, kGuideColor, KeyKind::kGuideLine));
+      }
+    }
+  }
+  return blocks;
+}
+
+}  // namespace chartxml::render
