@@ -383,6 +383,33 @@ TEST_F(RenderChart, StylesAndSizesAreDrawnAndKeyed) {
   EXPECT_EQ(count(hatched, "class=\"mark hatch\""), 2u) << "the bars of q are hatched, p plain";
 }
 
+TEST_F(RenderChart, TitleSubtitleAndFootnoteTakeTheirPlaces) {
+  const std::string xml = document(
+      variable("vx", "X", false) + variable("vy", "Y", false),
+      kAxes +
+          "<element id=\"e\" type=\"line\"><x variable=\"vx\"/><y variable=\"vy\"/>"
+          "</element>",
+      "<frame id=\"frame_subtitle_1\"><label id=\"label_subtitle_1\">Second line</label></frame>"
+      "<frame id=\"frame_footnote_1\"><label id=\"label_footnote_1\">Source: a survey</label>"
+      "</frame>");
+  ASSERT_TRUE(load(xml, "X,Y\n1,2\n2,4\n")) << renderer.error();
+  EXPECT_TRUE(renderer.skipped().empty());
+  const std::string picture = svg();
+  const auto rowOf = [&](const std::string& role) {
+    std::smatch at;
+    const std::regex text("<text class=\"" + role + "\"[^>]*><tspan x=\"[-0-9.]+\" y=\"([-0-9.]+)");
+    return std::regex_search(picture, at, text) ? std::stod(at[1].str()) : -1.0;
+  };
+  EXPECT_EQ(texts(picture, "subtitle"), std::vector<std::string>{"Second line"});
+  EXPECT_EQ(texts(picture, "footnote"), std::vector<std::string>{"Source: a survey"});
+  const double title = rowOf("title"), subtitle = rowOf("subtitle"), footnote = rowOf("footnote");
+  const double axis = rowOf("axis-title x");
+  EXPECT_GT(title, 0);
+  EXPECT_LT(title, subtitle) << "the subtitle under the title";
+  EXPECT_LT(axis, footnote) << "the footnote under everything";
+  EXPECT_LE(footnote, 600);
+}
+
 TEST_F(RenderChart, WhatCannotBeDrawnIsNamedOnceAndTheRestIsDrawn) {
   const std::string xml = document(
       variable("vx", "X", false) + variable("vy", "Y", false),
