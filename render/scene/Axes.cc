@@ -8,12 +8,6 @@
 namespace chartxml::render {
 namespace {
 
-constexpr Font kTickFont{11, false};
-constexpr Font kTitleFont{12, false};
-constexpr double kTickLength = 5;
-constexpr double kLabelGap = 3;    // between a tick's end and its label
-constexpr double kTitleGap = 8;    // between the labels and the axis title
-constexpr double kLabelSpace = 8;  // the least room between two labels
 constexpr double kSin45 = 0.7071067811865476;
 
 // Where the ticks lie along an axis `length` long, from its start.
@@ -113,7 +107,7 @@ void planAxis(AxisPlan& plan, double length, TextEngine& text) {
     break;
   }
   plan.labelDepth = depthOf(plan, text);
-  plan.titleDepth = plan.title.empty() ? 0 : text.measure(plan.title, kTitleFont).height;
+  plan.titleDepth = plan.title.empty() ? 0 : text.measure(plan.title, kAxisTitleFont).height;
 }
 
 double axisDepth(const AxisPlan& plan) {
@@ -184,7 +178,7 @@ void drawAxisTitle(Scene& scene, const AxisPlan& plan, const Rect& span) {
   if (!plan.drawn || plan.title.empty()) return;
   TextItem title;
   title.text = plan.title;
-  title.font = kTitleFont;
+  title.font = kAxisTitleFont;
   title.color = kTextColor;
   const double depth = kTickLength + kLabelGap + plan.labelDepth + kTitleGap;
   if (plan.side == AxisSide::kBottom) {

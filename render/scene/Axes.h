@@ -15,6 +15,14 @@
 
 namespace chartxml::render {
 
+// The look every axis shares, flat or in a cube.
+inline constexpr Font kTickFont{11, false};
+inline constexpr Font kAxisTitleFont{12, false};
+inline constexpr double kTickLength = 5;
+inline constexpr double kLabelGap = 3;    // between a tick's end and its label
+inline constexpr double kTitleGap = 8;    // between the labels and the axis title
+inline constexpr double kLabelSpace = 8;  // the least room between two labels side by side
+
 enum class AxisSide { kBottom, kLeft };
 
 struct AxisPlan {

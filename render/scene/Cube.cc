@@ -6,19 +6,14 @@
 #include <limits>
 
 #include "scales/Palette.h"
+#include "scene/Axes.h"
 #include "scene/Projection.h"
 
 namespace chartxml::render {
 namespace {
 
-constexpr Font kTickFont{11, false};
-constexpr Font kTitleFont{12, false};
-constexpr double kTickLength = 5;
-constexpr double kLabelGap = 3;    // between a tick's end and its label
-constexpr double kTitleGap = 8;    // between the labels and the axis title
-constexpr double kLabelSpace = 8;  // the least room between two labels side by side
-constexpr double kLineSpace = 2;   // the least room between two labels one above the other
-constexpr double kHair = 1e-9;     // how far outside the cube a point may lie and still count
+constexpr double kLineSpace = 2;  // the least room between two labels one above the other
+constexpr double kHair = 1e-9;    // how far outside the cube a point may lie and still count
 // An edge shorter than this share of the cube's size is seen end on: its
 // axis is left out rather than crowd its labels into a point.
 constexpr double kEndOn = 0.05;
@@ -276,13 +271,13 @@ void CubeLayout::placeTitle(EdgeAxis& axis) {
       }
     }
   }
-  const TextBox size = text_.measure(title, kTitleFont);
+  const TextBox size = text_.measure(title, kAxisTitleFont);
   const Alignment align = alignFor(axis.normal);
   const Vec anchor = (reach + kTitleGap) * axis.normal;
   TextItem& item = axis.titleText;
   item = {};
   item.text = title;
-  item.font = kTitleFont;
+  item.font = kAxisTitleFont;
   item.color = kTextColor;
   item.role = std::string("axis-title ") + kAxisNames[axis.index];
   Box box;

@@ -493,20 +493,28 @@ class Builder {
     drawAxis(scene_, upward, view, panel.column == 0);
   }
 
+  // A grey box with a text in its middle: panel labels and the matrix's
+  // diagonal cells.
+  void labelledBox(const Rect& box, const std::string& label, const Font& font, double angle,
+                   const char* boxRole) {
+    ShapeItem back;
+    back.path.rectangle(box.x, box.y, box.width, box.height);
+    back.filled = true;
+    back.fill = kStripColor;
+    back.role = boxRole;
+    scene_.items.emplace_back(std::move(back));
+    TextItem item = text(label, font, kTextColor, box.x + box.width / 2, box.y + box.height / 2,
+                         0.5, "panel-label");
+    item.vAlign = 0.5;
+    item.angle = angle;
+    scene_.items.emplace_back(std::move(item));
+  }
+
   // A matrix cell of a variable against itself: the variable's name.
   void drawDiagonal(const Panel& panel) {
     const Rect& area = panel.area;
-    ShapeItem back;
-    back.path.rectangle(area.x, area.y, area.width, area.height);
-    back.filled = true;
-    back.fill = kStripColor;
-    back.role = "panel-diagonal";
-    scene_.items.emplace_back(std::move(back));
-    TextItem name =
-        text(wrapped(panel.diagonalLabel, kDiagonalFont, area.width - 12, text_), kDiagonalFont,
-             kTextColor, area.x + area.width / 2, area.y + area.height / 2, 0.5, "panel-label");
-    name.vAlign = 0.5;
-    scene_.items.emplace_back(std::move(name));
+    labelledBox(area, wrapped(panel.diagonalLabel, kDiagonalFont, area.width - 12, text_),
+                kDiagonalFont, 0, "panel-diagonal");
   }
 
   void drawCubePanel(const Panel& panel, const PointLook& look) {
@@ -541,17 +549,7 @@ class Builder {
   void drawStrips(const Panel& panel, double depth) {
     const Rect& area = panel.area;
     const auto strip = [&](const Rect& box, const std::string& label, double angle) {
-      ShapeItem back;
-      back.path.rectangle(box.x, box.y, box.width, box.height);
-      back.filled = true;
-      back.fill = kStripColor;
-      back.role = "panel-strip";
-      scene_.items.emplace_back(std::move(back));
-      TextItem item = text(label, kStripFont, kTextColor, box.x + box.width / 2,
-                           box.y + box.height / 2, 0.5, "panel-label");
-      item.vAlign = 0.5;
-      item.angle = angle;
-      scene_.items.emplace_back(std::move(item));
+      labelledBox(box, label, kStripFont, angle, "panel-strip");
     };
     if (!panel.columnLabel.empty()) {
       strip({area.x, area.y - depth, area.width, depth}, panel.columnLabel, 0);
