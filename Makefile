@@ -1,12 +1,17 @@
 # Two commands do everything on a fresh Debian machine:
 #   make demo   installs what is missing, builds, and runs the main job
 #   make test   installs what is missing, builds, and runs every test
+# and for CI, `make test-sanitize` (the tests under the sanitizers) and
+# `make fuzz` (the fuzz targets of fuzz/, built with clang, FUZZ_SECONDS each).
 BUILD ?= build
 ASAN_BUILD ?= build-asan
+FUZZ_BUILD ?= build-fuzz
+FUZZ_SECONDS ?= 60
+FUZZ_TARGETS ?= cx csv check
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
 
-.PHONY: all deps configure build demo test test-sanitize bench format clean
+.PHONY: all deps configure build demo test test-sanitize fuzz bench format clean
 
 all: build
 
@@ -21,7 +26,9 @@ configure: $(BUILD)/CMakeCache.txt
 build: deps configure
 	cmake --build $(BUILD) -j $(JOBS)
 
+# The gallery in ./out is the demo's own: an earlier one makes way for it.
 demo: build
+	rm -f out/chart-[0-9]*.* out/index.txt out/index.html
 	./$(BUILD)/tools/chartxml demo
 
 test: build
@@ -38,6 +45,18 @@ test-sanitize: deps
 	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
 	  ctest --test-dir $(ASAN_BUILD) --output-on-failure -j $(JOBS)
 
+# libFuzzer targets (fuzz/): the CX_ call sequences, the CSV reader and its
+# dictionary, and the document check. Built with clang in $(FUZZ_BUILD)/ (the
+# libraries instrumented, ASan and UBSan on), then each runs FUZZ_SECONDS over
+# a copy of its seeds in fuzz/corpus/. Fails on any finding; findings and logs
+# go to $(FUZZ_BUILD)/findings/, the grown corpus stays in $(FUZZ_BUILD)/corpus/.
+fuzz: deps
+	cmake -S . -B $(FUZZ_BUILD) -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
+	  -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCHARTXML_FUZZ=ON \
+	  -DCHARTXML_BUILD_TESTS=OFF -DCHARTXML_BUILD_BENCH=OFF
+	cmake --build $(FUZZ_BUILD) -j $(JOBS) --target $(addprefix fuzz_,$(FUZZ_TARGETS))
+	bash fuzz/run.sh $(FUZZ_BUILD) $(FUZZ_SECONDS) $(FUZZ_TARGETS)
+
 bench: build
 	@for b in $(BUILD)/bench/bench_*; do [ -x "$$b" ] && "$$b"; done
 
@@ -45,4 +64,4 @@ format:
 	clang-format -i $$(git ls-files '*.cc' '*.h' '*.c')
 
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD)
+	rm -rf $(BUILD) $(ASAN_BUILD) $(FUZZ_BUILD)

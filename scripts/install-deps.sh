@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # Installs every build and test dependency from Debian packages.
 # Does nothing (and needs no network) when they are all present. Chromium
-# is for the test that opens the demo's gallery page in a real browser.
+# is for the test that opens the demo's gallery page in a real browser; clang,
+# its runtime libraries (libFuzzer, the sanitizers) and llvm's symbolizer are
+# for `make fuzz`.
 set -euo pipefail
 
 packages=(
@@ -11,6 +13,7 @@ packages=(
   gfortran
   libcairo2-dev libpango1.0-dev fonts-dejavu-core fonts-noto-cjk
   chromium
+  clang libclang-rt-14-dev llvm
 )
 
 missing=()

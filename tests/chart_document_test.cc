@@ -1,7 +1,10 @@
 // The chart document: its initial shape, element handles, ids and style
 // references, and the shared checks, driven through the facade.
+#include <chrono>
+
 #include <xercesc/dom/DOMNodeList.hpp>
 
+#include "chartxml/host/ChartBase.h"
 #include "chartxml/host/KytoUni.h"
 #include "test_support.h"
 
@@ -213,6 +216,73 @@ TEST_F(ChartDocumentTest, SetLogUnsafeTurnsOffTheSafeParameter) {
   EXPECT_EQ(attr(ySafe, u"value"), "false");
   EXPECT_EQ(attr(xSafe, u"value"), "true");
   EXPECT_TRUE(messages().empty());
+}
+
+TEST_F(ChartDocumentTest, FramesNestAsDeepAsTheHostReads) {
+  const int chart = newChart();
+  // The document element is the first level: 511 nested frames reach the
+  // deepest level the host reads.
+  int frame = 0;
+  for (int level = 2; level <= ChartBase::kMaxDepth; ++level) {
+    frame = cx->AddFrame(chart, frame, -1);
+    ASSERT_GE(frame, 0) << "level " << level;
+  }
+  const std::string before = cx->GetXmlBuffer(chart);
+  EXPECT_EQ(cx->AddFrame(chart, frame, -1), -1);
+  EXPECT_EQ(cx->AddElementGroup(chart, frame, -1), -1);
+  EXPECT_EQ(cx->AddLabel(chart, frame, -1, str("deep")), -1);
+  EXPECT_EQ(messages(), (std::vector<std::string>{
+                            "can't add frame deeper than 512 levels - frame",
+                            "can't add elementGroup deeper than 512 levels - frame",
+                            "can't add label deeper than 512 levels - frame",
+                        }));
+  EXPECT_TRUE(cx->GetXmlBuffer(chart) == before);  // a failure would print a megabyte
+  // What was taken reads back: the chart ends and is sent.
+  const int sent = cxh_sent_count();
+  EXPECT_EQ(cx->EndChart(chart), 0);
+  EXPECT_EQ(cxh_sent_count(), sent + 1);
+}
+
+TEST_F(ChartDocumentTest, ChildrenKeepTheirPlacesAcrossRemovalsAndDirectAppends) {
+  const int chart = newChart();
+  const int frame = cx->AddFrame(chart, 0, -1);
+  cx->AddElement(chart, frame, str("point"), -1);
+  cx->AddLabel(chart, frame, -1, str("first"));
+  cx->AddDimension(chart, frame, 1, -1);
+  EXPECT_EQ(childTags(elementAt(chart, frame)), "dimension element label");
+  // A new label takes the old one's place out; what follows is placed as if
+  // it had never been there.
+  cx->AddLabel(chart, frame, -1, str("second"));
+  cx->AddGuide(chart, frame, str("line"), -1);
+  cx->AddCoordinateTransform(chart, frame, str("polar"));
+  cx->AddLabel(chart, frame, -1, str("third"));
+  cx->AddDimension(chart, frame, 2, -1);
+  EXPECT_EQ(childTags(elementAt(chart, frame)),
+            "coordinateTransform dimension dimension element guide label");
+  // Children appended through the document count as well.
+  DOMElement* top = root(chart);
+  top->appendChild(cx->getChart(chart)->createElement(u"style"));
+  cx->AddFrame(chart, 0, -1);
+  cx->AddDomain(chart, true);
+  top->appendChild(cx->getChart(chart)->createElement(u"domain"));
+  cx->AddDomain(chart, false);
+  EXPECT_EQ(childTags(top), "domain domain frame frame style domain");
+  EXPECT_TRUE(messages().empty());
+}
+
+TEST_F(ChartDocumentTest, WideChartsTakeTimeInProportionToTheirSize) {
+  // Placing a frame used to read every earlier one, and completion counted
+  // the frames anew for each graph it looked at: this chart took minutes.
+  // In proportion to its size it takes a second or two, several under
+  // sanitizers.
+  constexpr int kFrames = 40000;
+  const int chart = newChart();
+  const auto start = std::chrono::steady_clock::now();
+  for (int i = 0; i < kFrames; ++i) {
+    ASSERT_GE(cx->AddDimension(chart, cx->AddFrame(chart, 0, -1), 1, -1), 0);
+  }
+  EXPECT_EQ(cx->EndChart(chart), 0);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(60));
 }
 
 }  // namespace

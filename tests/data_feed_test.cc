@@ -81,13 +81,31 @@ TEST_F(DataFeedTest, ValuesThatAreNoDataValues) {
   EXPECT_TRUE(messages().empty());
 }
 
+// A value that ends a chart says so at that call, naming chart and handle.
 TEST_F(DataFeedTest, AFailedChartRefusesDataAndIsDiscarded) {
   cx->AddRow(chart, src);
   EXPECT_EQ(cx->SetFatalError(chart), chart);
   EXPECT_EQ(cx->AddRow(chart, src), -1);
   EXPECT_NE(cx->getChart(chart), nullptr);
+  EXPECT_TRUE(messages().empty());
   EXPECT_EQ(cx->AddDataValue(chart, src, city, str("x")), -1);
+  EXPECT_EQ(messages(), std::vector<std::string>{
+                            "chart " + std::to_string(chart) +
+                            " discarded: a data value came after the chart's fatal error"});
   EXPECT_EQ(cx->getChart(chart), nullptr);
+
+  cxh_clear_reports();
+  const int second = newChart();
+  cx->SetDataSource(second, source);
+  const int secondSource = cx->AddSource(second);
+  const int weight = cx->AddVariable(second, secondSource, 2, false);
+  cx->AddRow(second, secondSource);
+  EXPECT_EQ(cx->AddDoubleDataValue(second, secondSource, weight, 70.5), 0);
+  EXPECT_EQ(cx->AddDoubleDataValue(second, secondSource, 999, 1.0), -1);
+  EXPECT_EQ(messages(), std::vector<std::string>{"chart " + std::to_string(second) +
+                                                 " discarded: handle 999 names no data-source "
+                                                 "variable of the chart"});
+  EXPECT_EQ(cx->getChart(second), nullptr);
 }
 
 TEST_F(DataFeedTest, UnknownStringHandleStoresWhatTheTableYields) {

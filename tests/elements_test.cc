@@ -1,7 +1,17 @@
 // Elements, positions and aesthetics through the facade: what each builder
 // makes, where it goes among its siblings, and what it refuses.
+#include <cstddef>
+
 #include <xercesc/dom/DOMNodeList.hpp>
 
+#if defined(__SANITIZE_ADDRESS__)
+// The sanitizer runtime's count (its header is not always installed).
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
+#else
+#include <malloc.h>
+#endif
+
+#include "chartxml/host/ChartBase.h"
 #include "test_support.h"
 
 namespace {
@@ -11,6 +21,15 @@ using cxtest::childTags;
 using cxtest::messages;
 using cxtest::Messages;
 using xercesc::DOMElement;
+
+// Bytes the process has allocated and not freed.
+std::size_t allocatedBytes() {
+#if defined(__SANITIZE_ADDRESS__)
+  return __sanitizer_get_current_allocated_bytes();
+#else
+  return mallinfo2().uordblks;
+#endif
+}
 
 class ElementsTest : public cxtest::SourcedChartTest {
  protected:
@@ -258,6 +277,92 @@ TEST_F(ElementsTest, SettersReturnTheirHandleAndRefuseOtherKindsSilently) {
           {"can't set positionModifier attribute for anything but an element frame"});
   refused([&] { return cx->SetDisplayOverlappingLabels(chart, element + 1, true); },
           {"element handle (" + std::to_string(element + 1) + ") names no element"});
+}
+
+TEST_F(ElementsTest, AestheticsTakeTheirPlacesWhateverTheOrderOfCalls) {
+  const int element = cx->AddElement(chart, frame, str("interval"), -1);
+  cx->AddSplit(chart, element, sex);
+  cx->AddColor(chart, element, sex);
+  cx->AddLabeling(chart, element, sex);
+  cx->AddStyleBy(chart, element, sex);
+  cx->AddPosition(chart, element);
+  EXPECT_EQ(childTags(at(element)), "position styleBy labeling split color");
+  cx->AddX(chart, element, sex);
+  cx->AddFacetStyle(chart, element, str("cell"), -1);
+  cx->AddY(chart, element, income);
+  cx->AddX(chart, element, income);
+  cx->AddColor(chart, element, income);
+  cx->AddLabeling(chart, element, income);
+  cx->AddStatistic(chart, element, str("count"));
+  EXPECT_EQ(childTags(at(element)),
+            "facetStyle position statistic x x y styleBy labeling labeling split color color");
+  EXPECT_TRUE(messages().empty());
+}
+
+TEST_F(ElementsTest, BuildersRefuseWhatWouldNestDeeperThanTheHostReads) {
+  // Levels count from the document element; the fixture's frame is level 2.
+  int upper = frame;
+  for (int level = 3; level < ChartBase::kMaxDepth - 1; ++level) {
+    upper = cx->AddFrame(chart, upper, -1);
+  }
+  const int deep = cx->AddFrame(chart, upper, -1);  // level 511: one more level fits
+  const int element = cx->AddElement(chart, deep, str("point"), -1);
+  ASSERT_GE(element, 0);
+  const std::string tooDeep = " deeper than 512 levels - ";
+  refused([&] { return cx->AddPosition(chart, element); },
+          {"can't add position" + tooDeep + "element"});
+  refused([&] { return cx->AddY(chart, element, income); }, {"can't add y" + tooDeep + "element"});
+  refused([&] { return cx->AddColor(chart, element, sex); },
+          {"can't add color" + tooDeep + "element"});
+  // Not even the style cycle, which would go to the top, is made.
+  refused([&] { return cx->AddStyleByColor(chart, element, sex); },
+          {"can't add styleBy" + tooDeep + "element"});
+  refused([&] { return cx->AddLabeling(chart, element, sex); },
+          {"can't add labeling" + tooDeep + "element"});
+  const int count = str("count");
+  refused([&] { return cx->AddStatistic(chart, element, count); },
+          {"can't add statistic" + tooDeep + "element"});
+  // A binned element needs four levels: element, position, statistic and
+  // its parameters.
+  const int type = str("point");
+  refused([&] { return cx->AddBinnedElement(chart, deep, type, -1, sex, income); },
+          {"can't add element" + tooDeep + "frame"});
+  // An axis keeps a level for the major ticks that completion may give it.
+  const int dimension = cx->AddDimension(chart, upper, 1, -1);
+  ASSERT_GE(dimension, 0);
+  refused([&] { return cx->AddAxis(chart, dimension, -1, false); },
+          {"can't add axis" + tooDeep + "dimension"});
+  // Facet algebra nests as deep as frames do.
+  int node = cx->AddCoordinateFacet(chart, frame);
+  for (int level = 4; level <= ChartBase::kMaxDepth; ++level) node = cx->AddCross(chart, node);
+  ASSERT_GE(node, 0);
+  refused([&] { return cx->AddNest(chart, node); }, {"can't add nest" + tooDeep + "cross"});
+  refused([&] { return cx->AddFacetVariable(chart, node, 1, sex); },
+          {"can't add facetVariable" + tooDeep + "cross"});
+
+  // Four levels below level 508 are taken, and everything taken reads back.
+  cxh_clear_reports();
+  int roomy = frame;
+  for (int level = 3; level <= ChartBase::kMaxDepth - 4; ++level) {
+    roomy = cx->AddFrame(chart, roomy, -1);
+  }
+  EXPECT_GE(cx->AddBinnedElement(chart, roomy, type, -1, sex, income), 0);
+  EXPECT_TRUE(messages().empty());
+  EXPECT_EQ(cx->EndChart(chart), 0);
+}
+
+TEST_F(ElementsTest, PointsSharingAStyleGrowItInProportion) {
+  // Each point without a suffix adds to the one style they share. Setting
+  // the whole value anew for each kept every earlier copy in the document:
+  // some 375 MB for these points, where in proportion they take a few.
+  constexpr int kPoints = 5000;
+  const int type = str("point");
+  const std::size_t before = allocatedBytes();
+  for (int i = 0; i < kPoints; ++i) ASSERT_GE(cx->AddElement(chart, frame, type, -1), 0);
+  EXPECT_LT(allocatedBytes(), before + 64 * 1024 * 1024);
+  std::string expected = "fill-pattern:0";
+  for (int i = 1; i < kPoints; ++i) expected += ";fill-pattern:0";
+  EXPECT_TRUE(attr(byId(chart, u"_default_style"), u"value") == expected);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <memory>
 #include <string>
 #include <tuple>
@@ -109,8 +110,28 @@ TEST_F(DataSourceTest, ReadsQuotesByteOrderMarkCrlfAndEmptyLines) {
   EXPECT_EQ(numbers(*source, 0), (Numbers{1, kMissing, 2, kMissing}));
 }
 
+TEST_F(DataSourceTest, ReadsLinesEndingInALoneCarriageReturn) {
+  Source source = load("id,note\r1,\"two\rlines\"\r2,\r\r");
+  ASSERT_NE(source, nullptr) << lastReport();
+  ASSERT_EQ(source->ColumnCount(), 2);
+  ASSERT_EQ(source->RowCount(), 2);
+  EXPECT_EQ(row(*source, 0), "1|two\rlines");
+  EXPECT_EQ(row(*source, 1), "2|");
+  EXPECT_EQ(source->LineOfRow(1), 4);
+  EXPECT_EQ(numbers(*source, 0), (Numbers{1, 2}));
+}
+
 TEST_F(DataSourceTest, RefusesMalformedFilesNamingFileAndLine) {
-  const std::tuple<const char*, int, const char*> cases[] = {
+  const std::tuple<std::string, int, const char*> cases[] = {
+      {"a,b\r1,2\r3\r", 3, "row has 1 field; the header has 2"},
+      {"a,b\n1,2\n\xEF\xBB\xBF"
+       "3,4\n",
+       3, "a byte order mark is only allowed at the very start of the file"},
+      {"\xEF\xBB\xBF\xEF\xBB\xBF"
+       "a\n1\n",
+       1, "byte order mark"},
+      {"a,\"x\ny\"\n1,\"\xEF\xBB\xBF\"\n", 3, "byte order mark"},
+      {std::string("a,b\0c\n1,2\n", 10), 1, "variable name of column 2 contains a NUL byte"},
       {"a,b\n1,2\n3\n", 3, "row has 1 field; the header has 2"},
       {"a,b\n\"x\ny\",2\n1,2,3\n", 4, "row has 3 fields"},
       {"a,b\n1,2\n\n3,4\n", 3, "row has 1 field"},
@@ -169,6 +190,26 @@ TEST_F(DataSourceTest, TypesColumnsAndGuessesFormatsWithoutADictionary) {
   EXPECT_EQ(source->GetString(0, 7), "");
 }
 
+TEST_F(DataSourceTest, ReadsInfinitiesAsNumbersAndQuotedFieldsAsTexts) {
+  constexpr double kInf = std::numeric_limits<double>::infinity();
+  Source source = load(
+      "inf,big,quoted,blank\n"
+      "inf,123456789012.5,\"123\",1\n"
+      "-inf,+Infinity,1,\"\"\n"
+      " +inf ,-INF,2,3\n");
+  ASSERT_NE(source, nullptr) << lastReport();
+  EXPECT_EQ(numbers(*source, 0), (Numbers{kInf, -kInf, kInf}));
+  EXPECT_EQ(numbers(*source, 1), (Numbers{123456789012.5, kInf, -kInf}));
+  EXPECT_EQ(row(*source, 1), "-inf|inf|1|");
+  // Infinities leave the guessed width to the finite values.
+  EXPECT_EQ(source->GetVariable(1)->GetFormatEx(), VORN_Format(5, 14, 1));
+  // One quoted field, even an empty one, makes the column text.
+  EXPECT_TRUE(source->GetVariable(2)->IsString());
+  EXPECT_TRUE(source->GetVariable(3)->IsString());
+  EXPECT_EQ(source->GetString(0, 2), "123");
+  EXPECT_EQ(row(*source, 2), "inf|-inf|2|3");
+}
+
 TEST_F(DataSourceTest, AppliesTheDictionary) {
   const std::string path =
       write("survey.csv", "sex,income,city\n1,1000.5,Oslo\n2,,Bergen\n9,20,Oslo\n");
@@ -221,35 +262,86 @@ TEST_F(DataSourceTest, AppliesTheDictionary) {
   EXPECT_EQ(*city.GetValueLabels().Find(std::string("Oslo")), "Capital");
 }
 
-TEST_F(DataSourceTest, RefusesABadDictionaryNamingTheFileAndVariable) {
-  const std::pair<const char*, const char*> cases[] = {
-      {R"("nope": {})", "variable \"nope\": no such variable"},
-      {R"("n": { "format": { "type": 0 } })", "type 0 is not in 1..40"},
-      {R"("n": { "format": { "type": 41 } })", "type 41 is not in 1..40"},
-      {R"("n": { "format": { "width": 0 } })", "width 0 is not in 1..40"},
-      {R"("n": { "format": { "width": 41 } })", "width 41 is not in 1..40"},
-      {R"("s": { "format": { "width": 32768 } })", "width 32768 is not in 1..32767"},
-      {R"("n": { "format": { "decimals": 17, "width": 30 } })", "decimals 17 is not in 0..16"},
-      {R"("n": { "format": { "type": 5, "width": 4, "decimals": 4 } })", "decimals 4 leave"},
-      {R"("n": { "format": { "type": 1 } })", "numeric variable cannot have format type 1"},
-      {R"("s": { "format": { "type": 5 } })", "text variable needs format type 1"},
-      {R"("n": { "format": { "width": 8.5 } })", "width must be a whole number"},
-      {R"("n": { "measure": "interval" })", "measure \"interval\" is not"},
-      {R"("n": { "valueLabels": { "one": "One" } })", "key \"one\" is not a number"},
-      {R"("s": { "missing": ["x"] })", "only for numeric variables"},
-      {R"("n": { "lable": "typo" })", "unknown key \"lable\""},
+TEST_F(DataSourceTest, RefusesABadDictionaryNamingTheFileLineColumnAndVariable) {
+  // Each problem is placed at the key it concerns.
+  const std::tuple<const char*, const char*, const char*> cases[] = {
+      {R"("nope": {})", "\"nope\"", "variable \"nope\": no such variable"},
+      {R"("n": { "format": { "type": 0 } })", "\"type\"", "type 0 is not in 1..40"},
+      {R"("n": { "format": { "type": 41 } })", "\"type\"", "type 41 is not in 1..40"},
+      {R"("n": { "format": { "width": 0 } })", "\"width\"", "width 0 is not in 1..40"},
+      {R"("n": { "format": { "width": 41 } })", "\"width\"", "width 41 is not in 1..40"},
+      {R"("s": { "format": { "width": 32768 } })", "\"width\"", "width 32768 is not in 1..32767"},
+      {R"("n": { "format": { "decimals": 17, "width": 30 } })", "\"decimals\"",
+       "decimals 17 is not in 0..16"},
+      {R"("n": { "format": { "type": 5, "width": 4, "decimals": 4 } })", "\"decimals\"",
+       "decimals 4 leave"},
+      {R"("n": { "format": { "type": 1 } })", "\"type\"",
+       "numeric variable cannot have format type 1"},
+      {R"("s": { "format": { "type": 5 } })", "\"type\"", "text variable needs format type 1"},
+      {R"("n": { "format": { "width": 8.5 } })", "\"width\"", "width must be a whole number"},
+      {R"("n": { "measure": "interval" })", "\"measure\"", "measure \"interval\" is not"},
+      {R"("n": { "valueLabels": { "one": "One" } })", "\"one\"", "key \"one\" is not a number"},
+      {R"("s": { "missing": ["x"] })", "\"missing\"", "only for numeric variables"},
+      {R"("n": { "lable": "typo" })", "\"lable\"", "unknown key \"lable\""},
   };
   const std::string path = write("d.csv", "n,s\n1,a\n");
   const std::string dictionary = path + ".dict.json";
-  for (const auto& [variables, problem] : cases) {
+  for (const auto& [variables, key, problem] : cases) {
     SCOPED_TRACE(variables);
-    write("d.csv.dict.json", std::string(R"({"variables": {)") + variables + "}}");
+    const std::string json = std::string(R"({"variables": {)") + variables + "}}";
+    write("d.csv.dict.json", json);
     const std::string message = refusal(path);
-    EXPECT_EQ(message.rfind(dictionary + ": variable \"", 0), 0u) << message;
+    const std::string at = ":1:" + std::to_string(json.find(key) + 1) + ": variable \"";
+    EXPECT_EQ(message.rfind(dictionary + at, 0), 0u) << message;
     EXPECT_NE(message.find(problem), std::string::npos) << message;
+    EXPECT_EQ(cxh_report_line(0), 1);
   }
-  write("d.csv.dict.json", R"({"variables": {"n": )");
-  EXPECT_EQ(refusal(path).rfind(dictionary + ": malformed JSON", 0), 0u) << lastReport();
+
+  // Lines count from the top of the file; a problem that is no key's is
+  // placed where the JSON goes wrong.
+  const std::pair<const char*, const char*> placed[] = {
+      {"{\"variables\": {\n  \"n\": {\n    \"measure\": 1}}}",
+       ":3:5: variable \"n\": measure 1 is not nominal, ordinal or scale"},
+      {"\n  [1]", ":2:3: the dictionary must be a JSON object"},
+      {"{\"variables\": {},\r\n \"varables\": {}}", ":2:2: unknown key \"varables\""},
+      {"{\"variables\": {\n  \"n\": {\"label\": }\n}}",
+       ":2:18: malformed JSON: syntax error while parsing value - unexpected '}'; expected '[', "
+       "'{', or a literal"},
+      {R"({"variables": {"n": )",
+       ":1:21: malformed JSON: syntax error while parsing value - unexpected end of input; "
+       "expected '[', '{', or a literal"},
+  };
+  for (const auto& [json, expected] : placed) {
+    SCOPED_TRACE(json);
+    write("d.csv.dict.json", json);
+    EXPECT_EQ(refusal(path), dictionary + expected);
+  }
+}
+
+TEST_F(DataSourceTest, RefusesADictionaryKeyGivenTwiceNamingBothLines) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"{\n  \"variables\": {\n    \"n\": { \"label\": \"a\",\n           \"label\": \"b\" } } }",
+       ":4:12: variable \"n\": key \"label\" is given twice; the first is at line 3"},
+      {"{\"variables\": {\n  \"n\": {},\n  \"s\": {},\n  \"n\": {}\n}}",
+       ":4:3: variable \"n\" is given twice; the first is at line 2"},
+      {"{\"variables\": {},\n \"variables\": {}}",
+       ":2:2: key \"variables\" is given twice; the first is at line 1"},
+      {"{\"variables\": {\"n\": {\"format\": {\"width\": 8,\n \"width\": 9}}}}",
+       ":2:2: variable \"n\": format key \"width\" is given twice; the first is at line 1"},
+      {R"({"variables": {"n": {"valueLabels": {"1": "a",)"
+       "\n"
+       R"("1": "b"}}}})",
+       ":2:1: variable \"n\": value label key \"1\" is given twice; the first is at line 1"},
+      // The same key spelt with an escape is still the same key.
+      {R"({"variables": {"s": {"label": "a", "l\u0061bel": "b"}}})",
+       ":1:36: variable \"s\": key \"label\" is given twice; the first is at line 1"},
+  };
+  const std::string path = write("d.csv", "n,s\n1,a\n");
+  for (const auto& [json, expected] : cases) {
+    SCOPED_TRACE(json);
+    write("d.csv.dict.json", json);
+    EXPECT_EQ(refusal(path), path + ".dict.json" + expected);
+  }
 }
 
 TEST_F(DataSourceTest, ProcedureDictionaryMapsOneBasedNumbersToColumns) {

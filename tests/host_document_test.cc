@@ -2,6 +2,7 @@
 // error handling, keys and the report and debug logs.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <sstream>
 #include <string>
@@ -178,6 +179,29 @@ TEST_F(ChartDocument, PrinterHandlesTreesDeeperThanTheCallStack) {
                                          open + "<g/>" + close + "</visualization>");
 }
 
+TEST_F(ChartDocument, IndentationStopsGrowingBelowTheDeepestReadableLevel) {
+  // No deeper document reads back, and indenting on would make the text grow
+  // with the square of the depth: gigabytes for 100,000 levels.
+  constexpr int kLevels = 2000;
+  Doc d;
+  DOMElement* chain = d.doc->createElement(u"g");
+  for (int i = 1; i < kLevels; ++i) {
+    DOMElement* parent = d.doc->createElement(u"g");
+    parent->appendChild(chain);
+    chain = parent;
+  }
+  d.root()->appendChild(chain);
+  auto indent = [](int level) {
+    return std::string(2 * static_cast<std::size_t>(std::min(level, ChartBase::kMaxDepth)), ' ');
+  };
+  std::string expected = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<visualization>\n";
+  for (int level = 1; level < kLevels; ++level) expected += indent(level) + "<g>\n";
+  expected += indent(kLevels) + "<g/>\n";
+  for (int level = kLevels - 1; level >= 1; --level) expected += indent(level) + "</g>\n";
+  expected += "</visualization>\n";
+  EXPECT_TRUE(print(d.doc, true) == expected);  // a failure would print megabytes
+}
+
 TEST_F(ChartDocument, ValidXmlAcceptsWellFormedTextAndRefusesDoctypesQuickly) {
   std::string laughs = "<?xml version=\"1.0\"?>\n<!DOCTYPE lolz [\n<!ENTITY lol0 \"lol\">\n";
   for (int i = 1; i < 10; ++i) {
@@ -196,6 +220,10 @@ TEST_F(ChartDocument, ValidXmlAcceptsWellFormedTextAndRefusesDoctypesQuickly) {
       {"<!DOCTYPE x [<!ENTITY e SYSTEM \"file:///etc/passwd\">]><x>&e;</x>", kDoctype},
       {"<!DOCTYPE x SYSTEM \"http://example.invalid/x.dtd\"><x/>", kDoctype},
       {"<!DOCTYPE x><x/>", kDoctype},
+      // What the DOM readers refuse is not well formed here either.
+      {"<?xml version=\"1.5\"?><x/>", "XML version \"1.5\" is not supported"},
+      {"<?xml version=\"1.*\"?><x/>", "XML version \"1.*\" is not supported"},
+      {"<?xml version=\"1.1\"?><x/>", nullptr},
   };
   const auto start = std::chrono::steady_clock::now();
   for (const auto& [xml, report] : cases) {

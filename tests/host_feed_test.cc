@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "chartxml/host/Platform.h"
 #include "chartxml/host/VarDataProcessor.h"
 
 namespace {
@@ -176,6 +177,35 @@ TEST(VarDataProcessor, WritesCsvWithQuoting) {
             "-35,\"two\nlines\",\n"
             ",\"cr\rhere\",1000\n"
             "1e+21,plain,\n");
+}
+
+TEST(VarDataProcessor, WritesShortestExactNumbersAndQuotesTextsThatReadAsNumbers) {
+  constexpr double kInf = std::numeric_limits<double>::infinity();
+  Feed f;
+  Record* num = f.add("num");
+  Record* text = f.add("text");
+  const double values[] = {0.1 + 0.2,     std::numeric_limits<double>::max(),
+                           5e-324,        -0.0,
+                           kInf,          -kInf,
+                           std::nan(""),  kVornMissingValue,
+                           123456789.0125};
+  const char* const texts[] = {"123", "1e5", "inf", " 12", "-Infinity", "NaN", "", "12a", "+7"};
+  for (std::uint32_t row = 0; row < 9; ++row) {
+    f.feed.SetVariableValue(num, row, values[row]);
+    f.feed.SetStringVariableValue(text, row, texts[row]);
+  }
+  // NaN and the host's missing value both write a missing cell.
+  EXPECT_EQ(f.feed.ToCsv("s"),
+            "num,text\n"
+            "0.30000000000000004,\"123\"\n"
+            "1.7976931348623157e+308,\"1e5\"\n"
+            "5e-324,\"inf\"\n"
+            "-0,\" 12\"\n"
+            "inf,\"-Infinity\"\n"
+            "-inf,\"NaN\"\n"
+            ",\n"
+            ",12a\n"
+            "123456789.0125,\"+7\"\n");
 }
 
 }  // namespace

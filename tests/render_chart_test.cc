@@ -123,6 +123,9 @@ TEST_F(RenderChart, RefusesWhatIsNotAChartOrHasNoUsableData) {
   EXPECT_FALSE(
       load("<!DOCTYPE v [<!ENTITY e SYSTEM \"file:///etc/passwd\">]><visualization/>", ""));
   EXPECT_NE(renderer.error().find("DOCTYPE"), std::string::npos) << renderer.error();
+  EXPECT_FALSE(load("<?xml version=\"1.5\"?><visualization/>", ""));
+  EXPECT_EQ(renderer.error(),
+            "test.xml: XML version \"1.5\" is not supported: a chart document is XML 1.0 or 1.1");
   EXPECT_FALSE(renderer.picture(PictureFormat::kPng)) << "a refused chart leaves nothing to draw";
 
   const std::string xy = document(variable("vx", "X", false) + variable("vy", "Y", false),
@@ -408,6 +411,18 @@ TEST_F(RenderChart, TitleSubtitleAndFootnoteTakeTheirPlaces) {
   EXPECT_LT(title, subtitle) << "the subtitle under the title";
   EXPECT_LT(axis, footnote) << "the footnote under everything";
   EXPECT_LE(footnote, 600);
+
+  // A title wider than the picture breaks into lines rather than run off it.
+  std::string longTitle = xml;
+  const std::string words =
+      "Annual mean atmospheric carbon dioxide measured at the observatory, by year, with its "
+      "growth on the previous year and the mean of every decade since measurements began";
+  longTitle.replace(longTitle.find("The title"), 9, words);
+  ASSERT_TRUE(load(longTitle, "X,Y\n1,2\n2,4\n")) << renderer.error();
+  const std::string wrappedPicture = svg();
+  const std::size_t start = wrappedPicture.find("<text class=\"title\"");
+  const std::size_t end = wrappedPicture.find("</text>", start);
+  EXPECT_GE(count(wrappedPicture.substr(start, end - start), "<tspan"), 2u);
 }
 
 TEST_F(RenderChart, WhatCannotBeDrawnIsNamedOnceAndTheRestIsDrawn) {

@@ -50,6 +50,22 @@ TEST(RenderData, ReadsNumbersTextsAndMissingCellsAsTheSinkWritesThem) {
   EXPECT_EQ(*t.text(0), "a, \"b\"");
   EXPECT_EQ(*t.text(1), "two\nlines");
   EXPECT_TRUE(t.missing(2));
+  // A quoted field is a text, whatever it spells; infinities in any case.
+  const auto quoted = readCsv("q,i\n\"123\",Infinity\n\"inf\",+INF\n4,-inf\n", "d.csv", error);
+  ASSERT_TRUE(quoted) << error;
+  const DataColumn& q = quoted->columns[0];
+  ASSERT_FALSE(q.textIndex.empty());
+  EXPECT_EQ(*q.text(0), "123");
+  EXPECT_EQ(*q.text(1), "inf");
+  EXPECT_EQ(q.numbers[2], 4);
+  EXPECT_EQ(quoted->columns[1].numbers,
+            (std::vector<double>{std::numeric_limits<double>::infinity(),
+                                 std::numeric_limits<double>::infinity(),
+                                 -std::numeric_limits<double>::infinity()}));
+  // Old Mac line ends, also inside a quoted field.
+  const auto mac = readCsv("a\r\"x\ry\"\r2\r", "d.csv", error);
+  ASSERT_TRUE(mac) << error;
+  EXPECT_EQ(mac->rowLines, (std::vector<std::int32_t>{2, 4}));
   // One column: an empty line is a case whose value is missing.
   const auto single = readCsv("v\n1\n\n3\n", "d.csv", error);
   ASSERT_TRUE(single);

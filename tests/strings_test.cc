@@ -218,4 +218,66 @@ TEST_F(StringsTest, InvalidBytesForTheCodePageAreReported) {
   ASSERT_EQ(messages().size(), 1u);
 }
 
+// A text the output language's code page cannot hold keeps its other
+// characters: only the missing ones become '?', which XML can carry.
+TEST_F(StringsTest, TextsTheCodePageLacksCostOnlyTheirMissingCharacters) {
+  const std::string dir = cxtest::scratchDir("cx-lacking");
+  std::filesystem::create_directories(dir + "/en");
+  std::filesystem::create_directories(dir + "/ru");
+  std::ofstream(dir + "/en/global.txt") << "TITLE\tSales\nBROKEN\tplain\n";
+  std::ofstream(dir + "/ru/global.txt", std::ios::binary)
+      << "TITLE\t\u041E\u0441\u044C \u4E2D\u6587\nBROKEN\tok\xff\n";
+  cxh_set_string_tables(dir.c_str());
+  ChartXml::Terminate();
+  cxh_set_language("ru");
+  cxh_clear_reports();
+  cx = ChartXml::Initialize();
+  const int chart = newChart();
+  const int frame = cx->AddFrame(chart, 0, -1);
+  const int title = cx->AddLabel(chart, frame, -1, cx->NString("TITLE"));
+  ASSERT_GT(title, 0) << "the label is kept";
+  EXPECT_NE(cx->GetXmlBuffer(chart).find(">\u041E\u0441\u044C ?\?</label>"), std::string::npos)
+      << cx->GetXmlBuffer(chart);
+  // Invalid bytes in the table become U+FFFD, which CP1251 lacks too.
+  const int other = cx->AddFrame(chart, 0, -1);
+  ASSERT_GT(cx->AddLabel(chart, other, -1, cx->NString("BROKEN")), 0);
+  EXPECT_NE(cx->GetXmlBuffer(chart).find(">ok?</label>"), std::string::npos);
+  // Each problem is told once, however often the text is used.
+  cx->NString("TITLE");
+  newChart();
+  cx->NString("BROKEN");
+  EXPECT_EQ(messages(),
+            (std::vector<std::string>{
+                dir + "/ru/global.txt:2: string table text is not valid UTF-8; its invalid bytes "
+                      "became U+FFFD",
+                "string table text of TITLE has characters that CP1251 cannot represent (U+4E2D, "
+                "U+6587); they became '?'",
+                "string table text of BROKEN has characters that CP1251 cannot represent "
+                "(U+FFFD); they became '?'",
+            }));
+}
+
+// A handle that passes the range check but names no string yet reads as the
+// empty text: the operation that wanted it goes on.
+TEST_F(StringsTest, NotYetIssuedHandlesReadAsEmptyText) {
+  const int chart = newChart();
+  const int frame = cx->AddFrame(chart, 0, -1);
+  const int next = cx->NStringNoTranslate("x") + 1;  // the next handle, not yet issued
+  const int statistic = cx->AddStatistic(chart, frame, next);
+  EXPECT_GT(statistic, 0);
+  const int value = cx->NStringNoTranslate("v");  // takes `next`
+  EXPECT_GT(cx->AddParam(chart, statistic, value + 1, value), 0);
+  EXPECT_NE(cx->GetXmlBuffer(chart).find("<statistic method=\"\">"), std::string::npos)
+      << cx->GetXmlBuffer(chart);
+  for (const int unassigned : {46, 124}) {
+    EXPECT_GT(cx->AddStatistic(chart, frame, unassigned), 0) << unassigned;
+  }
+  EXPECT_EQ(messages(), (std::vector<std::string>{
+                            "String not found for handle " + std::to_string(next),
+                            "String not found for handle " + std::to_string(next + 1),
+                            "String not found for handle 46",
+                            "String not found for handle 124",
+                        }));
+}
+
 }  // namespace

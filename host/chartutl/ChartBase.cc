@@ -152,6 +152,9 @@ bool ChartBase::ValidXML(const std::string& xml) {
     }
   } catch (const safeparse::DoctypeFound&) {
     cxhost::report(safeparse::kDoctypeRefused, kSource, __LINE__);
+  } catch (const safeparse::UnsupportedVersion& e) {
+    guarded([&] { cxhost::report(safeparse::unsupportedVersionMessage(e), kSource, __LINE__); },
+            __LINE__);
   } catch (const SAXException& e) {
     guarded(
         [&] {

@@ -3,6 +3,7 @@
 #include <xercesc/internal/XMLScanner.hpp>
 #include <xercesc/sax/Locator.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
+#include <xercesc/util/XMLString.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
 #include "chartxml/host/ChartString.h"
@@ -16,7 +17,28 @@ namespace {
 // only matters should a DOCTYPE ever get past the refusal.
 constexpr XMLSize_t kEntityExpansionLimit = 16;
 
+// Refuses a declared version the DOM cannot hold.
+void checkVersion(const XMLCh* version) {
+  if (version == nullptr || *version == 0 || XMLString::equals(version, u"1.0") ||
+      XMLString::equals(version, u"1.1")) {
+    return;
+  }
+  throw UnsupportedVersion{ChartString::toUTF8(version)};
+}
+
 }  // namespace
+
+void SafeReader::XMLDecl(const XMLCh* const version, const XMLCh* const encoding,
+                         const XMLCh* const standalone, const XMLCh* const autoEncoding) {
+  checkVersion(version);
+  SAX2XMLReaderImpl::XMLDecl(version, encoding, standalone, autoEncoding);
+}
+
+void SafeDomParser::XMLDecl(const XMLCh* const version, const XMLCh* const encoding,
+                            const XMLCh* const standalone, const XMLCh* const autoEncoding) {
+  checkVersion(version);
+  XercesDOMParser::XMLDecl(version, encoding, standalone, autoEncoding);
+}
 
 void FirstErrorHandler::record(const SAXParseException& e) {
   if (failed_) return;

@@ -16,6 +16,8 @@
 #include <xercesc/sax2/DefaultHandler.hpp>
 #include <xercesc/util/SecurityManager.hpp>
 
+#include "chartxml/host/ChartBase.h"
+
 namespace cxhost::safeparse {
 
 inline constexpr char kDoctypeRefused[] = "DOCTYPE is not allowed in a chart document";
@@ -25,15 +27,25 @@ struct DoctypeFound {};
 
 // Thrown out of a DOM parse whose elements nest deeper than kMaxDepth; the
 // position is that of the element that went too deep.
+// Thrown out of a parse whose XML declaration names a version other than
+// 1.0 and 1.1: the DOM cannot hold such a document, and the event reader
+// must not call well formed what the DOM readers refuse.
+struct UnsupportedVersion {
+  std::string version;  // UTF-8
+};
+inline std::string unsupportedVersionMessage(const UnsupportedVersion& e) {
+  return "XML version \"" + e.version + "\" is not supported: a chart document is XML 1.0 or 1.1";
+}
+
 struct TooDeep {
   std::size_t line;
   std::size_t column;
 };
 
-// The deepest element nesting a chart document may have. Real charts nest a
-// few dozen levels (frames, facet algebra); whatever walks the tree later
-// need not be written for millions.
-inline constexpr std::size_t kMaxDepth = 512;
+// The deepest element nesting a chart document may have: the library's own
+// limit, so that whatever it builds reads back. Whatever walks the tree later
+// need not be written for millions of levels.
+inline constexpr std::size_t kMaxDepth = ChartBase::kMaxDepth;
 
 // Keeps the first error or fatal error of a parse; warnings are ignored.
 class FirstErrorHandler : public xercesc::DefaultHandler {
@@ -67,6 +79,8 @@ class SafeReader : public xercesc::SAX2XMLReaderImpl {
                    const bool, const bool) override {
     throw DoctypeFound{};
   }
+  void XMLDecl(const XMLCh* const version, const XMLCh* const encoding,
+               const XMLCh* const standalone, const XMLCh* const autoEncoding) override;
 
  private:
   xercesc::SecurityManager security_;
@@ -82,6 +96,8 @@ class SafeDomParser : public xercesc::XercesDOMParser {
                    const bool, const bool) override {
     throw DoctypeFound{};
   }
+  void XMLDecl(const XMLCh* const version, const XMLCh* const encoding,
+               const XMLCh* const standalone, const XMLCh* const autoEncoding) override;
   void startElement(const xercesc::XMLElementDecl& decl, const unsigned int urlId,
                     const XMLCh* const prefix, const xercesc::RefVectorOf<xercesc::XMLAttr>& attrs,
                     const XMLSize_t attrCount, const bool isEmpty, const bool isRoot) override;

@@ -15,6 +15,8 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "chartxml/host/Platform.h"
+
 namespace {
 
 // A never-written number cell. A quiet NaN with a payload of its own, so that
@@ -192,8 +194,23 @@ struct Source {
   std::unordered_map<std::string, VarDataProcessor::Column*> byName;
 };
 
+// Whether a CSV reader of this project (the host's data sources, the
+// renderer's data tables) could take `text` for a number: blanks around it,
+// a leading '+', an infinity or NaN in any letter case, a value out of range.
+// Both readers take a quoted field for text, so such a text is quoted.
+bool readsAsNumber(std::string_view text) {
+  while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
+  while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
+  if (!text.empty() && text.front() == '+') text.remove_prefix(1);
+  if (text.empty()) return false;
+  double value;
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, value);
+  return error != std::errc::invalid_argument && stop == end;
+}
+
 void appendCsvField(std::string& out, std::string_view field) {
-  if (field.find_first_of(",\"\r\n") == std::string_view::npos) {
+  if (field.find_first_of(",\"\r\n") == std::string_view::npos && !readsAsNumber(field)) {
     out += field;
     return;
   }
@@ -332,17 +349,20 @@ std::string VarDataProcessor::ToCsv(const std::string& source) const {
   }
   out += '\n';
   const std::uint32_t rows = GetRowCount(source);
-  char number[64];
+  char number[32];
   for (std::uint32_t row = 0; row < rows; ++row) {
     for (std::size_t i = 0; i < s->columns.size(); ++i) {
       if (i > 0) out += ',';
       const Column& column = *s->columns[i];
       switch (column.kind(row)) {
         case CellKind::Number: {
-          // As printf("%.16g") writes it in the "C" locale, whatever the
-          // process locale: a decimal comma would break the CSV.
-          const auto written = std::to_chars(number, number + sizeof number, column.number(row),
-                                             std::chars_format::general, 16);
+          // NaN and the host's missing value are both missing cells to
+          // every reader; anything else in the shortest text that reads
+          // back to the same double ("inf" and "-inf" for infinities),
+          // whatever the process locale.
+          const double value = column.number(row);
+          if (std::isnan(value) || value == kVornMissingValue) break;
+          const auto written = std::to_chars(number, number + sizeof number, value);
           out.append(number, written.ptr);
           break;
         }

@@ -4,17 +4,24 @@
 #include <unicode/ucnv.h>
 #include <unicode/ustring.h>
 
-#include <deque>
 #include <memory>
+#include <unordered_map>
 
 #include "chartutl/ReportLog.h"
 #include "platform/Settings.h"
 
 namespace {
 
-// A deque keeps the pointers that Find hands out valid as texts are added.
-std::deque<TsString>& store() {
-  static std::deque<TsString> texts;
+// Texts by handle: node-based, so the pointers Find hands out stay valid as
+// other texts come and go. Handles are never reused, so a released one finds
+// nothing rather than somebody else's text.
+struct Store {
+  std::unordered_map<int, TsString> texts;
+  int last = 0;
+};
+
+Store& store() {
+  static Store texts;
   return texts;
 }
 
@@ -44,17 +51,22 @@ std::string toUtf8(const std::string& narrow) {
 }  // namespace
 
 int TsCellText::Replicate(const TsString& text) {
-  store().push_back(text);
-  return static_cast<int>(store().size());
+  Store& all = store();
+  all.texts.emplace(all.last + 1, text);
+  return ++all.last;
 }
 
 const TsString* TsCellText::Find(int handle) {
-  if (handle < 1 || static_cast<std::size_t>(handle) > store().size()) return nullptr;
-  return &store()[static_cast<std::size_t>(handle) - 1];
+  const auto it = store().texts.find(handle);
+  return it == store().texts.end() ? nullptr : &it->second;
+}
+
+void TsCellText::Release(int handle) {
+  store().texts.erase(handle);
 }
 
 int TsCellText::Count() {
-  return static_cast<int>(store().size());
+  return static_cast<int>(store().texts.size());
 }
 
 TsError::TsError(const TsString& text, int level, int /*detail*/) {

@@ -1,5 +1,6 @@
 #include "chartxml/host/ChartPrinter.h"
 
+#include <algorithm>
 #include <exception>
 #include <string>
 #include <vector>
@@ -8,6 +9,7 @@
 #include <xercesc/dom/DOMNode.hpp>
 
 #include "chartutl/ReportLog.h"
+#include "chartxml/host/ChartBase.h"
 #include "chartxml/host/ChartString.h"
 
 using xercesc::DOMNode;
@@ -153,7 +155,12 @@ class Writer {
     buffer_.clear();
   }
 
-  void indent(int depth) { buffer_.append(2 * static_cast<std::size_t>(depth), ' '); }
+  // Indentation stops growing past the deepest nesting a chart document may
+  // have: no deeper document reads back, and below it the indentation alone
+  // would grow with the square of the depth.
+  void indent(int depth) {
+    buffer_.append(2 * static_cast<std::size_t>(std::min(depth, ChartBase::kMaxDepth)), ' ');
+  }
 
   void startLine(bool ownLine, int depth) {
     if (ownLine) indent(depth);

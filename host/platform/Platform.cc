@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
-#include <set>
+#include <string>
 
 #include "platform/Settings.h"
 
@@ -23,10 +23,13 @@ PathFactory PathFactory::getPathInstance(int kind) {
 }
 
 const char* VORNMBDefaultCodePage() {
-  // Callers keep the pointer; interning every name seen keeps each one valid
-  // for the life of the process even when the setting changes later.
-  static std::set<std::string> names;
-  return names.insert(cxhost::settings::codePage()).first->c_str();
+  // One name at a time: the text is rewritten only when the setting has
+  // changed, so a caller's pointer stays valid until then and the process
+  // keeps no trail of every name ever set.
+  static std::string name;
+  std::string current = cxhost::settings::codePage();
+  if (current != name) name = std::move(current);
+  return name.c_str();
 }
 
 bool QBOOTSTRAPPING() {

@@ -3,10 +3,13 @@
 
 #include <unicode/ucnv.h>
 #include <unicode/ustring.h>
+#include <unicode/utf16.h>
 
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <set>
 #include <sstream>
 #include <unordered_map>
 
@@ -36,8 +39,47 @@ std::string location(const fs::path& file, int line) {
   return file.string() + ":" + std::to_string(line);
 }
 
+// Reports each problem once for as long as the tables live: tables are
+// reloaded for every chart's procedure, and a broken line is one problem.
+class Reporter {
+ public:
+  void operator()(const std::string& message, int line) const {
+    if (said_.insert(message).second) cxhost::report(message, kSource, line);
+  }
+
+ private:
+  mutable std::set<std::string> said_;
+};
+
+// The code points of `text` that `converter` cannot represent, as
+// "U+4E2D, U+6587" (at most a few, then "...").
+std::string unrepresentable(UConverter* converter, const std::u16string& text) {
+  std::string list;
+  int listed = 0;
+  for (std::size_t i = 0; i < text.size();) {
+    UChar32 c;
+    const std::size_t start = i;
+    U16_NEXT(text.data(), i, text.size(), c);
+    UErrorCode status = U_ZERO_ERROR;
+    char bytes[16];
+    ucnv_reset(converter);
+    ucnv_setFromUCallBack(converter, UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
+    ucnv_fromUChars(converter, bytes, sizeof bytes, text.data() + start,
+                    static_cast<int32_t>(i - start), &status);
+    if (U_SUCCESS(status)) continue;
+    if (listed == 8) {
+      list += ", ...";
+      break;
+    }
+    char code[16];
+    std::snprintf(code, sizeof code, "U+%04X", static_cast<unsigned>(c));
+    list += (listed++ > 0 ? ", " : "") + std::string(code);
+  }
+  return list;
+}
+
 // Reads one table file into `table`; a missing file leaves it empty.
-void loadTable(const fs::path& file, Table& table) {
+void loadTable(const fs::path& file, Table& table, const Reporter& report) {
   table.clear();
   std::ifstream in(file, std::ios::binary);
   if (!in) return;
@@ -57,8 +99,7 @@ void loadTable(const fs::path& file, Table& table) {
     }
     const std::size_t tab = line.find('\t');
     if (tab == std::string_view::npos || tab == 0) {
-      cxhost::report(location(file, lineNumber) + ": string table line without KEY<TAB>text",
-                     kSource, lineNumber);
+      report(location(file, lineNumber) + ": string table line without KEY<TAB>text", lineNumber);
       continue;
     }
     const std::string_view text = line.substr(tab + 1);
@@ -71,8 +112,9 @@ void loadTable(const fs::path& file, Table& table) {
     if (U_FAILURE(status)) continue;
     wide.resize(static_cast<std::size_t>(length));
     if (substitutions > 0) {
-      cxhost::report(location(file, lineNumber) + ": string table text is not valid UTF-8", kSource,
-                     lineNumber);
+      report(location(file, lineNumber) +
+                 ": string table text is not valid UTF-8; its invalid bytes became U+FFFD",
+             lineNumber);
     }
     table.insert_or_assign(std::string(line.substr(0, tab)), std::move(wide));
   }
@@ -95,6 +137,7 @@ struct FacSTDictionary::Tables {
   // When the output language is English only the English tables are filled.
   Table procedureLocal, globalLocal, procedureEnglish, globalEnglish;
   std::unique_ptr<UConverter, decltype(&ucnv_close)> converter{nullptr, &ucnv_close};
+  Reporter report;
 
   // Takes the output language as it is now and opens its code page.
   void readLanguage() {
@@ -102,16 +145,23 @@ struct FacSTDictionary::Tables {
     if (code.empty()) code = kEnglish;
     if (code == language && converter) return;
     if (!isPlainName(code)) {
-      cxhost::report("output language \"" + code + "\" is not a plain name; using English only",
-                     kSource, 0);
+      report("output language \"" + code + "\" is not a plain name; using English only", 0);
     }
     language = code;
     codePage = cxhost::settings::codePageForLanguage(language);
     UErrorCode status = U_ZERO_ERROR;
     converter.reset(ucnv_open(codePage.c_str(), &status));
     if (U_FAILURE(status)) {
-      cxhost::report("cannot open code page " + codePage + " for string tables", kSource, 0);
+      report("cannot open code page " + codePage + " for string tables", 0);
       converter.reset();
+      return;
+    }
+    // '?' rather than the code page's own substitute, which is a control
+    // character (0x1A) in many: XML cannot carry that, and a label holding it
+    // would be lost whole.
+    if (ucnv_getType(converter.get()) != UCNV_UTF8) {
+      status = U_ZERO_ERROR;
+      ucnv_setSubstString(converter.get(), u"?", 1, &status);
     }
   }
 
@@ -119,11 +169,12 @@ struct FacSTDictionary::Tables {
 
   void loadGlobal() {
     loadTable(globalFile.empty() || !englishOnly() ? folder / kEnglish / kGlobalFile : globalFile,
-              globalEnglish);
+              globalEnglish, report);
     if (englishOnly()) {
       globalLocal.clear();
     } else {
-      loadTable(globalFile.empty() ? folder / language / kGlobalFile : globalFile, globalLocal);
+      loadTable(globalFile.empty() ? folder / language / kGlobalFile : globalFile, globalLocal,
+                report);
     }
   }
 
@@ -134,9 +185,9 @@ struct FacSTDictionary::Tables {
     if (procedure.empty()) return;
     const std::string fileName = procedure + ".txt";
     const fs::path english = folder / kEnglish / fileName;
-    loadTable(english, procedureEnglish);
+    loadTable(english, procedureEnglish, report);
     const fs::path local = englishOnly() ? english : folder / language / fileName;
-    if (!englishOnly()) loadTable(local, procedureLocal);
+    if (!englishOnly()) loadTable(local, procedureLocal, report);
     std::error_code ec;
     if (fs::is_regular_file(local, ec)) procedurePath = local.string();
   }
@@ -156,9 +207,10 @@ struct FacSTDictionary::Tables {
     }
     std::string out;
     if (convert(text, UCNV_FROM_U_CALLBACK_STOP, out)) return out;
-    cxhost::report("string table text of " + key + " has characters that " + codePage +
-                       " cannot represent; they were substituted",
-                   kSource, 0);
+    report("string table text of " + key + " has characters that " + codePage +
+               " cannot represent (" + unrepresentable(converter.get(), text) +
+               "); they became '?'",
+           0);
     convert(text, UCNV_FROM_U_CALLBACK_SUBSTITUTE, out);
     return out;
   }
@@ -206,8 +258,8 @@ void FacSTDictionary::SetGlobalStringTable(const std::string& path) {
 
 const std::string& FacSTDictionary::SetProcedure(const std::string& name) {
   if (!name.empty() && !isPlainName(name)) {
-    cxhost::report("procedure name \"" + name + "\" is not a plain file name; no procedure table",
-                   kSource, 0);
+    tables_->report("procedure name \"" + name + "\" is not a plain file name; no procedure table",
+                    0);
     tables_->procedure.clear();
   } else {
     tables_->procedure = name;

@@ -5,13 +5,13 @@
 #include <string>
 
 #include <xercesc/dom/DOMDocument.hpp>
-#include <xercesc/dom/DOMNodeList.hpp>
 #include <xercesc/util/XMLString.hpp>
 
 #include "chartxml/host/ChartBase.h"
 #include "chartxml/host/KytoUni.h"
 
 using xercesc::DOMElement;
+using xercesc::DOMNode;
 using xercesc::XMLString;
 
 namespace {
@@ -31,6 +31,15 @@ void setNumber(DOMElement* element, const char16_t* name, double value) {
 
 DOMElement* newChild(DOMElement* parent, const char16_t* tag) {
   return parent->getOwnerDocument()->createElement(tag);
+}
+
+// The node after `node` in document order within `root`'s subtree, or null.
+DOMNode* nextInDocument(DOMNode* node, const DOMNode* root) {
+  if (DOMNode* child = node->getFirstChild()) return child;
+  for (; node && node != root; node = node->getParentNode()) {
+    if (DOMNode* sibling = node->getNextSibling()) return sibling;
+  }
+  return nullptr;
 }
 
 }  // namespace
@@ -178,12 +187,16 @@ std::vector<CTVariableType*> KytoVisualization::getSourceVariables() {
 std::vector<KytoGraph*> KytoVisualization::getGraphs() {
   std::vector<KytoGraph*> views;
   if (!root_) return views;
-  // The node list walks the tree without recursion, so a deep document
-  // costs time, not stack.
-  const xercesc::DOMNodeList* frames = root_->getElementsByTagName(KytoUni::_frame);
-  for (XMLSize_t i = 0; frames && i < frames->getLength(); ++i) {
-    auto* frame = static_cast<DOMElement*>(frames->item(i));
-    if (!ChartBase::getChildByTagName(frame, KytoUni::_dimension)) continue;
+  // One walk over the descendants in document order, without recursion: a
+  // deep document costs no stack, and a wide one is visited once (a node
+  // list asked for its length at every step walks its tail again each time).
+  for (DOMNode* node = nextInDocument(root_, root_); node; node = nextInDocument(node, root_)) {
+    if (node->getNodeType() != DOMNode::ELEMENT_NODE) continue;
+    auto* frame = static_cast<DOMElement*>(node);
+    if (!hasTag(frame, KytoUni::_frame) ||
+        !ChartBase::getChildByTagName(frame, KytoUni::_dimension)) {
+      continue;
+    }
     graphs_.push_back(std::make_unique<KytoGraph>(frame));
     views.push_back(graphs_.back().get());
   }

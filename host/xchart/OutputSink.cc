@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
@@ -19,6 +20,23 @@ constexpr const char* kSource = "host/xchart";
 constexpr std::size_t kMaxNamePart = 64;
 
 int nextNumber = 1;
+
+// The highest chart number of the chart files in `folder` (0 for none), so
+// that numbering that starts again never overwrites an earlier chart's files.
+int highestNumberIn(const std::filesystem::path& folder) {
+  int highest = 0;
+  std::error_code ec;
+  for (std::filesystem::directory_iterator it(folder, ec), end; !ec && it != end;
+       it.increment(ec)) {
+    const std::string name = it->path().filename().string();
+    int number = 0;
+    if (name.size() > 10 && name.compare(0, 6, "chart-") == 0 &&
+        std::sscanf(name.c_str() + 6, "%d", &number) == 1) {
+      highest = std::max(highest, number);
+    }
+  }
+  return highest;
+}
 
 std::string errorText(int error) {
   return std::error_code(error, std::generic_category()).message();
@@ -95,10 +113,17 @@ std::deque<SentChart>& sentCharts() {
 }
 
 bool sendChart(SentChart chart) {
+  const std::string folder = settings::outputDir();
+  if (!folder.empty()) nextNumber = std::max(nextNumber, highestNumberIn(folder) + 1);
   chart.number = nextNumber++;
   SentChart& kept = sentCharts().emplace_back(std::move(chart));
-  const std::string folder = settings::outputDir();
   return folder.empty() || writeFiles(kept, folder);
+}
+
+void clearSentCharts() {
+  // A swap gives the memory back; clear() may keep the deque's blocks.
+  std::deque<SentChart>().swap(sentCharts());
+  nextNumber = 1;
 }
 
 }  // namespace cxhost

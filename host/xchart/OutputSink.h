@@ -27,10 +27,13 @@ struct SentChart {
 // chart-NNNN.SOURCE.csv per source into the output folder when one is set,
 // creating the folder itself (not its parents) when missing. False when a
 // file or the folder could not be written (reported); the chart is kept in
-// memory all the same. Numbers are never reused within a process, also
-// across clearSentCharts, so that a later chart cannot overwrite an earlier
-// one's files.
+// memory all the same. Into a folder, numbering continues after the highest
+// chart number already there, so that no chart overwrites another's files.
 bool sendChart(SentChart chart);
+
+// Forgets every sent chart, gives their memory back and starts numbering
+// again at 1 (but for what an output folder already holds).
+void clearSentCharts();
 
 // Sent charts, oldest first. Entries keep their address until cleared.
 std::deque<SentChart>& sentCharts();

@@ -52,7 +52,7 @@ const char* cxh_sent_data_csv(int i, const char* source) {
 }
 
 void cxh_clear_sent(void) {
-  cxhost::sentCharts().clear();
+  cxhost::clearSentCharts();
 }
 
 }  // extern "C"

@@ -32,6 +32,7 @@
 #include <vector>
 
 #include <xercesc/dom/DOMElement.hpp>
+#include <xercesc/dom/DOMException.hpp>
 #include <xercesc/dom/DOMNamedNodeMap.hpp>
 #include <xercesc/dom/DOMNodeList.hpp>
 #include <xercesc/framework/MemBufInputSource.hpp>
@@ -116,6 +117,13 @@ OwnedDocument parse(const std::string& templateText) {
     parser.parse(input);
   } catch (const safeparse::DoctypeFound&) {
     throw ChartException(safeparse::kDoctypeRefused, kSource, __LINE__);
+  } catch (const safeparse::UnsupportedVersion& e) {
+    throw ChartException(safeparse::unsupportedVersionMessage(e), kSource, __LINE__);
+  } catch (const DOMException& e) {
+    // The DOM refuses what its parser let through; a chart template it is not.
+    throw ChartException(
+        "cannot read the chart template: " + ChartString::toUTF8(text(e.getMessage())), kSource,
+        __LINE__);
   } catch (const safeparse::TooDeep& e) {
     throw ChartException("chart template nests elements deeper than " +
                              std::to_string(safeparse::kMaxDepth) + " levels at line " +

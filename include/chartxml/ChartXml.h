@@ -23,6 +23,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <xercesc/util/XercesDefs.hpp>
 
@@ -473,6 +474,8 @@ class CHARTXML_EXPORT ChartXml {
   void releaseIfEmpty();
   // Clears the strings and lets go of the data source.
   void releaseShared();
+  // Reports why a data value ended `chart` and removes it.
+  void discardChart(int chart, Chart& target, int variableHandle, int line);
   ChartTranscoder* createOLangTranscoder();
   ChartTranscoder* createLocalTranscoder();
 
@@ -493,6 +496,7 @@ class CHARTXML_EXPORT ChartXml {
   std::unique_ptr<ChartErrorHandler> errorHandler;
   std::unique_ptr<ChartTranscoder> olangTranscoder;
   std::unique_ptr<ChartTranscoder> localTranscoder;
+  std::vector<int> tsTexts;  // cell texts made by ToTS, released with the instance
   std::string procedureName;
   std::string procedureTable;
   bool warningShown = false;

@@ -29,12 +29,14 @@ CHARTXML_EXPORT void cxh_set_string_tables(const char* dir);
 CHARTXML_EXPORT void cxh_set_code_page(const char* name); /* the default multibyte code page */
 CHARTXML_EXPORT void cxh_set_bootstrapping(int on);
 CHARTXML_EXPORT void cxh_set_quiet(int on); /* 1: reports are not echoed to standard error */
-/* Where sent charts are written (chart-NNNN.xml and chart-NNNN.SOURCE.csv);
+/* Where sent charts are written (chart-NNNN.xml and chart-NNNN.SOURCE.csv,
+ * numbered after the highest chart number already in the folder);
  * NULL: keep them in memory only. */
 CHARTXML_EXPORT void cxh_set_output_dir(const char* dir);
 
 /* Data sources. cxh_open_csv reads PATH (RFC 4180: a header row of variable
- * names, one row per case, an empty field is a missing value) and, when it
+ * names, one row per case, an empty field is a missing value, a quoted field
+ * is always a text, "inf" and "-inf" are infinities) and, when it
  * exists, PATH.dict.json beside it (labels, display formats, measurement
  * levels, value labels, missing values). It returns a VORN_DataSource* to pass
  * as the dictionary argument together with the all-ones data pointer
@@ -75,6 +77,9 @@ CHARTXML_EXPORT const char* cxh_sent_description(int i); /* UTF-8 */
 CHARTXML_EXPORT const char* cxh_sent_template(int i);
 /* The data of SOURCE (e.g. "source0") as CSV; NULL if the chart has none. */
 CHARTXML_EXPORT const char* cxh_sent_data_csv(int i, const char* source);
+/* Forgets every sent chart and gives its memory back; the next chart is
+ * numbered 1 again, or, into an output folder, after the highest chart
+ * number already there (no chart's files are ever overwritten). */
 CHARTXML_EXPORT void cxh_clear_sent(void);
 
 #ifdef __cplusplus

@@ -1,8 +1,12 @@
 // A data source's rows as the output sink writes them: a header of source
 // names, then one line per case (RFC 4180 quoting, an empty field for a
-// missing value). Each column keeps every cell as a number and, for cells
-// that are not numbers, as a text, so that the model can decide per variable
-// whether a column is read as numbers or as categories.
+// missing value, lines ending in LF, CRLF or a lone CR). A quoted field is
+// always a text, even one that spells a number: the sink quotes the texts
+// that would read as numbers. An unquoted field is a number when it spells
+// one, an infinity ("inf" or "infinity" in any letter case, signed or not)
+// or NaN ("nan", "NaN": missing). Each column keeps every cell as a number
+// and, for cells that are not numbers, as a text, so that the model can
+// decide per variable whether a column is read as numbers or as categories.
 #pragma once
 
 #include <cmath>
@@ -17,7 +21,7 @@ namespace chartxml::render {
 struct DataColumn {
   std::string name;
   // One per row: the number, NaN for a missing cell or a text; an infinity
-  // when the cell spells one ("inf", "-inf", "Infinity").
+  // when the cell spells one ("inf", "-inf", "Infinity") or is too large.
   std::vector<double> numbers;
   // One per row when any cell of the column is a text: the index of the
   // text in `texts`, -1 for numbers and missing cells. Empty otherwise.

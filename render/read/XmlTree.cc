@@ -2,6 +2,7 @@
 
 #include <xercesc/dom/DOMDocument.hpp>
 #include <xercesc/dom/DOMElement.hpp>
+#include <xercesc/dom/DOMException.hpp>
 #include <xercesc/dom/DOMNamedNodeMap.hpp>
 #include <xercesc/dom/DOMNode.hpp>
 #include <xercesc/framework/MemBufInputSource.hpp>
@@ -88,6 +89,12 @@ std::optional<XmlNode> parseXml(std::string_view text, std::string& error) {
         parser.parse(input);
       } catch (const cxhost::safeparse::DoctypeFound&) {
         error = cxhost::safeparse::kDoctypeRefused;
+        return std::nullopt;
+      } catch (const cxhost::safeparse::UnsupportedVersion& e) {
+        error = cxhost::safeparse::unsupportedVersionMessage(e);
+        return std::nullopt;
+      } catch (const DOMException& e) {
+        error = "cannot parse the document: " + utf8(e.getMessage());
         return std::nullopt;
       } catch (const cxhost::safeparse::TooDeep& deep) {
         error = "elements nest deeper than " + std::to_string(cxhost::safeparse::kMaxDepth) +

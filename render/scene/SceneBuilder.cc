@@ -352,14 +352,25 @@ class Builder {
   }
 
   // Titles at the top; returns the height they take.
-  double drawTitles(double centre) {
+  // Titles at the top, broken into lines where they are wider than `width`;
+  // returns the height they take.
+  double drawTitles(double centre, double width) {
     double y = kOuter;
     for (const auto& [content, font, role] :
          {std::tuple{&model_.title, kTitleFont, "title"},
           std::tuple{&model_.subtitle, kSubtitleFont, "subtitle"}}) {
       if (content->empty()) continue;
-      scene_.items.emplace_back(text(*content, font, kTextColor, centre, y, 0.5, role));
-      y += text_.measure(*content, font).height + 4;
+      std::string lines;
+      std::size_t start = 0;
+      while (start <= content->size()) {
+        std::size_t end = content->find('\n', start);
+        if (end == std::string::npos) end = content->size();
+        lines += (start > 0 ? "\n" : "") +
+                 wrapped(content->substr(start, end - start), font, width, text_);
+        start = end + 1;
+      }
+      scene_.items.emplace_back(text(lines, font, kTextColor, centre, y, 0.5, role));
+      y += text_.measure(lines, font).height + 4;
     }
     return y > kOuter ? y - kOuter + 8 : 0;
   }
@@ -375,7 +386,7 @@ class Builder {
       legendWidth = std::max(legendWidth, legend.width);
     }
     if (legendWidth > 0) region.width -= legendWidth + kLegendGap;
-    const double titles = drawTitles(region.x + region.width / 2);
+    const double titles = drawTitles(region.x + region.width / 2, region.width);
     region.y += titles;
     region.height -= titles + footnoteHeight;
     if (!model_.footnote.empty()) {

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <numbers>
 #include <string>
+#include <vector>
 
 #include <xercesc/dom/DOMNodeList.hpp>
 #include <xercesc/util/XMLString.hpp>
@@ -140,7 +141,8 @@ int Chart::AddCoordinateTransform(int frame, int method) {
   DOMElement* owner = checkedElement(frame, "frame", __LINE__);
   ChartString text;
   if (owner == nullptr || !checkString(method, "method", __LINE__) ||
-      !callerText(method, kMethod, text, __LINE__)) {
+      !callerText(method, kMethod, text, __LINE__) ||
+      !checkDepth(owner, kCoordinateTransform, __LINE__)) {
     return -1;
   }
   DOMElement* transform = document()->createElement(kCoordinateTransform);
@@ -179,6 +181,7 @@ int Chart::AddDimension(int frame, int role, int domain) {
   if (dimension != nullptr) {
     handle = getHandle(dimension);
   } else {
+    if (!checkDepth(owner, KytoUni::_dimension, __LINE__)) return -1;
     dimension = document()->createElement(KytoUni::_dimension);
     insertChild(owner, dimension, {KytoUni::_guide, kElementGroup, KytoUni::_element});
     handle = registerElement(dimension);
@@ -200,9 +203,10 @@ int Chart::GetDimension(int frame, int role) {
   DOMElement* owner = checkedElement(frame, "frame", __LINE__);
   if (owner == nullptr) return -1;
   const std::u16string token = roleToken(*this, role);
+  // Item by item: the list is read only as far as the dimension wanted.
   xercesc::DOMNodeList* dimensions = owner->getElementsByTagName(KytoUni::_dimension);
-  for (XMLSize_t i = 0; i < dimensions->getLength(); ++i) {
-    auto* dimension = static_cast<DOMElement*>(dimensions->item(i));
+  for (XMLSize_t i = 0; DOMNode* node = dimensions->item(i); ++i) {
+    auto* dimension = static_cast<DOMElement*>(node);
     if (XMLString::equals(dimension->getAttribute(kRole), token.c_str())) {
       return getHandle(dimension);
     }
@@ -243,10 +247,13 @@ int Chart::SetDimensionSameRatio(int dimension, bool sameRatio) {
     target->setAttribute(kSameRatio, sameRatio ? kTrueCentered : KytoUni::_false);
     result = dimension;
   }
-  // Square panels follow a same-ratio request whatever it was made on.
-  xercesc::DOMNodeList* labelings = root()->getElementsByTagName(kFacetLabeling);
-  if (labelings->getLength() > 0) {
-    static_cast<DOMElement*>(labelings->item(0))->setAttribute(kCellAspect, u"1");
+  // Square panels follow a same-ratio request whatever it was made on. The
+  // search reads only as far as the first labeling, and not at all before
+  // any was made.
+  if (madeFacetLabeling_) {
+    if (DOMNode* labeling = root()->getElementsByTagName(kFacetLabeling)->item(0)) {
+      static_cast<DOMElement*>(labeling)->setAttribute(kCellAspect, u"1");
+    }
   }
   return result;
 }
@@ -275,6 +282,8 @@ int Chart::SetDimensionScale(int dimension, int method, int value, bool invert) 
   const bool ownValue = method == kLogCode || method == kExponentCode;
   ChartString valueText;
   if (ownValue && !callerText(value, KytoUni::_value, valueText, __LINE__)) return -1;
+  // The scale and its parameters.
+  if (!checkDepth(target, KytoUni::_scale, __LINE__, 2)) return -1;
 
   DOMElement* scale = document()->createElement(KytoUni::_scale);
   scale->setAttribute(kMethod, methodText.c_str());
@@ -301,10 +310,15 @@ int Chart::SetXYDimensionSameScale(double extent) {
   if (!(extent > 0.0) || !std::isfinite(extent)) return -1;
   const std::u16string max = widenAscii(asString(extent));
   const std::u16string min = widenAscii(asString(-extent));
-  xercesc::DOMNodeList* domains = root()->getElementsByTagName(KytoUni::_domain);
+  // The domains first: each insertion changes the document, after which a
+  // node list starts its walk from the top again.
+  std::vector<DOMElement*> domains;
+  xercesc::DOMNodeList* list = root()->getElementsByTagName(KytoUni::_domain);
+  for (XMLSize_t i = 0; DOMNode* node = list->item(i); ++i) {
+    domains.push_back(static_cast<DOMElement*>(node));
+  }
   int result = -1;
-  for (XMLSize_t i = 0; i < domains->getLength(); ++i) {
-    auto* domain = static_cast<DOMElement*>(domains->item(i));
+  for (DOMElement* domain : domains) {
     DOMElement* interval = document()->createElement(KytoUni::_interval);
     interval->setAttribute(KytoUni::_min, min.c_str());
     interval->setAttribute(KytoUni::_max, max.c_str());
@@ -320,7 +334,8 @@ int Chart::AddAxis(int dimension, int idSuffix, bool opposite) {
   if (!checkHandle(dimension, "dimension", kChartSource, __LINE__)) return -1;
   if (idSuffix != -1 && !checkString(idSuffix, "id", __LINE__)) return -1;
   DOMElement* owner = checkedElement(dimension, "dimension", __LINE__);
-  if (owner == nullptr) return -1;
+  // Two levels: completion gives an axis without major ticks its ticks.
+  if (owner == nullptr || !checkDepth(owner, KytoUni::_axis, __LINE__, 2)) return -1;
   DOMElement* axis = document()->createElement(KytoUni::_axis);
   assignId(axis, idSuffix);
   if (opposite) axis->setAttribute(kOpposite, KytoUni::_true);
@@ -338,7 +353,9 @@ int Chart::AddMajorTicks(int parent, int position, bool gridLines, int length, i
                           {delta, "delta", kDelta, {}}};
   if (!readOptionalTexts(*this, texts, __LINE__)) return -1;
   DOMElement* owner = checkedElement(parent, "parent", __LINE__);
-  if (owner == nullptr) return -1;
+  if (owner == nullptr || !checkDepth(owner, KytoUni::_majorTicks, __LINE__, gridLines ? 2 : 1)) {
+    return -1;
+  }
 
   DOMElement* ticks = document()->createElement(KytoUni::_majorTicks);
   if (gridLines) {
@@ -362,7 +379,9 @@ int Chart::AddMinorTicks(int axis, int position, bool gridLines, int length, int
                           {number, "number", kNumber, {}}};
   if (!readOptionalTexts(*this, texts, __LINE__)) return -1;
   DOMElement* owner = checkedElement(axis, "axis", __LINE__);
-  if (owner == nullptr) return -1;
+  if (owner == nullptr || !checkDepth(owner, KytoUni::_minorTicks, __LINE__, gridLines ? 2 : 1)) {
+    return -1;
+  }
 
   DOMElement* ticks = document()->createElement(KytoUni::_minorTicks);
   if (gridLines) {
@@ -392,7 +411,10 @@ int Chart::AddGuide(int frame, int type, int suffix) {
     return -1;
   }
   ChartString typeText;
-  if (!callerText(type, KytoUni::_type, typeText, __LINE__)) return -1;
+  if (!callerText(type, KytoUni::_type, typeText, __LINE__) ||
+      !checkDepth(owner, KytoUni::_guide, __LINE__)) {
+    return -1;
+  }
   DOMElement* guide = document()->createElement(KytoUni::_guide);
   assignId(guide, suffix);
   guide->setAttribute(KytoUni::_type, typeText.c_str());
@@ -404,7 +426,7 @@ int Chart::AddLegend(int frame, int suffix) {
   if (!checkHandle(frame, "frame", kChartSource, __LINE__)) return -1;
   if (suffix != -1 && !checkString(suffix, "suffix", __LINE__)) return -1;
   DOMElement* owner = checkedElement(frame, "frame", __LINE__);
-  if (owner == nullptr) return -1;
+  if (owner == nullptr || !checkDepth(owner, KytoUni::_legend, __LINE__)) return -1;
   DOMElement* legend = document()->createElement(KytoUni::_legend);
   assignId(legend, suffix);
   owner->appendChild(legend);
@@ -427,7 +449,10 @@ int Chart::AddLegendTarget(int legend, int target, int suffix, int aesthetic) {
     return -1;
   }
   ChartString aestheticText;
-  if (!callerText(aesthetic, kAesthetic, aestheticText, __LINE__)) return -1;
+  if (!callerText(aesthetic, kAesthetic, aestheticText, __LINE__) ||
+      !checkDepth(owner, KytoUni::_legendTarget, __LINE__)) {
+    return -1;
+  }
   DOMElement* legendTarget = document()->createElement(KytoUni::_legendTarget);
   legendTarget->setAttribute(KytoUni::_element, targetElement->getAttribute(KytoUni::_id));
   assignId(legendTarget, suffix);
@@ -453,6 +478,7 @@ int Chart::AddLegendTargetEx(int legend, int target, int styleBy, int suffix) {
     reportParent("can't add legendTarget to anything but a legend - ", owner, __LINE__);
     return -1;
   }
+  if (!checkDepth(owner, KytoUni::_legendTarget, __LINE__)) return -1;
   DOMElement* legendTarget = document()->createElement(KytoUni::_legendTarget);
   legendTarget->setAttribute(KytoUni::_element, targetElement->getAttribute(KytoUni::_id));
   assignId(legendTarget, suffix);
@@ -466,8 +492,14 @@ int Chart::addReferenceLine(int axis, int frame, int value, int number) {
       !checkString(value, "value", __LINE__)) {
     return -1;
   }
-  // A frame handle that names nothing must not cost a style string.
-  if (checkedElement(frame, "frame", __LINE__) == nullptr) return -1;
+  // A frame handle that names nothing, or a frame too deep for the guide and
+  // its parameter, must not cost a style string. (Another parent is refused
+  // by AddGuide.)
+  const DOMElement* owner = checkedElement(frame, "frame", __LINE__);
+  if (owner == nullptr ||
+      (hasTag(owner, KytoUni::_frame) && !checkDepth(owner, KytoUni::_guide, __LINE__, 2))) {
+    return -1;
+  }
   int suffix = -1;
   if (number >= 0) {
     // A number too large for the index wraps negative and is refused there.
@@ -489,9 +521,13 @@ int Chart::addReferenceLine(int axis, int frame, int value, int number) {
 int Chart::SetAxisPercent(int parent, int formatOwner) {
   // Both owners are checked first: a refused transform must not leave a
   // number format behind.
-  if (checkedElement(formatOwner, "parent", __LINE__) == nullptr) return -1;
+  const DOMElement* numbers = checkedElement(formatOwner, "parent", __LINE__);
+  if (numbers == nullptr) return -1;
   DOMElement* owner = checkedElement(parent, "parent", __LINE__);
-  if (owner == nullptr) return -1;
+  if (owner == nullptr || !checkDepth(numbers, KytoUni::_numberFormat, __LINE__) ||
+      !checkDepth(owner, KytoUni::_transform, __LINE__)) {
+    return -1;
+  }
 
   const int format = AddNumberFormat(formatOwner);
   if (format < 0) return format;

@@ -44,6 +44,7 @@ bool Chart::CreateChart() {
   document_ = createDocument(ChartBase::_utf8);
   if (document_ == nullptr) return false;
   elements_.insert(keyOf(0), document_->getDocumentElement());
+  handles_.emplace(document_->getDocumentElement(), 0);
   styleContainer_ = document_->createElement(KytoUni::_style);
   AddID(styleContainer_, ChartBase::_container);
   std::u16string styleId = std::u16string(KytoUni::_style) + u"_";
@@ -96,19 +97,13 @@ DOMElement* Chart::getElement(int handle) {
 int Chart::registerElement(DOMElement* element) {
   const int handle = nextHandle_++;
   elements_.insert(keyOf(handle), element);
+  if (element != nullptr) handles_.emplace(element, handle);
   return handle;
 }
 
 int Chart::getHandle(const DOMElement* element) {
-  int handle = -1;
-  elements_.forEach([&](const ChartKey& key, DOMElement* candidate) {
-    if (candidate != nullptr && candidate->isSameNode(element)) {
-      handle = key.component(0);
-      return false;
-    }
-    return true;
-  });
-  return handle;
+  const auto found = handles_.find(element);
+  return found == handles_.end() ? -1 : found->second;
 }
 
 bool Chart::checkIdUnused(const char16_t* id, const char* file, int line) {
@@ -150,16 +145,88 @@ int Chart::assignId(DOMElement* element, int suffixHandle) {
   return serial;
 }
 
-void Chart::insertChild(DOMElement* parent, DOMElement* child, Tags before) {
-  for (DOMNode* node = parent->getFirstChild(); node != nullptr; node = node->getNextSibling()) {
-    for (const char16_t* tag : before) {
-      if (XMLString::equals(node->getNodeName(), tag)) {
-        parent->insertBefore(child, node);
-        return;
-      }
-    }
+// Placing a child before the parent's first child of some tags took a scan of
+// the children per insertion, quadratic for wide parents. A parent's index
+// instead lists, in document order, the first child of each tag among its
+// children. Entries being ordered by position and each being the earliest of
+// its tag, the first entry whose tag is wanted is the first wanted child.
+//
+// Only insertChild inserts between children: elsewhere children are appended,
+// or removed for good (never put back). Appended children follow the last
+// child the index has read, so it reads them on its next use, each once; a
+// tag new to the parent then goes last, as its first child comes after all
+// the others. A removal matters only when it takes the last child read or a
+// first of its tag: their parent is then no longer this one, and the index
+// is read afresh.
+Chart::ChildIndex& Chart::childIndex(DOMElement* parent) {
+  ChildIndex& index = childIndexes_[parent];
+  bool stale = index.lastSeen != nullptr && index.lastSeen->getParentNode() != parent;
+  for (const ChildIndex::First& first : index.firsts) {
+    stale = stale || first.child->getParentNode() != parent;
   }
-  parent->appendChild(child);
+  if (stale) {
+    index.firsts.clear();
+    index.lastSeen = nullptr;
+  }
+  DOMNode* node =
+      index.lastSeen == nullptr ? parent->getFirstChild() : index.lastSeen->getNextSibling();
+  for (; node != nullptr; node = node->getNextSibling()) {
+    const XMLCh* tag = node->getNodeName();
+    bool known = false;
+    for (const ChildIndex::First& first : index.firsts) {
+      known = known || XMLString::equals(first.tag, tag);
+    }
+    if (!known) index.firsts.push_back({tag, node});
+    index.lastSeen = node;
+  }
+  return index;
+}
+
+void Chart::insertChild(DOMElement* parent, DOMElement* child, Tags before) {
+  ChildIndex& index = childIndex(parent);
+  std::vector<ChildIndex::First>& firsts = index.firsts;
+  auto wanted = [&](const XMLCh* tag) {
+    for (const char16_t* candidate : before) {
+      if (XMLString::equals(tag, candidate)) return true;
+    }
+    return false;
+  };
+  const XMLCh* tag = child->getNodeName();
+  std::size_t at = 0;
+  while (at < firsts.size() && !wanted(firsts[at].tag)) ++at;
+  std::size_t own = 0;
+  while (own < firsts.size() && !XMLString::equals(firsts[own].tag, tag)) ++own;
+
+  if (at == firsts.size()) {
+    parent->appendChild(child);
+    if (own == firsts.size()) firsts.push_back({tag, child});
+    index.lastSeen = child;
+    return;
+  }
+  parent->insertBefore(child, firsts[at].child);
+  // The child directly precedes the entry at `at`: entries before it stay
+  // ahead of it, those from it on now follow it. So it is the first of its
+  // tag, with its entry at `at`, unless an earlier entry has its tag.
+  if (own < at) return;
+  if (own < firsts.size()) firsts.erase(firsts.begin() + static_cast<std::ptrdiff_t>(own));
+  firsts.insert(firsts.begin() + static_cast<std::ptrdiff_t>(at), {tag, child});
+}
+
+bool Chart::checkDepth(const DOMElement* parent, const char16_t* tag, int line, int levels) {
+  // The parent's level, counted only as far as the answer needs.
+  int depth = 0;
+  for (const DOMNode* node = parent;
+       node != nullptr && node->getNodeType() == DOMNode::ELEMENT_NODE &&
+       depth + levels <= kMaxDepth;
+       node = node->getParentNode()) {
+    ++depth;
+  }
+  if (depth + levels <= kMaxDepth) return true;
+  reportParent(("can't add " + ChartString::toUTF8(tag) + " deeper than " +
+                std::to_string(kMaxDepth) + " levels - ")
+                   .c_str(),
+               parent, line);
+  return false;
 }
 
 int Chart::addStyle(DOMElement* container, const char16_t* id) {
@@ -208,15 +275,17 @@ int Chart::AddMeta(int variable) {
   DOMElement* owner = checkedElement(variable, "variable", __LINE__);
   if (owner == nullptr) return -1;
   if (DOMElement* meta = getChildByTagName(owner, KytoUni::_meta)) return getHandle(meta);
+  if (!checkDepth(owner, KytoUni::_meta, __LINE__, kMetaLevels)) return -1;
   DOMElement* meta = document_->createElement(KytoUni::_meta);
   insertChild(owner, meta, {KytoUni::_relabel});
   return registerElement(meta);
 }
 
 int Chart::SetLogUnsafe() {
+  // Item by item: the list is read only as far as the first y dimension.
   xercesc::DOMNodeList* dimensions = document_->getElementsByTagName(KytoUni::_dimension);
-  for (XMLSize_t i = 0; i < dimensions->getLength(); ++i) {
-    auto* dimension = static_cast<DOMElement*>(dimensions->item(i));
+  for (XMLSize_t i = 0; DOMNode* node = dimensions->item(i); ++i) {
+    auto* dimension = static_cast<DOMElement*>(node);
     if (!XMLString::equals(dimension->getAttribute(u"role"), KytoUni::_y)) continue;
     DOMElement* scale = getChildByTagName(dimension, KytoUni::_scale);
     if (scale == nullptr) return -1;

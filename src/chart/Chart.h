@@ -13,6 +13,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include <xercesc/dom/DOMDocument.hpp>
@@ -58,7 +59,7 @@ class Chart : public ChartBase {
   xercesc::DOMElement* checkedElement(int handle, const char* what, int line);
   xercesc::DOMElement* getElement(int handle);
   int registerElement(xercesc::DOMElement* element);
-  // Reverse look-up (a full scan): the element's handle, or -1.
+  // Reverse look-up: the element's handle, or -1.
   int getHandle(const xercesc::DOMElement* element);
 
   // ---- Ids and styles ---------------------------------------------------
@@ -68,8 +69,18 @@ class Chart : public ChartBase {
   // next serial) and its default style reference. The serial used, or -1.
   int assignId(xercesc::DOMElement* element, int suffixHandle);
   // Inserts before the parent's first child whose tag is in `before`, else
-  // appends.
+  // appends. Costs no scan of the children (see Chart.cc): children put in
+  // any other way, the document's own included, may only be appended or
+  // removed, never inserted among the others.
   void insertChild(xercesc::DOMElement* parent, xercesc::DOMElement* child, Tags before);
+  // True when `levels` more levels of elements fit below `parent` in a
+  // document the host can read back (ChartBase::kMaxDepth levels, the
+  // document element being the first). Else reports "can't add TAG deeper
+  // than 512 levels - " + the parent's tag. Builders call it after their
+  // other checks, before they make anything.
+  bool checkDepth(const xercesc::DOMElement* parent, const char16_t* tag, int line, int levels = 1);
+  // The levels a new meta child needs: its own and its display formats'.
+  static constexpr int kMetaLevels = 2;
   int addStyle(xercesc::DOMElement* container, const char16_t* id);
   int addReferencedStyle(xercesc::DOMElement* idSource, xercesc::DOMElement* target,
                          const char16_t* attribute);
@@ -297,9 +308,10 @@ class Chart : public ChartBase {
   // Checks a string handle with the string table's check, naming `role`.
   bool checkString(int handle, const char* role, int line);
   // The text of a string handle that passed checkString, read before a builder
-  // creates anything. False (reported) when the handle names no string (the
-  // next, not yet issued handle passes the range check) or, with an
-  // `attribute`, when XML cannot hold the text as that attribute's value.
+  // creates anything. A handle that names no string (the next, not yet issued
+  // handle passes the range check) is reported and reads as the empty text.
+  // False (reported) when, with an `attribute`, XML cannot hold the text as
+  // that attribute's value.
   bool callerText(int handle, const char16_t* attribute, ChartString& text, int line);
   // Reports "MESSAGE" + the element's tag: the wrong-parent message.
   void reportParent(const char* message, const xercesc::DOMElement* parent, int line);
@@ -313,6 +325,22 @@ class Chart : public ChartBase {
   xercesc::DOMElement* defaultStyle_ = nullptr;
   std::string procedureName_;
   chartxml::KeyedTable<xercesc::DOMElement*> elements_;
+  std::unordered_map<const xercesc::DOMElement*, int> handles_;
+  // Where insertChild puts children, per parent: the first child of each tag
+  // among the parent's children, in document order, and the last child read.
+  struct ChildIndex {
+    struct First {
+      const XMLCh* tag;
+      xercesc::DOMNode* child;
+    };
+    std::vector<First> firsts;
+    xercesc::DOMNode* lastSeen = nullptr;
+  };
+  // The parent's index, brought up to date with its children.
+  ChildIndex& childIndex(xercesc::DOMElement* parent);
+  std::unordered_map<const xercesc::DOMElement*, ChildIndex> childIndexes_;
+  // Whether any facet labeling was made: until then no search for one.
+  bool madeFacetLabeling_ = false;
   int nextIdSerial_ = 1;
   bool fatalError_ = false;
   ChartString description_;

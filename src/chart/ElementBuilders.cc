@@ -2,7 +2,9 @@
 // setters of element and frame attributes.
 #include <string>
 
+#include <xercesc/dom/DOMAttr.hpp>
 #include <xercesc/dom/DOMNode.hpp>
+#include <xercesc/dom/DOMText.hpp>
 #include <xercesc/util/XMLString.hpp>
 
 #include "chart/Chart.h"
@@ -53,6 +55,18 @@ void appendToStyle(Chart& chart, const DOMElement* element, std::u16string_view 
   if (XMLString::stringLen(styleId) == 0) return;
   DOMElement* style = chart.document()->getElementById(styleId);
   if (style == nullptr) return;
+  // Elements sharing a style add to one value: appending to its text in place
+  // costs the declaration, where setting the whole value anew costs its
+  // length each time and keeps every old copy in the document's memory.
+  const xercesc::DOMAttr* attribute = style->getAttributeNode(KytoUni::_value);
+  DOMNode* text = attribute == nullptr ? nullptr : attribute->getFirstChild();
+  if (text != nullptr && text->getNextSibling() == nullptr &&
+      text->getNodeType() == DOMNode::TEXT_NODE && attribute->getValue()[0] != 0) {
+    std::u16string addition = ChartBase::_semicolon;
+    addition += declaration;
+    static_cast<xercesc::DOMText*>(text)->appendData(addition.c_str());
+    return;
+  }
   std::u16string value = style->getAttribute(KytoUni::_value);
   if (!value.empty()) value += ChartBase::_semicolon;
   value += declaration;
@@ -71,8 +85,9 @@ const DOMElement* referencedVariable(Chart& chart, int variable, const std::stri
 }
 
 // The checks of a new graphic element: its handles and strings, then the
-// parent's tag. The parent, or null (reported).
-DOMElement* checkElementParent(Chart& chart, int parent, int type, int suffix) {
+// parent's tag, then room for `levels` levels below the parent. The parent,
+// or null (reported).
+DOMElement* checkElementParent(Chart& chart, int parent, int type, int suffix, int levels = 1) {
   if (!chart.checkHandle(parent, "frame or elementGroup", kChartSource, __LINE__)) return nullptr;
   if (!chart.checkString(type, "type", __LINE__)) return nullptr;
   if (suffix != -1 && !chart.checkString(suffix, "suffix", __LINE__)) return nullptr;
@@ -83,7 +98,7 @@ DOMElement* checkElementParent(Chart& chart, int parent, int type, int suffix) {
                        __LINE__);
     return nullptr;
   }
-  return container;
+  return chart.checkDepth(container, KytoUni::_element, __LINE__, levels) ? container : nullptr;
 }
 
 // The checks of an aesthetic that refers to a variable: both handles, both
@@ -109,7 +124,10 @@ int addVariableAesthetic(Chart& chart, int element, int variable, const char16_t
                          const char* wrongParent) {
   DOMElement* owner = nullptr;
   DOMElement* target = nullptr;
-  if (!checkAesthetic(chart, element, variable, wrongParent, owner, target)) return -1;
+  if (!checkAesthetic(chart, element, variable, wrongParent, owner, target) ||
+      !chart.checkDepth(owner, tag, __LINE__)) {
+    return -1;
+  }
   DOMElement* aesthetic = chart.document()->createElement(tag);
   setVariableReference(aesthetic, target);
   owner->appendChild(aesthetic);
@@ -141,7 +159,8 @@ int addCycledStyleBy(Chart& chart, int element, int variable, const std::u16stri
   DOMElement* owner = nullptr;
   DOMElement* target = nullptr;
   if (!checkAesthetic(chart, element, variable, "can't add styleBy to anything but element ", owner,
-                      target)) {
+                      target) ||
+      !chart.checkDepth(owner, kStyleBy, __LINE__)) {
     return -1;
   }
   ensureStyleCycle(chart, cycleId, styleId);
@@ -197,6 +216,7 @@ int Chart::AddElementGroup(int frame, int suffix) {
     reportParent("can't add element to anything but frame - ", container, __LINE__);
     return -1;
   }
+  if (!checkDepth(container, kElementGroup, __LINE__)) return -1;
   DOMElement* group = document()->createElement(kElementGroup);
   assignId(group, suffix);
   container->appendChild(group);
@@ -204,7 +224,8 @@ int Chart::AddElementGroup(int frame, int suffix) {
 }
 
 int Chart::AddBinnedElement(int parent, int type, int suffix, int xVariable, int yVariable) {
-  if (checkElementParent(*this, parent, type, suffix) == nullptr) return -1;
+  // Element, position, statistic and its parameters: four levels.
+  if (checkElementParent(*this, parent, type, suffix, 4) == nullptr) return -1;
   if (!checkHandle(xVariable, "x-variable", kChartSource, __LINE__) ||
       !checkHandle(yVariable, "y-variable", kChartSource, __LINE__)) {
     return -1;
@@ -253,6 +274,7 @@ int Chart::AddPosition(int element) {
     reportParent("can't add position to anything but element - ", owner, __LINE__);
     return -1;
   }
+  if (!checkDepth(owner, KytoUni::_position, __LINE__)) return -1;
   DOMElement* position = document()->createElement(KytoUni::_position);
   insertChild(owner, position, {kStyleBy, KytoUni::_color, KytoUni::_labeling, KytoUni::_split});
   return registerElement(position);
@@ -277,7 +299,9 @@ int Chart::addPositional(int role, int parent, int variable) {
   }
   const DOMElement* target = referencedVariable(*this, variable, tag);
   if (target == nullptr) return -1;
-  DOMElement* positional = document()->createElement(chartxml::widenAscii(tag).c_str());
+  const std::u16string wideTag = chartxml::widenAscii(tag);
+  if (!checkDepth(owner, wideTag.c_str(), __LINE__)) return -1;
+  DOMElement* positional = document()->createElement(wideTag.c_str());
   setVariableReference(positional, target);
   // Each member stays ahead of those that follow it in its coordinate system,
   // and every member ahead of the element's other aesthetics.
@@ -324,7 +348,8 @@ int Chart::AddStyleBy(int element, int variable) {
   DOMElement* owner = nullptr;
   DOMElement* target = nullptr;
   if (!checkAesthetic(*this, element, variable, "can't add styleBy to anything but element - ",
-                      owner, target)) {
+                      owner, target) ||
+      !checkDepth(owner, kStyleBy, __LINE__)) {
     return -1;
   }
   // Points styled by a variable show the cycle's markers, not a fill.
@@ -363,7 +388,7 @@ int Chart::addSize(int parent, int variable) {
     return -1;
   }
   const DOMElement* target = referencedVariable(*this, variable, "size");
-  if (target == nullptr) return -1;
+  if (target == nullptr || !checkDepth(owner, KytoUni::_size, __LINE__)) return -1;
   DOMElement* size = document()->createElement(KytoUni::_size);
   setVariableReference(size, target);
   insertChild(owner, size,
@@ -404,6 +429,12 @@ int Chart::AddLabelingSuffix(int element, int variable, int suffix) {
     report("labeling not added, its style id holds a character not allowed in XML - " +
                ChartString::toUTF8(styleId),
            __LINE__);
+    return -1;
+  }
+  // The variable gets a meta child too, when it has none yet.
+  if (!checkDepth(owner, KytoUni::_labeling, __LINE__) ||
+      (getChildByTagName(target, KytoUni::_meta) == nullptr &&
+       !checkDepth(target, KytoUni::_meta, __LINE__, kMetaLevels))) {
     return -1;
   }
   DOMElement* labeling = document()->createElement(KytoUni::_labeling);

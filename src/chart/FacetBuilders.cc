@@ -62,6 +62,7 @@ int Chart::AddCoordinateFacet(int frame) {
     reportParent("can't add coordinateFacet to anything but graph or frame - ", owner, __LINE__);
     return -1;
   }
+  if (!checkDepth(owner, kCoordinateFacet, __LINE__)) return -1;
   DOMElement* facet = document()->createElement(kCoordinateFacet);
   insertChild(owner, facet,
               {kCoordinateTransform, KytoUni::_dimension, KytoUni::_guide, kElementGroup,
@@ -84,7 +85,9 @@ bool nestHasRoom(Chart& chart, const DOMElement* node, int line) {
 
 int addFacetOperator(Chart& chart, int node, const char16_t* tag, int line) {
   DOMElement* owner = chart.checkedElement(node, kFacetNode, line);
-  if (owner == nullptr || !nestHasRoom(chart, owner, line)) return -1;
+  if (owner == nullptr || !nestHasRoom(chart, owner, line) || !chart.checkDepth(owner, tag, line)) {
+    return -1;
+  }
   DOMElement* added = chart.document()->createElement(tag);
   owner->appendChild(added);
   return chart.registerElement(added);
@@ -108,7 +111,10 @@ int Chart::AddFacetVariable(int node, int role, int variable) {
   DOMElement* owner = checkedElement(node, "facet", __LINE__);
   if (owner == nullptr || !checkRole(role, __LINE__)) return -1;
   DOMElement* source = checkedElement(variable, "variable", __LINE__);
-  if (source == nullptr || !nestHasRoom(*this, owner, __LINE__)) return -1;
+  if (source == nullptr || !nestHasRoom(*this, owner, __LINE__) ||
+      !checkDepth(owner, kFacetVariable, __LINE__)) {
+    return -1;
+  }
   DOMElement* facetVariable = document()->createElement(kFacetVariable);
   facetVariable->setAttribute(kRole, widenAscii(chartxml::roleText(role, errors())).c_str());
   facetVariable->setAttribute(KytoUni::_variable, source->getAttribute(KytoUni::_id));
@@ -123,11 +129,13 @@ namespace {
 // A frame holds at most one element of these kinds: later requests get the
 // first one. Only the frame's own children count; a nested frame's belong to
 // that frame.
-int getOrCreate(Chart& chart, DOMElement* frame, const char16_t* tag, Chart::Tags before) {
+int getOrCreate(Chart& chart, DOMElement* frame, const char16_t* tag, Chart::Tags before,
+                int line) {
   if (DOMElement* existing = ChartBase::getChildByTagName(frame, tag)) {
     const int handle = chart.getHandle(existing);
     return handle >= 0 ? handle : chart.registerElement(existing);
   }
+  if (!chart.checkDepth(frame, tag, line)) return -1;
   DOMElement* created = chart.document()->createElement(tag);
   chart.insertChild(frame, created, before);
   return chart.registerElement(created);
@@ -144,7 +152,8 @@ int Chart::AddTableFacet(int frame) {
   }
   return getOrCreate(*this, owner, kTableFacet,
                      {KytoUni::_facetLabeling, kCoordinateFacet, kCoordinateTransform,
-                      KytoUni::_dimension, KytoUni::_guide, kElementGroup, KytoUni::_element});
+                      KytoUni::_dimension, KytoUni::_guide, kElementGroup, KytoUni::_element},
+                     __LINE__);
 }
 
 int Chart::AddFacetLabeling(int frame) {
@@ -154,9 +163,12 @@ int Chart::AddFacetLabeling(int frame) {
     reportParent("can't add a facet labeling to anything but a frame - ", owner, __LINE__);
     return -1;
   }
-  return getOrCreate(*this, owner, KytoUni::_facetLabeling,
-                     {kCoordinateFacet, kCoordinateTransform, KytoUni::_dimension, KytoUni::_guide,
-                      kElementGroup, KytoUni::_element});
+  const int handle = getOrCreate(*this, owner, KytoUni::_facetLabeling,
+                                 {kCoordinateFacet, kCoordinateTransform, KytoUni::_dimension,
+                                  KytoUni::_guide, kElementGroup, KytoUni::_element},
+                                 __LINE__);
+  if (handle >= 0) madeFacetLabeling_ = true;
+  return handle;
 }
 
 int Chart::SetFacetLabelingCellAspect(int labeling, double aspect) {
@@ -179,6 +191,7 @@ int Chart::AddFacetLabel(int labeling, int idText, int level, bool reverse) {
     reportParent("can't add facet label to anything but facet labeling - ", owner, __LINE__);
     return -1;
   }
+  if (!checkDepth(owner, KytoUni::_facetLabel, __LINE__)) return -1;
   DOMElement* label = document()->createElement(KytoUni::_facetLabel);
   assignId(label, idText);
   if (reverse) label->setAttribute(kReverse, KytoUni::_true);
@@ -195,9 +208,10 @@ int Chart::GetFacetLabel(int labeling, int level) {
     return -1;
   }
   const std::u16string wanted = decimal(level);
+  // Item by item: the list is read only as far as the label wanted.
   xercesc::DOMNodeList* labels = owner->getElementsByTagName(KytoUni::_facetLabel);
-  for (XMLSize_t i = 0; i < labels->getLength(); ++i) {
-    auto* label = static_cast<DOMElement*>(labels->item(i));
+  for (XMLSize_t i = 0; DOMNode* node = labels->item(i); ++i) {
+    auto* label = static_cast<DOMElement*>(node);
     if (wanted == label->getAttribute(kLevel)) return getHandle(label);
   }
   return -1;  // no label of that level is an answer, not a fault
@@ -260,6 +274,7 @@ int Chart::AddFacetStyle(int element, int whenText, int styleText) {
   std::u16string style = kFacetStyle;
   if (styleText >= 0) style += ChartBase::_underscore + styleName.str();
   style += ChartBase::_default_style;
+  if (!checkDepth(owner, kFacetStyle, __LINE__)) return -1;
 
   DOMElement* facetStyle = document()->createElement(kFacetStyle);
   facetStyle->setAttribute(kWhen, when.c_str());

@@ -21,18 +21,19 @@ int Chart::AddFrame(int parent, int suffix) {
     reportParent("can't add frame to anything but graph or frame - ", container, __LINE__);
     return -1;
   }
+  // A frame suffixed data_1 or pie_1 labels its facet cells with that same
+  // suffix; a courtesy to the chart, so its results are not checked. The
+  // labeling and its label need two more levels.
+  const ChartString* text = suffix >= 0 ? strings().peek(suffix) : nullptr;
+  const bool labelled = text != nullptr && (*text == u"data_1" || *text == u"pie_1");
+  if (!checkDepth(container, KytoUni::_frame, __LINE__, labelled ? 3 : 1)) return -1;
   DOMElement* frame = document()->createElement(KytoUni::_frame);
   assignId(frame, suffix);
   insertChild(container, frame, {KytoUni::_style});
   const int handle = registerElement(frame);
-  // A frame suffixed data_1 or pie_1 labels its facet cells with that same
-  // suffix; a courtesy to the chart, so its results are not checked.
-  if (suffix >= 0) {
-    const ChartString* text = strings().peek(suffix);
-    if (text != nullptr && (*text == u"data_1" || *text == u"pie_1")) {
-      const int labeling = AddFacetLabeling(handle);
-      SetFacetLabelCellStyle(AddFacetLabel(labeling, suffix, 0, false), suffix);
-    }
+  if (labelled) {
+    const int labeling = AddFacetLabeling(handle);
+    SetFacetLabelCellStyle(AddFacetLabel(labeling, suffix, 0, false), suffix);
   }
   return handle;
 }
@@ -53,6 +54,7 @@ int Chart::AddLabel(int parent, int idSuffix, int content) {
       return -1;
     }
   }
+  if (!checkDepth(owner, KytoUni::_label, __LINE__)) return -1;
   // A parent carries one label: the new one replaces any earlier one. The old
   // label gives up its id so that the new one may take the same id.
   for (DOMNode* node = owner->getFirstChild(); node != nullptr;) {

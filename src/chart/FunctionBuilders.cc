@@ -32,6 +32,9 @@ int Chart::AddYFunctionOfX(int frame, int functionText, int idNumber) {
       !checkString(functionText, "function", __LINE__)) {
     return -1;
   }
+  // The guide and its parameters: refused whole before anything is made.
+  const DOMElement* owner = getElement(frame);
+  if (owner != nullptr && !checkDepth(owner, KytoUni::_guide, __LINE__, 2)) return -1;
   int suffix = -1;
   if (idNumber >= 0) {
     ChartString id = strings().getString(kYFunctionOfXCode);

@@ -1,6 +1,7 @@
 // Statistics and their parameters, summary functions, aggregate variables and
 // number formats: how a chart summarises the values it shows.
 #include <string>
+#include <vector>
 
 #include <xercesc/dom/DOMNodeList.hpp>
 #include <xercesc/util/XMLString.hpp>
@@ -14,6 +15,7 @@
 using chartxml::widenAscii;
 using xercesc::DOMDocument;
 using xercesc::DOMElement;
+using xercesc::DOMNode;
 using xercesc::XMLString;
 
 using namespace chartxml::words;
@@ -142,8 +144,10 @@ int setFormatText(Chart& chart, int numberFormat, int text, const char* role,
 bool Chart::callerText(int handle, const char16_t* attribute, ChartString& text, int line) {
   const ChartString* found = strings().peek(handle);
   if (found == nullptr) {
-    strings().getString(handle);  // reports the missing string
-    return false;
+    // A handle that passed the range check but names nothing (the next, not
+    // yet issued one) reads as the empty text, reported; the caller goes on.
+    text = strings().getString(handle);
+    return true;
   }
   if (attribute != nullptr && !chartxml::isLegalXml(found->str())) {
     report("attribute " + ChartString::toUTF8(attribute) +
@@ -159,7 +163,8 @@ int Chart::AddStatistic(int parent, int methodText) {
   DOMElement* owner = checkedElement(parent, "parent", __LINE__);
   ChartString method;
   if (owner == nullptr || !checkString(methodText, "method", __LINE__) ||
-      !callerText(methodText, kMethod, method, __LINE__)) {
+      !callerText(methodText, kMethod, method, __LINE__) ||
+      !checkDepth(owner, KytoUni::_statistic, __LINE__, method == kHistogram ? 2 : 1)) {
     return -1;
   }
   DOMElement* statistic = document()->createElement(KytoUni::_statistic);
@@ -181,7 +186,8 @@ int Chart::AddParam(int statisticOrElement, int nameText, int valueText) {
   ChartString name;
   ChartString value;
   if (!callerText(nameText, KytoUni::_name, name, __LINE__) ||
-      !callerText(valueText, KytoUni::_value, value, __LINE__)) {
+      !callerText(valueText, KytoUni::_value, value, __LINE__) ||
+      !checkDepth(owner, KytoUni::_parameter, __LINE__)) {
     return -1;
   }
   DOMElement* parameter = newParameter(document(), name.c_str(), value.c_str());
@@ -192,15 +198,21 @@ int Chart::AddParam(int statisticOrElement, int nameText, int valueText) {
 int Chart::SetBinWidth(double width) {
   if (!(width > 0.0)) return -1;
   const std::u16string text = widenAscii(asString(width));
+  // The histograms first: each parameter changes the document, after which a
+  // node list starts its walk from the top again. All are checked before any
+  // changes.
+  std::vector<DOMElement*> histograms;
   xercesc::DOMNodeList* statistics = document()->getElementsByTagName(KytoUni::_statistic);
-  bool changed = false;
-  for (XMLSize_t i = 0; i < statistics->getLength(); ++i) {
-    auto* statistic = static_cast<DOMElement*>(statistics->item(i));
+  for (XMLSize_t i = 0; DOMNode* node = statistics->item(i); ++i) {
+    auto* statistic = static_cast<DOMElement*>(node);
     if (!XMLString::equals(statistic->getAttribute(kMethod), kHistogram)) continue;
-    statistic->appendChild(newParameter(document(), kBinWidth, text.c_str()));
-    changed = true;
+    if (!checkDepth(statistic, KytoUni::_parameter, __LINE__)) return -1;
+    histograms.push_back(statistic);
   }
-  return changed ? 1 : -1;
+  for (DOMElement* statistic : histograms) {
+    statistic->appendChild(newParameter(document(), kBinWidth, text.c_str()));
+  }
+  return histograms.empty() ? -1 : 1;
 }
 
 int Chart::SetSummaryFunction(int variable, int code, double p1, double p2) {
@@ -208,11 +220,13 @@ int Chart::SetSummaryFunction(int variable, int code, double p1, double p2) {
   if (element == nullptr) return -1;
   // Set once per variable: later calls keep the first description and still
   // answer with their own code, whatever it is.
-  if (DOMElement* meta = getChildByTagName(element, KytoUni::_meta)) {
-    if (XMLString::stringLen(meta->getAttribute(KytoUni::_description)) != 0) return code;
+  DOMElement* meta = getChildByTagName(element, KytoUni::_meta);
+  if (meta != nullptr && XMLString::stringLen(meta->getAttribute(KytoUni::_description)) != 0) {
+    return code;
   }
   const SummaryFunction function = summaryFunction(code);
   if (function.word == nullptr) return -1;
+  if (meta == nullptr && !checkDepth(element, KytoUni::_meta, __LINE__, kMetaLevels)) return -1;
   std::u16string description = function.word;
   if (function.numbers >= 1) description += ChartBase::_semicolon + widenAscii(asString(p1));
   if (function.numbers >= 2) description += ChartBase::_semicolon + widenAscii(asString(p2));
@@ -316,7 +330,10 @@ int Chart::AddWeightAggregate(int sourceVariable, int labelText, int shortLabelT
 
 int Chart::SetAggregateExternal(int variable) {
   DOMElement* element = checkedElement(variable, "variable", __LINE__);
-  if (element == nullptr) return -1;
+  if (element == nullptr || (getChildByTagName(element, KytoUni::_meta) == nullptr &&
+                             !checkDepth(element, KytoUni::_meta, __LINE__, kMetaLevels))) {
+    return -1;
+  }
   DOMElement* meta = metaOf(element);
   meta->setAttribute(KytoUni::_creator,
                      (std::u16string(ChartBase::_external_) + kAggregate).c_str());
@@ -325,7 +342,7 @@ int Chart::SetAggregateExternal(int variable) {
 
 int Chart::AddNumberFormat(int parent) {
   DOMElement* owner = checkedElement(parent, "parent", __LINE__);
-  if (owner == nullptr) return -1;
+  if (owner == nullptr || !checkDepth(owner, KytoUni::_numberFormat, __LINE__)) return -1;
   DOMElement* format = document()->createElement(KytoUni::_numberFormat);
   owner->appendChild(format);
   return registerElement(format);

@@ -219,6 +219,10 @@ int Chart::CopyVariable(int variable) {
 int Chart::CreateLogVar(int variable) {
   DOMElement* element = checkedElement(variable, "variable", __LINE__);
   if (element == nullptr) return -1;
+  if (getChildByTagName(element, KytoUni::_meta) == nullptr &&
+      !checkDepth(element, KytoUni::_meta, __LINE__, kMetaLevels)) {
+    return -1;
+  }
   DOMElement* meta = metaOf(element);
   if (XMLString::stringLen(meta->getAttribute(KytoUni::_description)) == 0) {
     meta->setAttribute(KytoUni::_description, KytoUni::_log);

@@ -1,5 +1,6 @@
 // The facade's lifetime, chart registry and procedure settings.
 #include "chartxml/ChartXml.h"
+#include "chartxml/HostBridge.h"
 
 #include <string>
 
@@ -15,6 +16,7 @@
 #include "chartxml/host/ChartTranscoder.h"
 #include "chartxml/host/FacSTDictionary.h"
 #include "chartxml/host/Platform.h"
+#include "chartxml/host/TsCellText.h"
 #include "chartxml/host/VORN_DataSource.h"
 #include "common/SourceNames.h"
 
@@ -83,6 +85,9 @@ ChartXml::ChartXml() : charts(std::make_unique<chartxml::ChartRegistry>()) {
 ChartXml::~ChartXml() {
   // Charts hold DOM documents: they go before the XML platform does.
   charts.reset();
+  // What the instance made for the host lives no longer than the instance.
+  for (const int text : tsTexts) TsCellText::Release(text);
+  std::string().swap(chartxml::chartXmlBuffer());
   stringHandler.reset();
   validator.reset();
   olangTranscoder.reset();

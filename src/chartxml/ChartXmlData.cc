@@ -17,7 +17,7 @@ int ChartXml::AddDataValue(int chart, int /*source*/, int variableHandle, int te
     Chart* target = resolveQuietly(chart);
     if (target == nullptr) return -1;
     const int result = target->AddDataValue(variableHandle, text);
-    if (result == -1) KillChart(chart);
+    if (result == -1) discardChart(chart, *target, variableHandle, __LINE__);
     return result;
   });
 }
@@ -27,9 +27,20 @@ int ChartXml::AddDoubleDataValue(int chart, int /*source*/, int variableHandle, 
     Chart* target = resolveQuietly(chart);
     if (target == nullptr) return -1;
     const int result = target->AddDoubleDataValue(variableHandle, value);
-    if (result == -1) KillChart(chart);
+    if (result == -1) discardChart(chart, *target, variableHandle, __LINE__);
     return result;
   });
+}
+
+// A value the feed refused ends the chart; the report says so at the call
+// that did it, not later when the procedure wonders where its chart went.
+void ChartXml::discardChart(int chart, Chart& target, int variableHandle, int line) {
+  const std::string which = "chart " + std::to_string(chart) + " discarded: ";
+  reportFacade(target.fatalError() ? which + "a data value came after the chart's fatal error"
+                                   : which + "handle " + std::to_string(variableHandle) +
+                                         " names no data-source variable of the chart",
+               line);
+  KillChart(chart);
 }
 
 int ChartXml::AllDataDoubles(int chart) {

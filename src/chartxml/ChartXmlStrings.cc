@@ -89,7 +89,9 @@ int ChartXml::ToTS(int string) {
                    __LINE__);
       return -1;
     }
-    return TsCellText::Replicate(TsString(localTranscoder->transcodeTo(text)));
+    const int handle = TsCellText::Replicate(TsString(localTranscoder->transcodeTo(text)));
+    tsTexts.push_back(handle);
+    return handle;
   });
 }
 

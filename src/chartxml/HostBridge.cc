@@ -2,10 +2,20 @@
 #include <string>
 
 #include "chartxml/ChartXml.h"
+#include "chartxml/HostBridge.h"
 #include "chartxml/chartxml_host.h"
 
-extern "C" const char* cxh_chart_xml(int64_t chart) {
+namespace chartxml {
+
+std::string& chartXmlBuffer() {
   static std::string text;
+  return text;
+}
+
+}  // namespace chartxml
+
+extern "C" const char* cxh_chart_xml(int64_t chart) {
+  std::string& text = chartxml::chartXmlBuffer();
   text.clear();
   if (ChartXml::_instance == nullptr || chart < INT32_MIN || chart > INT32_MAX) return "";
   try {

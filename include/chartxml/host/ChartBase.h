@@ -50,6 +50,11 @@ class CHARTXML_EXPORT ChartBase {
   static std::string asString(double value);
   static std::string asString(int value);
 
+  // The deepest element nesting a chart document may have, the document
+  // element being level 1. The host refuses to read deeper documents, so the
+  // library refuses to build them; real charts nest a few dozen levels.
+  static constexpr int kMaxDepth = 512;
+
   // True when `xml` is a well-formed XML document. Never resolves a DTD or an
   // external entity, refuses documents that declare a DOCTYPE, and reports the
   // first error with its line and column.

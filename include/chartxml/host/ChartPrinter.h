@@ -2,10 +2,11 @@
 //
 // Output: an XML declaration (version 1.0, encoding UTF-8) and a line feed,
 // then the document element. With white space on, every element starts on
-// its own line indented by two spaces per level, and an element whose
-// children are text only is written on one line with its text; an element
-// mixing text and elements is written as is, since added white space would
-// change its text. Empty elements are written <tag/>. Attributes appear in
+// its own line indented by two spaces per level (up to 512 levels, as deep
+// as a document the host reads), and an element whose children are text
+// only is written on one line with its text; an element mixing text and
+// elements is written as is, since added white space would change its
+// text. Empty elements are written <tag/>. Attributes appear in
 // the DOM's order. Text escapes & < > and carriage return; attribute values
 // also " and line feed and tab (as &quot; and character references), so the
 // output parses back to the same document. Characters XML cannot carry

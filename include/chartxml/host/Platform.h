@@ -35,7 +35,7 @@ class CHARTXML_EXPORT PathFactory {
 };
 
 // The host's default multibyte code page ("UTF-8" unless set). The text stays
-// valid for the life of the process.
+// valid until the setting changes; callers that keep it copy it.
 CHARTXML_EXPORT const char* VORNMBDefaultCodePage();
 
 // True while the host is bootstrapping (charts are then not sent).

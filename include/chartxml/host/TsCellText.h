@@ -22,10 +22,15 @@ class CHARTXML_EXPORT TsString {
 // The host's table of output-table cell texts.
 class CHARTXML_EXPORT TsCellText {
  public:
-  // Stores a copy of `text` and returns its handle (1, 2, 3, ...).
+  // Stores a copy of `text` and returns its handle (1, 2, 3, ...; never
+  // reused within the process).
   static int Replicate(const TsString& text);
-  // The text stored under `handle`, or null.
+  // The text stored under `handle`, or null (also once released). The
+  // pointer is valid until that handle is released.
   static const TsString* Find(int handle);
+  // Gives the text's memory back; its handle then finds nothing. Harmless for
+  // a handle that names nothing.
+  static void Release(int handle);
   // Number of texts stored.
   static int Count();
 };

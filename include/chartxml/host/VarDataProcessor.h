@@ -76,8 +76,11 @@ class CHARTXML_EXPORT VarDataProcessor {
   std::optional<std::string> Text(const std::string& source, const std::string& variable,
                                   std::uint32_t row) const;
   // The source as CSV (RFC 4180): a header of variable names, then one line
-  // per row, each ending in "\n"; missing cells are empty. Numbers as
-  // printf("%.16g"). "" for an unknown source.
+  // per row, each ending in "\n"; missing cells, NaN and the host's missing
+  // value are empty. Numbers in the shortest text that reads back as the same
+  // double (infinities "inf", "-inf"); texts that a reader could take for a
+  // number are quoted, and a quoted field is always a text. "" for an unknown
+  // source.
   std::string ToCsv(const std::string& source) const;
 
   // ---- Accounting -----------------------------------------------------------
