@@ -18,6 +18,7 @@
 #include <regex>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 extern char** environ;
@@ -50,9 +51,10 @@ fs::path scratchDir() {
 }
 
 // Runs `program` with `args` in `cwd`; standard output and error go to
-// files beside it (no pipe can fill up and stall the child).
+// files beside it (no pipe can fill up and stall the child), standard input
+// comes from `input` (relative to `cwd`) or /dev/null.
 Result runProgram(const std::string& program, const std::vector<std::string>& args,
-                  const fs::path& cwd) {
+                  const fs::path& cwd, const fs::path& input = {}) {
   std::vector<std::string> words{program};
   words.insert(words.end(), args.begin(), args.end());
   std::vector<char*> argv;
@@ -66,6 +68,8 @@ Result runProgram(const std::string& program, const std::vector<std::string>& ar
                                    0644);
   posix_spawn_file_actions_addopen(&actions, 2, errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
                                    0644);
+  const fs::path inPath = input.empty() ? fs::path("/dev/null") : cwd / input;
+  posix_spawn_file_actions_addopen(&actions, 0, inPath.c_str(), O_RDONLY, 0);
   posix_spawn_file_actions_addchdir_np(&actions, cwd.c_str());
   pid_t pid = -1;
   Result result;
@@ -99,6 +103,10 @@ class CliTest : public ::testing::Test {
   void TearDown() override { fs::remove_all(dir); }
 
   Result chartxml(const std::vector<std::string>& args) { return run(args, dir); }
+  // The same with standard input read from `input`, a file of the folder.
+  Result chartxmlFed(const std::vector<std::string>& args, const std::string& input) {
+    return runProgram(CHARTXML_CLI, args, dir, input);
+  }
 
   // A small data set: a text group, a numeric category, three numbers.
   fs::path sample() {
@@ -248,13 +256,41 @@ TEST_F(CliTest, FitsRecoverTheCoefficientsOfTheirCurve) {
   EXPECT_NEAR(values["b"], 0.2, 1e-6);
   EXPECT_TRUE(contains(readFile(dir / "exp" / "chart-0001.xml"), "exp( "));
 
-  // A family the data does not allow: the fitter's reason, and no chart.
+  // A family the data does not allow: the fitter's reason for the first
+  // point out of its domain (x = 3, straight = -0.25: the sixth row, line 7),
+  // and no chart.
   const Result refused = chartxml({"plot", "curves.csv", "--type", "scatter", "--x", "straight",
                                    "--y", "x", "--fit", "power", "--out", "power"});
   EXPECT_EQ(refused.status, 1);
-  EXPECT_TRUE(contains(refused.err, "curves.csv: cannot fit a power curve to x by straight: "))
+  EXPECT_TRUE(contains(refused.err,
+                       "chartxml plot: curves.csv:7: cannot fit a power curve to x by straight: "
+                       "power fit needs x > 0; x = -0.25\n"))
       << refused.err;
   EXPECT_FALSE(fs::exists(dir / "power" / "chart-0001.xml"));
+}
+
+// The line a refused point is named by is the file's: rows without both
+// values are no points, and a quoted field may span lines.
+TEST_F(CliTest, FitRefusalsNameTheFileLineOfTheBadPoint) {
+  std::ofstream(dir / "points.csv") << "x,y,note\n1,2,\"two\nlines\"\n2,,\n3,-4,\n4,5,\n";
+  const Result growth = chartxml(
+      {"plot", "points.csv", "--type", "scatter", "--x", "x", "--y", "y", "--fit", "exponential"});
+  EXPECT_EQ(growth.status, 1);
+  EXPECT_TRUE(contains(growth.err,
+                       "chartxml plot: points.csv:5: cannot fit an exponential curve to y by x: "
+                       "exponential fit needs y > 0; y = -4\n"))
+      << growth.err;
+  EXPECT_FALSE(fs::exists(dir / "out")) << "nothing is written for a refused fit";
+
+  // A refusal that concerns no one point names the file alone.
+  std::ofstream(dir / "flat.csv") << "x,y\n2,1\n2,3\n";
+  const Result flat =
+      chartxml({"plot", "flat.csv", "--type", "line", "--x", "x", "--y", "y", "--fit", "linear"});
+  EXPECT_EQ(flat.status, 1);
+  EXPECT_TRUE(contains(flat.err,
+                       "chartxml plot: flat.csv: cannot fit a linear curve to y by x: linear fit "
+                       "needs x values that vary; every x = 2"))
+      << flat.err;
 }
 
 TEST_F(CliTest, BadArgumentsNameTheValidChoices) {
@@ -285,7 +321,25 @@ TEST_F(CliTest, BadArgumentsNameTheValidChoices) {
       {{"plot", data, "--x", "a"}, "--type is required; valid types:"},
       {{"plot", data, "--type", "bar", "--x"}, "--x needs a value"},
       {{"plot", data, "--type", "bar", "--x", "a", "--x", "b"}, "--x is given twice"},
-      {{"demo", "--lang", "Japanese"}, "--lang needs a language code"},
+      {{"demo", "--lang", "Japanese"},
+       "--lang: unknown language 'Japanese'; valid languages: en, ja"},
+      {{"plot", data, "--type", "bar", "--x", "a", "--lang", "fr"},
+       "--lang: unknown language 'fr'; valid languages: en, ja"},
+      {{"plot", data, "--type", "bar", "--x", "a", "--delimiter", ";;"},
+       "--delimiter needs one character (such as , ; | or :) or tab, not ';;'"},
+      {{"plot", data, "--type", "bar", "--x", "a", "--delimiter", "\""},
+       "--delimiter cannot be the quote"},
+      {{"plot", data, "--type", "bar", "--x", "a", "--date-order", "ymd"},
+       "unknown date order 'ymd'; valid orders: mdy (month first), dmy (day first)"},
+      {{"plot", data, "--type", "scatter", "--x", "a", "--y", "b", "--color-categorical"},
+       "--color-categorical goes with --color COL"},
+      {{"plot", data, "--type", "bar", "--x", "a", "-o", "a.png", "--out", "charts"},
+       "give either --output FILE (one chart's files) or --out DIR"},
+      {{"plot", data, "--type", "bar", "--x", "a", "--output", "a.gif"},
+       "--output a.gif: name the picture FILE.png, FILE.svg or FILE.pdf"},
+      {{"plot", data, "--type", "bar", "--x", "a", "-o", "a.png", "--picture", "svg"},
+       "--picture goes with --out"},
+      {{"plot", data, "--type", "bar", "--x", "a", "--force"}, "--force goes with --output FILE"},
       {{"check"}, "name the XML files to check"},
   };
   for (const auto& [args, message] : cases) {
@@ -382,7 +436,13 @@ TEST_F(CliTest, HelpAndVersion) {
     EXPECT_EQ(help.out.rfind("usage: chartxml " + command, 0), 0u) << help.out;
     EXPECT_TRUE(contains(help.out, "--help")) << help.out;
   }
-  EXPECT_TRUE(contains(chartxml({"plot", "--help"}).out, "--bin-width W"));
+  const std::string plot = chartxml({"plot", "--help"}).out;
+  for (const std::string option :
+       {"--bin-width W", "--delimiter C", "--encoding NAME", "--date-order ORDER", "--verbose",
+        "-o, --output FILE", "--force", "--color-categorical", "DATA - reads standard input"}) {
+    EXPECT_TRUE(contains(plot, option)) << "plot --help lacks " << option;
+  }
+  EXPECT_TRUE(contains(chartxml({"demo", "--help"}).out, "--force"));
 }
 
 // A long feed shows a progress bar, but only on a terminal.
@@ -451,6 +511,323 @@ std::vector<std::string> hiddenFiles(const fs::path& dir) {
     if (name[0] == '.' && name != ".stdout" && name != ".stderr") out.push_back(name);
   }
   return out;
+}
+
+// The data is read once, from a file or standard input, as the reader's
+// options say; --verbose tells what each column was read as.
+TEST_F(CliTest, PlotReadsDataAsItsReaderOptionsSay) {
+  // Semicolons, from standard input (which cannot be read twice): detected.
+  std::ofstream(dir / "semi.csv") << "city;temp;rain\nOslo;4.5;1\nRome;15.25;0\nLima;19;2\n";
+  const Result piped = chartxmlFed({"plot", "-", "--type", "bar", "--x", "city", "--y", "temp",
+                                    "--verbose", "--picture", "none"},
+                                   "semi.csv");
+  ASSERT_EQ(piped.status, 0) << piped.err;
+  EXPECT_EQ(piped.err,
+            "chartxml plot: <stdin>: city: text\n"
+            "chartxml plot: <stdin>: temp: number (2 decimals)\n"
+            "chartxml plot: <stdin>: rain: number (0 decimals)\n");
+  const std::string rows = readFile(dir / "out" / "chart-0001.source0.csv");
+  EXPECT_EQ(rows.substr(rows.find('\n') + 1), "Oslo,4.5\nRome,15.25\nLima,19\n");
+
+  // Tabs, named: with the wrong delimiter the header is one column.
+  std::ofstream(dir / "tabs.csv") << "city\ttemp\nOslo\t4.5\nRome\t15\n";
+  const std::vector<std::string> tabs{"plot", "tabs.csv", "--type", "bar",  "--x",       "city",
+                                      "--y",  "temp",     "--out",  "tabs", "--picture", "none"};
+  std::vector<std::string> named = tabs;
+  named.insert(named.end(), {"--delimiter", "tab"});
+  const Result tabbed = chartxml(named);
+  ASSERT_EQ(tabbed.status, 0) << tabbed.err;
+  EXPECT_TRUE(contains(readFile(dir / "tabs" / "chart-0001.source0.csv"), "\nRome,15\n"));
+  std::vector<std::string> wrong = tabs;
+  wrong.insert(wrong.end(), {"--delimiter", ","});
+  const Result commas = chartxml(wrong);
+  EXPECT_EQ(commas.status, 2);
+  EXPECT_TRUE(contains(commas.err, "has no column 'city' (--x); its columns: city\ttemp"))
+      << commas.err;
+
+  // A file in Windows-1252 is refused as UTF-8 and read as what --encoding names.
+  std::ofstream(dir / "latin.csv", std::ios::binary) << "name,v\nCaf\xe9,1\nTea,2\n";
+  const std::vector<std::string> latin{"plot", "latin.csv", "--type",    "bar",  "--x",   "name",
+                                       "--y",  "v",         "--picture", "none", "--out", "latin"};
+  const Result undeclared = chartxml(latin);
+  EXPECT_EQ(undeclared.status, 1);
+  EXPECT_TRUE(contains(undeclared.err, "latin.csv:2:4: byte 0xE9 is not valid UTF-8"))
+      << undeclared.err;
+  std::vector<std::string> declared = latin;
+  declared.insert(declared.end(), {"--encoding", "CP1252"});
+  const Result decoded = chartxml(declared);
+  ASSERT_EQ(decoded.status, 0) << decoded.err;
+  EXPECT_TRUE(contains(readFile(dir / "latin" / "chart-0001.source0.csv"), "\nCaf\u00e9,1\n"));
+
+  // 03/04/2024 is 4 March month first, 3 April day first, and a text without
+  // a date order; 04/04/2024 is the same day either way.
+  std::ofstream(dir / "days.csv") << "day,v\n03/04/2024,1\n04/04/2024,2\n";
+  std::map<std::string, std::vector<std::string>> days;  // order: the day column's values
+  for (const std::string order : {"mdy", "dmy"}) {
+    const Result dated =
+        chartxml({"plot", "days.csv", "--type", "line", "--x", "day", "--y", "v", "--date-order",
+                  order, "--verbose", "--out", order, "--picture", "none"});
+    ASSERT_EQ(dated.status, 0) << dated.err;
+    EXPECT_TRUE(contains(dated.err, "chartxml plot: days.csv: day: date (")) << dated.err;
+    std::istringstream lines(readFile(dir / order / "chart-0001.source0.csv"));
+    std::string line;
+    std::getline(lines, line);  // the header
+    while (std::getline(lines, line)) days[order].push_back(line.substr(0, line.find(',')));
+  }
+  ASSERT_EQ(days["mdy"].size(), 2u);
+  ASSERT_EQ(days["dmy"].size(), 2u);
+  EXPECT_EQ(std::stoll(days["dmy"][0]) - std::stoll(days["mdy"][0]), 30 * 86400);
+  EXPECT_EQ(days["dmy"][1], days["mdy"][1]);
+  const Result undated =
+      chartxml({"plot", "days.csv", "--type", "line", "--x", "day", "--y", "v", "--verbose"});
+  EXPECT_EQ(undated.status, 1);
+  EXPECT_TRUE(contains(undated.err, "chartxml plot: days.csv: day: text\n")) << undated.err;
+  EXPECT_TRUE(contains(undated.err, "days.csv:2: column 'day' (--x) holds text (\"03/04/2024\")"))
+      << undated.err;
+}
+
+TEST_F(CliTest, DataWithAHeaderAndNoRowsChartsNothing) {
+  std::ofstream(dir / "header.csv") << "x,y\n";
+  const Result file = chartxml({"plot", "header.csv", "--type", "scatter", "--x", "x", "--y", "y"});
+  EXPECT_EQ(file.status, 1);
+  EXPECT_EQ(file.err, "chartxml plot: header.csv: has a header but no rows; nothing to chart\n");
+  EXPECT_EQ(file.out, "");
+  EXPECT_FALSE(fs::exists(dir / "out"));
+  const Result piped =
+      chartxmlFed({"plot", "-", "--type", "histogram", "--x", "x", "-o", "h.png"}, "header.csv");
+  EXPECT_EQ(piped.status, 1);
+  EXPECT_EQ(piped.err, "chartxml plot: <stdin>: has a header but no rows; nothing to chart\n");
+  EXPECT_FALSE(fs::exists(dir / "h.png"));
+}
+
+// The names of the files in `folder`, sorted.
+std::vector<std::string> filesIn(const fs::path& folder) {
+  std::vector<std::string> names;
+  for (const auto& entry : fs::directory_iterator(folder)) {
+    names.push_back(entry.path().filename().string());
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+// Charts into a folder continue after those there, under the names printed;
+// the demo's index lists one run, and nothing is replaced unasked.
+TEST_F(CliTest, ChartsIntoAFolderNeverReplaceEarlierFiles) {
+  const std::string data = sample().string();
+  fs::create_directories(dir / "charts");
+  std::ofstream(dir / "charts" / "chart-0041.png") << "an earlier picture";
+  const std::vector<std::string> pie{"plot", data,    "--type", "pie",
+                                     "--x",  "group", "--out",  "charts"};
+  const Result first = chartxml(pie);
+  ASSERT_EQ(first.status, 0) << first.err;
+  EXPECT_EQ(first.out,
+            "wrote charts/chart-0042.xml and its data charts/chart-0042.source0.csv\n"
+            "wrote charts/chart-0042.png\n");
+  const Result second = chartxml(pie);
+  ASSERT_EQ(second.status, 0) << second.err;
+  EXPECT_TRUE(contains(second.out, "wrote charts/chart-0043.png\n")) << second.out;
+  EXPECT_EQ(filesIn(dir / "charts"),
+            (std::vector<std::string>{"chart-0041.png", "chart-0042.png", "chart-0042.source0.csv",
+                                      "chart-0042.xml", "chart-0043.png", "chart-0043.source0.csv",
+                                      "chart-0043.xml"}));
+  EXPECT_EQ(readFile(dir / "charts" / "chart-0041.png"), "an earlier picture");
+
+  // The demo refuses a folder of charts, and leaves it as it was.
+  std::ofstream(dir / "charts" / "notes.txt") << "mine";
+  const Result refused = chartxml({"demo", "--out", "charts"});
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_EQ(refused.err,
+            "chartxml demo: charts: already holds charts or an index of an earlier run "
+            "(chart-0041.png and 6 more); name an empty folder with --out DIR, or give --force "
+            "to remove them first\n");
+  EXPECT_EQ(filesIn(dir / "charts").size(), 8u);
+
+  // --force removes the charts and nothing else; the index lists this run's.
+  const Result forced = chartxml({"demo", "--out", "charts", "--force"});
+  ASSERT_EQ(forced.status, 0) << forced.err;
+  EXPECT_EQ(readFile(dir / "charts" / "notes.txt"), "mine");
+  EXPECT_FALSE(fs::exists(dir / "charts" / "chart-0041.png"));
+  EXPECT_FALSE(fs::exists(dir / "charts" / "chart-0043.xml"));
+  const std::string index = readFile(dir / "charts" / "index.txt");
+  EXPECT_EQ(lineCount(index), 9u);
+  EXPECT_EQ(index.rfind("chart-0001.xml\t", 0), 0u) << index;
+  EXPECT_TRUE(contains(index, "\nchart-0009.xml\t")) << index;
+  EXPECT_TRUE(contains(forced.out, "charts/chart-0009.xml  ")) << forced.out;
+  const std::string page = readFile(dir / "charts" / "index.html");
+
+  // A plot after the demo takes the next number and leaves its index alone;
+  // the demo then refuses the folder again.
+  const Result after = chartxml(pie);
+  ASSERT_EQ(after.status, 0) << after.err;
+  EXPECT_TRUE(contains(after.out, "wrote charts/chart-0010.xml")) << after.out;
+  EXPECT_EQ(readFile(dir / "charts" / "index.txt"), index);
+  EXPECT_EQ(readFile(dir / "charts" / "index.html"), page);
+  EXPECT_EQ(chartxml({"demo", "--out", "charts"}).status, 1);
+
+  // An index alone is the demo's too.
+  fs::create_directories(dir / "indexed");
+  std::ofstream(dir / "indexed" / "index.html") << "<p>someone's page</p>";
+  const Result indexed = chartxml({"demo", "--out", "indexed"});
+  EXPECT_EQ(indexed.status, 1);
+  EXPECT_TRUE(contains(indexed.err, "indexed: already holds charts or an index")) << indexed.err;
+  EXPECT_EQ(readFile(dir / "indexed" / "index.html"), "<p>someone's page</p>");
+}
+
+// -o names the picture; the document and data go beside it, and existing
+// files of those names are replaced only with --force.
+TEST_F(CliTest, PlotWritesTheFilesOutputNames) {
+  const std::string data = sample().string();
+  const auto plot = [&](const std::string& title, bool force) {
+    std::vector<std::string> args{"plot", data, "--type", "scatter",     "--x",     "a",
+                                  "--y",  "b",  "-o",     "figs/ab.svg", "--title", title};
+    if (force) args.push_back("--force");
+    return chartxml(args);
+  };
+  const Result first = plot("First", false);
+  ASSERT_EQ(first.status, 0) << first.err;
+  EXPECT_EQ(first.out, "wrote figs/ab.xml and its data figs/ab.source0.csv\nwrote figs/ab.svg\n");
+  EXPECT_EQ(filesIn(dir / "figs"),
+            (std::vector<std::string>{"ab.source0.csv", "ab.svg", "ab.xml"}));
+  EXPECT_TRUE(contains(readFile(dir / "figs" / "ab.svg"), "<svg"));
+  EXPECT_TRUE(contains(readFile(dir / "figs" / "ab.xml"), ">First</label>"));
+  EXPECT_EQ(lineCount(readFile(dir / "figs" / "ab.source0.csv")), 13u);
+  EXPECT_FALSE(fs::exists(dir / "out")) << "no folder of numbered charts";
+
+  const Result again = plot("Second", false);
+  EXPECT_EQ(again.status, 1);
+  EXPECT_EQ(again.err,
+            "chartxml plot: figs/ab.svg, figs/ab.xml, figs/ab.source0.csv: already there; give "
+            "--force to replace, or name another file\n");
+  EXPECT_TRUE(contains(readFile(dir / "figs" / "ab.xml"), ">First</label>"));
+  // Any one of the three is enough to refuse.
+  fs::remove(dir / "figs" / "ab.svg");
+  fs::remove(dir / "figs" / "ab.xml");
+  EXPECT_EQ(plot("Second", false).status, 1);
+  EXPECT_FALSE(fs::exists(dir / "figs" / "ab.xml"));
+
+  const Result forced = plot("Second", true);
+  ASSERT_EQ(forced.status, 0) << forced.err;
+  EXPECT_TRUE(contains(readFile(dir / "figs" / "ab.xml"), ">Second</label>"));
+  EXPECT_EQ(hiddenFiles(dir / "figs"), std::vector<std::string>{});
+  // The data beside the document is where render looks for it.
+  const Result drawn = chartxml({"render", "figs/ab.xml", "-o", "again.pdf"});
+  EXPECT_EQ(drawn.status, 0) << drawn.err;
+  EXPECT_EQ(readFile(dir / "again.pdf").substr(0, 5), "%PDF-");
+}
+
+// The title of a chart and what its axes are titled, by role.
+struct Titles {
+  std::string title;
+  std::map<std::string, std::string> axes;
+};
+
+Titles titlesOf(const std::string& xml) {
+  Titles titles;
+  std::smatch match;
+  if (std::regex_search(xml, match, std::regex(R"(<label id="label_title_1"[^>]*>([^<]*)<)"))) {
+    titles.title = match[1];
+  }
+  const std::regex axis(
+      R"re(<dimension[^>]*role="(\w+)"[^>]*>\s*<axis[^>]*>\s*<label[^>]*>([^<]*)<)re");
+  for (auto it = std::sregex_iterator(xml.begin(), xml.end(), axis); it != std::sregex_iterator();
+       ++it) {
+    titles.axes[(*it)[1]] = (*it)[2];
+  }
+  return titles;
+}
+
+TEST_F(CliTest, TitlesAndAxesNameTheColumnsByTheirLabels) {
+  std::ofstream(dir / "survey.csv")
+      << "age,score,sex,hours\n20,3.5,1,2\n31,6,2,4\n45,9,1,5\n52,4,2,1\n";
+  std::ofstream(dir / "survey.csv.dict.json") << R"({ "variables": {
+      "age": { "label": "Age in years" },
+      "score": { "label": "Test score" },
+      "sex": { "label": "Sex", "valueLabels": { "1": "Male", "2": "Female" } } } })";
+  using Axes = std::map<std::string, std::string>;
+  const std::vector<std::tuple<std::vector<std::string>, std::string, Axes>> charts{
+      {{"bar", "--x", "sex", "--y", "score"},
+       "Mean of Test score by Sex",
+       {{"x", "Sex"}, {"y", "Mean of Test score"}}},
+      {{"bar", "--x", "sex"}, "Count by Sex", {{"x", "Sex"}, {"y", "Count"}}},
+      {{"line", "--x", "age", "--y", "score", "--stat", "max"},
+       "Maximum of Test score by Age in years",
+       {{"x", "Age in years"}, {"y", "Maximum of Test score"}}},
+      {{"area", "--x", "hours", "--y", "score"},
+       "Test score by hours",
+       {{"x", "hours"}, {"y", "Test score"}}},
+      {{"scatter", "--x", "age", "--y", "hours", "--color", "sex"},
+       "hours by Age in years",
+       {{"x", "Age in years"}, {"y", "hours"}}},
+      {{"histogram", "--x", "score"}, "Test score", {{"x", "Test score"}, {"y", "Count"}}},
+      {{"scatter3d", "--x", "age", "--y", "hours", "--z", "score"},
+       "Test score by Age in years and hours",
+       {{"x", "Age in years"}, {"y", "hours"}, {"z", "Test score"}}},
+      {{"pie", "--x", "sex", "--y", "score"}, "Sum of Test score by Sex", {}},
+  };
+  int number = 0;
+  for (const auto& [setup, title, axes] : charts) {
+    std::vector<std::string> args{"plot", "survey.csv", "--type", "--picture", "none"};
+    args.insert(args.begin() + 3, setup.front());
+    args.insert(args.end(), setup.begin() + 1, setup.end());
+    const Result plot = chartxml(args);
+    ASSERT_EQ(plot.status, 0) << setup.front() << ": " << plot.err;
+    char name[32];
+    std::snprintf(name, sizeof name, "chart-%04d.xml", ++number);
+    const std::string xml = readFile(dir / "out" / name);
+    const Titles titles = titlesOf(xml);
+    EXPECT_EQ(titles.title, title) << setup.front();
+    EXPECT_EQ(titles.axes, axes) << setup.front() << "\n" << xml;
+    if (contains(setup.back(), "sex") && setup.front() == "scatter") {
+      EXPECT_TRUE(contains(xml, ">Sex key</label>")) << xml;
+    }
+  }
+}
+
+// The variable the marks are coloured by, as the document declares it.
+std::string colourDeclared(const std::string& xml) {
+  std::smatch color;
+  if (!std::regex_search(xml, color, std::regex(R"re(<color variable="(\w+)")re"))) return "none";
+  std::smatch variable;
+  const std::regex declared("<variable categorical=\"(true|false)\" id=\"" + color[1].str() + "\"");
+  return std::regex_search(xml, variable, declared) ? variable[1].str() : "undeclared";
+}
+
+TEST_F(CliTest, PointsColouredByManyNumbersGetAScale) {
+  {
+    std::ofstream csv(dir / "shades.csv");
+    csv << "x,y,t,ten,code,name\n";
+    for (int i = 0; i < 24; ++i) {
+      csv << i << ',' << i * i << ',' << (i % 12) * 0.5 << ',' << i % 10 << ',' << i % 12 << ",n"
+          << i % 12 << '\n';
+    }
+  }
+  std::ofstream(dir / "shades.csv.dict.json")
+      << R"({ "variables": { "code": { "measure": "nominal" } } })";
+  // The kind and options, and whether the colour goes as categories.
+  const std::vector<std::pair<std::vector<std::string>, std::string>> cases{
+      {{"scatter", "--x", "x", "--y", "y", "--color", "t"}, "false"},
+      {{"splom", "--x", "x,y", "--color", "t"}, "false"},
+      {{"scatter3d", "--x", "x", "--y", "y", "--z", "ten", "--color", "t"}, "false"},
+      {{"scatter", "--x", "x", "--y", "y", "--color", "t", "--color-categorical"}, "true"},
+      {{"scatter", "--x", "x", "--y", "y", "--color", "ten"}, "true"},   // ten values
+      {{"scatter", "--x", "x", "--y", "y", "--color", "code"}, "true"},  // nominal
+      {{"scatter", "--x", "x", "--y", "y", "--color", "name"}, "true"},  // texts
+      {{"bar", "--x", "ten", "--y", "y", "--color", "t"}, "true"},       // clusters
+      {{"line", "--x", "x", "--y", "y", "--color", "t"}, "true"},        // one line each
+  };
+  int number = 0;
+  for (const auto& [setup, categorical] : cases) {
+    std::vector<std::string> args{"plot", "shades.csv", "--type", "--picture", "none"};
+    args.insert(args.begin() + 3, setup.front());
+    args.insert(args.end(), setup.begin() + 1, setup.end());
+    const Result plot = chartxml(args);
+    ASSERT_EQ(plot.status, 0) << testing::PrintToString(args) << plot.err;
+    char name[32];
+    std::snprintf(name, sizeof name, "chart-%04d.xml", ++number);
+    const std::string xml = readFile(dir / "out" / name);
+    EXPECT_EQ(colourDeclared(xml), categorical) << testing::PrintToString(args);
+    EXPECT_TRUE(contains(xml, " key</label>")) << "a legend: " << testing::PrintToString(args);
+  }
 }
 
 TEST_F(CliTest, RenderDrawsASentChartInEachFormat) {

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cstdio>
+
 #include <filesystem>
 #include <fstream>
 #include <limits>
@@ -14,6 +16,7 @@
 #include "chartxml/chartxml_host.h"
 #include "chartxml/host/Platform.h"
 #include "chartxml/host/VORN_DataSource.h"
+#include "chartxml/host/formatter.h"
 
 namespace fs = std::filesystem;
 
@@ -46,6 +49,16 @@ Numbers numbers(const VORN_DataSource& source, int column) {
   for (int r = 0; r < source.RowCount(); ++r) out.push_back(source.GetNumber(r, column));
   return out;
 }
+// A column's cells as its display format shows them, joined by '|'.
+std::string shown(VORN_DataSource& source, int column) {
+  std::string out;
+  for (int r = 0; r < source.RowCount(); ++r) {
+    out +=
+        (r > 0 ? "|" : "") + formatter::AsString(source.GetNumber(r, column),
+                                                 source.GetVariable(column)->GetFormatEx(), true);
+  }
+  return out;
+}
 
 class DataSourceTest : public ::testing::Test {
  protected:
@@ -58,7 +71,10 @@ class DataSourceTest : public ::testing::Test {
     fs::remove_all(dir_);
     fs::create_directories(dir_);
   }
-  void TearDown() override { fs::remove_all(dir_); }
+  void TearDown() override {
+    cxh_set_code_page(nullptr);
+    fs::remove_all(dir_);
+  }
 
   std::string write(const std::string& name, const std::string& content) {
     const fs::path file = dir_ / name;
@@ -67,6 +83,12 @@ class DataSourceTest : public ::testing::Test {
   }
   Source open(const std::string& path) { return Source(asSource(cxh_open_csv(path.c_str()))); }
   Source load(const std::string& csv) { return open(write("data.csv", csv)); }
+  Source openEx(const std::string& path, const cxh_csv_options& options) {
+    return Source(asSource(cxh_open_csv_ex(path.c_str(), &options)));
+  }
+  Source loadEx(const std::string& csv, const cxh_csv_options& options) {
+    return openEx(write("data.csv", csv), options);
+  }
   std::string lastReport() const {
     const int count = cxh_report_count();
     return count > 0 ? cxh_report_message(count - 1) : "";
@@ -165,8 +187,9 @@ TEST_F(DataSourceTest, TypesColumnsAndGuessesFormatsWithoutADictionary) {
       ",0,0,,2,inf,\n");
   ASSERT_NE(source, nullptr) << lastReport();
   ASSERT_EQ(source->ColumnCount(), 7);
-  // Only finite numbers make a numeric column; an empty one is numeric.
-  for (int c = 0; c < 7; ++c) EXPECT_EQ(source->GetVariable(c)->IsString(), c >= 3 && c <= 5) << c;
+  // Numbers, infinities and missing values ("nan" is one) make a numeric
+  // column; an empty one is numeric.
+  for (int c = 0; c < 7; ++c) EXPECT_EQ(source->GetVariable(c)->IsString(), c == 3 || c == 4) << c;
   // Never narrower than 8; text widths count bytes, not characters.
   const VORN_Format formats[] = {{5, 8, 2}, {5, 13, 3}, {5, 8, 4}, {1, 5, 0}};
   for (int c = 0; c < 4; ++c) EXPECT_EQ(source->GetVariable(c)->GetFormatEx(), formats[c]) << c;
@@ -180,6 +203,7 @@ TEST_F(DataSourceTest, TypesColumnsAndGuessesFormatsWithoutADictionary) {
   EXPECT_EQ(numbers(*source, 1), (Numbers{123456789.125, 7, 0}));
   EXPECT_EQ(numbers(*source, 2), (Numbers{0.0025, 1, 0}));
   EXPECT_EQ(numbers(*source, 4), (Numbers{1, kMissing, 2}));  // text that spells a number
+  EXPECT_EQ(numbers(*source, 5), (Numbers{kMissing, 1, std::numeric_limits<double>::infinity()}));
   EXPECT_EQ(numbers(*source, 6), (Numbers{kMissing, kMissing, kMissing}));
   EXPECT_EQ(source->GetString(0, 0), "1.5");
   EXPECT_EQ(source->GetString(2, 0), "");
@@ -277,7 +301,6 @@ TEST_F(DataSourceTest, RefusesABadDictionaryNamingTheFileLineColumnAndVariable) 
        "decimals 4 leave"},
       {R"("n": { "format": { "type": 1 } })", "\"type\"",
        "numeric variable cannot have format type 1"},
-      {R"("s": { "format": { "type": 5 } })", "\"type\"", "text variable needs format type 1"},
       {R"("n": { "format": { "width": 8.5 } })", "\"width\"", "width must be a whole number"},
       {R"("n": { "measure": "interval" })", "\"measure\"", "measure \"interval\" is not"},
       {R"("n": { "valueLabels": { "one": "One" } })", "\"one\"", "key \"one\" is not a number"},
@@ -388,6 +411,346 @@ TEST_F(DataSourceTest, ProcedureDictionaryMapsOneBasedNumbersToColumns) {
   EXPECT_EQ(cxh_dictionary(handleOf(source.get()), negative, 1), nullptr);
   cxh_close(nullptr);
   EXPECT_EQ(cxh_report_count(), 5);
+}
+
+TEST_F(DataSourceTest, ReadsMissingValuesAsUsersWriteThem) {
+  Source source = load(
+      "x,word,quoted\n"
+      "1.5,NA,1\n"
+      "NA,N/A,\"NA\"\n"
+      " N/A ,x,2\n"
+      "NaN,,3\n"
+      "nan,.,4\n"
+      "null,null,5\n"
+      "NULL,NULL,6\n"
+      ".,y,7\n"
+      ",z,8\n");
+  ASSERT_NE(source, nullptr) << lastReport();
+  EXPECT_EQ(numbers(*source, 0), (Numbers{1.5, kMissing, kMissing, kMissing, kMissing, kMissing,
+                                          kMissing, kMissing, kMissing}));
+  EXPECT_EQ(source->GetString(1, 0), "");
+  // In a text column they are the texts written; a quoted one is a text.
+  EXPECT_EQ(source->GetString(0, 1), "NA");
+  EXPECT_EQ(source->GetString(4, 1), ".");
+  EXPECT_TRUE(source->GetVariable(2)->IsString());
+  EXPECT_EQ(source->GetString(1, 2), "NA");
+  EXPECT_STREQ(cxh_csv_column_kinds(handleOf(source.get())),
+               "x: number (1 decimal)\nword: text\nquoted: text\n");
+
+  // Other spellings are texts.
+  for (const char* spelling : {"n/a", "NAN", "-", "None"}) {
+    source = load(std::string("x\n1\n") + spelling + "\n");
+    ASSERT_NE(source, nullptr) << lastReport();
+    EXPECT_TRUE(source->GetVariable(0)->IsString()) << spelling;
+  }
+
+  // The dictionary's missing values hide numbers besides.
+  const std::string path = write("codes.csv", "score\n1\nNA\n99\n");
+  write("codes.csv.dict.json", R"({"variables": {"score": {"missing": [99]}}})");
+  source = open(path);
+  ASSERT_NE(source, nullptr) << lastReport();
+  EXPECT_EQ(numbers(*source, 0), (Numbers{1, kMissing, kMissing}));
+}
+
+TEST_F(DataSourceTest, ReadsDatesAndDateTimesAsDateValues) {
+  Source source = load(
+      "iso,english,stamp,zoned\n"
+      "2012-01-31,Jan 1 2000,2012-01-01T13:45:00,2012-01-01T13:45:00Z\n"
+      "2012-2-29,\"January 2, 2000\",2012-01-01T13:45:30.25,2012-01-01T15:45:00+02:00\n"
+      "NA,3 January 2000,2012-01-02,2012-01-01 08:45-0500\n"
+      ",4-Jan-2000,,2012-01-01 14:45 +01\n"
+      "1582-10-15, 05-SEP-2000 ,2012-01-01T00:00:00.12345,2012-01-01T13:45:00.5Z\n");
+  ASSERT_NE(source, nullptr) << lastReport();
+  for (int c = 0; c < 4; ++c) EXPECT_FALSE(source->GetVariable(c)->IsString()) << c;
+  // Seconds since the start of 14 October 1582.
+  EXPECT_EQ(source->GetNumber(4, 0), 86400);
+  EXPECT_EQ(source->GetVariable(0)->GetFormatEx(), VORN_Format(23, 10, 0));
+  EXPECT_EQ(shown(*source, 0), "2012/01/31|2012/02/29|||1582/10/15");
+  EXPECT_EQ(source->GetVariable(1)->GetFormatEx(), VORN_Format(20, 11, 0));
+  EXPECT_EQ(shown(*source, 1), "01-JAN-2000|02-JAN-2000|03-JAN-2000|04-JAN-2000|05-SEP-2000");
+  // ISO date-times show as ISO, with the seconds' decimals seen (at most 3).
+  EXPECT_EQ(source->GetVariable(2)->GetFormatEx(), VORN_Format(30, 23, 3));
+  EXPECT_EQ(shown(*source, 2),
+            "2012-01-01T13:45:00.000|2012-01-01T13:45:30.250|2012-01-02T00:00:00.000||"
+            "2012-01-01T00:00:00.123");
+  // Offsets are converted to UTC: all are 13:45 there.
+  EXPECT_EQ(shown(*source, 3),
+            "2012-01-01T13:45:00.0|2012-01-01T13:45:00.0|2012-01-01T13:45:00.0|"
+            "2012-01-01T13:45:00.0|2012-01-01T13:45:00.5");
+  EXPECT_STREQ(cxh_csv_column_kinds(handleOf(source.get())),
+               "iso: date (yyyy-MM-dd)\n"
+               "english: date (MMM d yyyy; MMMM d, yyyy; d MMMM yyyy; ...)\n"
+               "stamp: date-time (yyyy-MM-ddTHH:mm:ss; yyyy-MM-ddTHH:mm:ss.S; yyyy-MM-dd)\n"
+               "zoned: date-time with offsets converted to UTC\n");
+
+  // English date-times that are not ISO show day, month name and year.
+  source = load("t\nJan 5 2000 9:30\n6 Feb 2000 23:59:59\n");
+  ASSERT_NE(source, nullptr) << lastReport();
+  EXPECT_EQ(source->GetVariable(0)->GetFormatEx(), VORN_Format(24, 20, 0));
+  EXPECT_EQ(shown(*source, 0), "05-JAN-2000 09:30:00|06-FEB-2000 23:59:59");
+
+  // Each of these keeps its column text: a day that does not exist, dates
+  // mixed with numbers, offsets with none, a numeric date with no order
+  // given, hour 24, a two-digit year, a quoted date with no delimiter in it.
+  source = load(
+      "a,b,c,d,e,f,g\n"
+      "2011-02-29,2012-01-01,2012-01-01T10:00Z,01/02/2000,2012-01-01T24:00,Jan 1 12,"
+      "\"2012-01-01\"\n"
+      "2012-01-01,5,2012-01-01T10:00,02/02/2000,2012-01-01,Jan 2 2012,2012-01-02\n");
+  ASSERT_NE(source, nullptr) << lastReport();
+  for (int c = 0; c < 7; ++c) EXPECT_TRUE(source->GetVariable(c)->IsString()) << c;
+  EXPECT_EQ(row(*source, 0),
+            "2011-02-29|2012-01-01|2012-01-01T10:00Z|01/02/2000|2012-01-01T24:00|Jan 1 12|"
+            "2012-01-01");
+}
+
+TEST_F(DataSourceTest, ReadsNumericDatesInTheOrderTheCallerOrDictionaryGives) {
+  const std::string csv = "dm,ymd\n01/02/2000,2000/01/31\n13.01.2000,2000.02.01\n";
+  cxh_csv_options options{};
+  options.date_order = 2;
+  Source source = loadEx(csv, options);
+  ASSERT_NE(source, nullptr) << lastReport();
+  EXPECT_EQ(source->GetVariable(0)->GetFormatEx(), VORN_Format(22, 10, 0));
+  EXPECT_EQ(shown(*source, 0), "01.02.2000|13.01.2000");
+  EXPECT_EQ(shown(*source, 1), "2000/01/31|2000/02/01");
+  EXPECT_STREQ(cxh_csv_column_kinds(handleOf(source.get())),
+               "dm: date (dd/MM/yyyy; dd.MM.yyyy)\nymd: date (yyyy/MM/dd; yyyy.MM.dd)\n");
+  // Month first, there is no month 13: a text, not a guess at the other order.
+  options.date_order = 1;
+  source = loadEx(csv, options);
+  ASSERT_NE(source, nullptr) << lastReport();
+  EXPECT_TRUE(source->GetVariable(0)->IsString());
+  EXPECT_FALSE(source->GetVariable(1)->IsString());
+  source = load(csv);
+  ASSERT_NE(source, nullptr) << lastReport();
+  EXPECT_TRUE(source->GetVariable(0)->IsString());
+  EXPECT_TRUE(source->GetVariable(1)->IsString());
+
+  // A dictionary date format makes them dates: month first for type 21, day
+  // first for the others; the caller's order wins over both.
+  const std::string path = write("d.csv", "a,b\n01/02/2000,01/02/2000\n");
+  write("d.csv.dict.json", R"({"variables": {"a": {"format": {"type": 21}},
+                                             "b": {"format": {"type": 20, "width": 11}}}})");
+  source = open(path);
+  ASSERT_NE(source, nullptr) << lastReport();
+  EXPECT_EQ(shown(*source, 0), "01/02/2000");
+  EXPECT_EQ(shown(*source, 1), "01-FEB-2000");
+  source = openEx(path, options);
+  ASSERT_NE(source, nullptr) << lastReport();
+  EXPECT_EQ(shown(*source, 1), "02-JAN-2000");
+}
+
+TEST_F(DataSourceTest, DictionaryFormatsDecideBetweenTextsNumbersAndDates) {
+  const std::string path =
+      write("d.csv", "n,when,q\n1,2012-01-01,\"7\"\n\"2\",NA,\"8\"\nabc,x,9\n");
+  const std::string dictionary = path + ".dict.json";
+  // A numeric or date format wants numbers or dates: the first value that is
+  // neither is refused with its line.
+  const std::pair<const char*, const char*> refused[] = {
+      {R"("n": {"format": {"type": 5}})",
+       ":4: variable \"n\": \"abc\" is not a number; the dictionary gives it numeric format type "
+       "5"},
+      {R"("when": {"format": {"type": 24}})",
+       ":4: variable \"when\": \"x\" is not a date; the dictionary gives it date format type 24"},
+      {R"("when": {"format": {"type": 5}})",
+       ":4: variable \"when\": \"x\" is not a date; the dictionary gives it numeric format type "
+       "5"},
+  };
+  for (const auto& [variables, expected] : refused) {
+    SCOPED_TRACE(variables);
+    write("d.csv.dict.json", std::string(R"({"variables": {)") + variables + "}}");
+    EXPECT_EQ(refusal(path), path + expected);
+    EXPECT_EQ(cxh_report_line(0), expected[1] - '0');
+  }
+
+  // Quoted numbers are numbers for it; the string format keeps dates texts.
+  const std::string dates = write("e.csv", "q,when\n\"7\",2012-01-01\n8,2012-01-02\n");
+  write("e.csv.dict.json", R"({"variables": {"q": {"format": {"type": 5, "decimals": 0}},
+                                             "when": {"format": {"type": 1}}}})");
+  Source source = open(dates);
+  ASSERT_NE(source, nullptr) << lastReport();
+  EXPECT_EQ(numbers(*source, 0), (Numbers{7, 8}));
+  EXPECT_TRUE(source->GetVariable(1)->IsString());
+  EXPECT_EQ(source->GetString(0, 1), "2012-01-01");
+
+  // Numbers under a date format are date values already.
+  const std::string seconds = write("s.csv", "s\n86400\n");
+  write("s.csv.dict.json", R"({"variables": {"s": {"format": {"type": 20, "width": 11}}}})");
+  source = open(seconds);
+  ASSERT_NE(source, nullptr) << lastReport();
+  EXPECT_EQ(shown(*source, 0), "15-OCT-1582");
+
+  const std::string zones = write("z.csv", "t\n2012-01-01T10:00Z\n2012-01-01T11:00\n");
+  write("z.csv.dict.json", R"({"variables": {"t": {"format": {"type": 30}}}})");
+  EXPECT_EQ(refusal(zones), zones +
+                                ":3: variable \"t\": \"2012-01-01T11:00\" has no zone offset, "
+                                "unlike the date-times above it; the dictionary gives it date "
+                                "format type 30");
+}
+
+TEST_F(DataSourceTest, DetectsTheDelimiterFromTheHeaderLine) {
+  const std::tuple<std::string, const char*, const char*> cases[] = {
+      // The most fields win; decimal commas are not read as numbers.
+      {"a;b;c\n1,5;2;x\n", "a|b|c", "1,5|2|x"},
+      {"a\tb\n1\t2\n", "a|b", "1|2"},
+      {"a,b;c;d\n1;2;3\n", "a,b|c|d", "1|2|3"},
+      // A tie goes to the comma; delimiters inside quotes split nothing.
+      {"a;b,c\n1;2,3\n", "a;b|c", "1;2|3"},
+      {"\"x;y;z\",w\n1,2\n", "x;y;z|w", "1|2"},
+  };
+  for (const auto& [csv, names, first] : cases) {
+    SCOPED_TRACE(csv);
+    Source source = load(csv);
+    ASSERT_NE(source, nullptr) << lastReport();
+    std::string header = source->GetVariable(0)->GetName();
+    for (int c = 1; c < source->ColumnCount(); ++c)
+      header += "|" + source->GetVariable(c)->GetName();
+    EXPECT_EQ(header, names);
+    EXPECT_EQ(row(*source, 0), first);
+  }
+  Source source = load("a;b;c\n1,5;2;January 1, 2000\n");
+  ASSERT_NE(source, nullptr);
+  EXPECT_TRUE(source->GetVariable(0)->IsString());
+  EXPECT_EQ(shown(*source, 2), "01-JAN-2000");
+
+  // The caller's delimiter is used as given.
+  cxh_csv_options options{};
+  options.delimiter = ';';
+  source = loadEx("a,b\n1,2\n", options);
+  ASSERT_NE(source, nullptr) << lastReport();
+  EXPECT_EQ(source->ColumnCount(), 1);
+  options.delimiter = '|';
+  source = loadEx("a|b\n1|2\n", options);
+  ASSERT_NE(source, nullptr) << lastReport();
+  EXPECT_EQ(numbers(*source, 1), (Numbers{2}));
+}
+
+TEST_F(DataSourceTest, ReadsEncodingsIntoTheHostCodePage) {
+  // UTF-16 with either byte order mark, as Windows editors save it.
+  const std::u16string text = u"name,v\r\nZ\u00FCrich,1\r\n";
+  std::string little = "\xFF\xFE";
+  std::string big = "\xFE\xFF";
+  for (const char16_t unit : text) {
+    little += {static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)};
+    big += {static_cast<char>(unit >> 8), static_cast<char>(unit & 0xFF)};
+  }
+  for (const std::string& bytes : {little, big}) {
+    Source source = load(bytes);
+    ASSERT_NE(source, nullptr) << lastReport();
+    EXPECT_EQ(row(*source, 0), "Z\xC3\xBCrich|1");
+  }
+
+  // Bytes invalid in UTF-8 are placed and the way out named.
+  const std::string latin = write("latin.csv", "name\ncaf\xE9\n");
+  EXPECT_EQ(refusal(latin), latin +
+                                ":2:4: byte 0xE9 is not valid UTF-8; if the file is in another "
+                                "encoding, name it with --encoding or CHARTXML_CODEPAGE (such as "
+                                "CP1252)");
+  cxh_csv_options options{};
+  options.encoding = "CP1252";
+  Source source = openEx(latin, options);
+  ASSERT_NE(source, nullptr) << lastReport();
+  EXPECT_EQ(source->GetString(0, 0), "caf\xC3\xA9");
+  // In the host's code page the bytes are read, and kept, as they are.
+  cxh_set_code_page("CP1252");
+  source = open(latin);
+  ASSERT_NE(source, nullptr) << lastReport();
+  EXPECT_EQ(source->GetString(0, 0), "caf\xE9");
+  // A UTF-8 file is converted to it; a character it lacks is refused.
+  source = load("\xEF\xBB\xBFname\ncaf\xC3\xA9\n");
+  ASSERT_NE(source, nullptr) << lastReport();
+  EXPECT_EQ(source->GetString(0, 0), "caf\xE9");
+  const std::string greek = write("greek.csv", "\xEF\xBB\xBFname\nx \xCE\xA9\n");
+  EXPECT_EQ(refusal(greek), greek +
+                                ":2:3: the character U+03A9 cannot be written in the host's code "
+                                "page CP1252; set CHARTXML_CODEPAGE (or cxh_set_code_page) to one "
+                                "that has it, such as UTF-8");
+  cxh_set_code_page(nullptr);
+
+  const std::pair<std::string, const char*> refused[] = {
+      {std::string("\xFF\xFE"
+                   "a\0\n\0\0\xD8\n\0",
+                   8),
+       ":2:1: bytes 0x00 0xD8 are not valid UTF-16LE"},
+      {little + "\xFF\xFE", ":3: a byte order mark is only allowed"},
+      {"a\n\xC3", ":2:1: byte 0xC3 is not valid UTF-8"},
+  };
+  for (const auto& [bytes, expected] : refused) {
+    const std::string path = write("bad.csv", bytes);
+    EXPECT_EQ(refusal(path).rfind(path + expected, 0), 0u) << lastReport();
+  }
+  options.encoding = "no-such-code-page";
+  EXPECT_EQ(openEx(latin, options), nullptr);
+  EXPECT_EQ(lastReport(), latin +
+                              ": unknown encoding \"no-such-code-page\"; name one such as "
+                              "UTF-8, UTF-16LE, UTF-16BE, CP1252 or ISO-8859-15");
+  options.encoding = "UTF-8";
+  EXPECT_EQ(openEx(write("le.csv", little), options), nullptr);
+  EXPECT_EQ(lastReport(), (dir_ / "le.csv").string() +
+                              ":1: the file begins with a UTF-16LE byte order mark, but its "
+                              "encoding is given as UTF-8");
+  options.encoding = "UTF-16";
+  EXPECT_NE(openEx(write("le.csv", little), options), nullptr) << lastReport();
+}
+
+TEST_F(DataSourceTest, ReadsStandardInputOnceWithoutADictionary) {
+  const fs::path before = fs::current_path();
+  fs::current_path(dir_);
+  write("-.dict.json", "not JSON");
+  ASSERT_NE(std::freopen(write("in.csv", "x,when\n1,2012-01-01\n").c_str(), "rb", stdin), nullptr);
+  Source source = open("-");
+  ASSERT_NE(source, nullptr) << lastReport();
+  EXPECT_EQ(numbers(*source, 0), (Numbers{1}));
+  EXPECT_EQ(shown(*source, 1), "2012/01/01");
+  // What is left is nothing.
+  EXPECT_EQ(refusal("-"), "<stdin>: standard input is empty");
+  ASSERT_NE(std::freopen(write("in.csv", "x,y\n1\n").c_str(), "rb", stdin), nullptr);
+  EXPECT_EQ(refusal("-"), "<stdin>:2: row has 1 field; the header has 2");
+  fs::current_path(before);
+}
+
+TEST_F(DataSourceTest, OpensAHeaderWithoutRows) {
+  for (const char* csv : {"a,b\r\n", "a,b"}) {
+    Source source = load(csv);
+    ASSERT_NE(source, nullptr) << lastReport();
+    EXPECT_EQ(source->ColumnCount(), 2);
+    EXPECT_EQ(source->RowCount(), 0);
+    EXPECT_EQ(source->GetNumber(0, 0), kMissing);
+    EXPECT_STREQ(cxh_csv_column_kinds(handleOf(source.get())),
+                 "a: number (all missing)\nb: number (all missing)\n");
+  }
+}
+
+TEST_F(DataSourceTest, RefusesBadOptionsAndHandlesThatAreNoCsvSource) {
+  const std::string path = write("d.csv", "\"first\nname\",x\n1,a\n");
+  cxh_csv_options options{};
+  const std::pair<cxh_csv_options, const char*> refused[] = {
+      {{'"', nullptr, 0}, "cxh_open_csv_ex: the delimiter cannot be the quote '\"'"},
+      {{'\n', nullptr, 0},
+       "cxh_open_csv_ex: delimiter 0x0A is neither a tab nor a printable ASCII character"},
+      {{0, nullptr, 3},
+       "cxh_open_csv_ex: date_order 3 is not 0 (numeric dates stay texts), 1 (month first) or 2 "
+       "(day first)"},
+  };
+  for (const auto& [bad, expected] : refused) {
+    EXPECT_EQ(openEx(path, bad), nullptr);
+    EXPECT_EQ(lastReport(), expected);
+  }
+  EXPECT_EQ(cxh_open_csv_ex(nullptr, &options), nullptr);
+  EXPECT_EQ(lastReport(), "cxh_open_csv_ex: no file name");
+
+  cxh_clear_reports();
+  Source source(asSource(cxh_open_csv_ex(path.c_str(), nullptr)));
+  ASSERT_NE(source, nullptr) << lastReport();
+  EXPECT_STREQ(cxh_csv_column_kinds(handleOf(source.get())),
+               "first\\nname: number (0 decimals)\nx: text\n");
+  EXPECT_STREQ(cxh_csv_column_kinds(nullptr), "");
+  EXPECT_EQ(cxh_report_count(), 0);
+  const int64_t columns[] = {0};
+  void* dictionary = cxh_dictionary(handleOf(source.get()), columns, 1);
+  EXPECT_STREQ(cxh_csv_column_kinds(dictionary), "");
+  EXPECT_EQ(lastReport(), "cxh_csv_column_kinds: the handle is not a CSV data source");
+  cxh_close(dictionary);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "chartxml/chartxml_host.h"
 #include "chartxml/host/FacSTDictionary.h"
@@ -127,6 +128,56 @@ TEST_F(StringTableTest, TextsComeInTheOutputLanguagesCodePage) {
   EXPECT_EQ(lookUp(FacSTDictionary(dir_.string()), "K").size(), std::string("?|english").size());
   ASSERT_EQ(cxh_report_count(), 1);
   EXPECT_NE(std::string(cxh_report_message(0)).find("CP1252"), std::string::npos);
+}
+
+// The messages reported since the last cxh_clear_reports.
+std::vector<std::string> reports() {
+  std::vector<std::string> messages;
+  for (int i = 0; i < cxh_report_count(); ++i) messages.emplace_back(cxh_report_message(i));
+  return messages;
+}
+
+TEST_F(StringTableTest, AFolderWithoutTablesIsAnErrorToldOnce) {
+  fs::create_directories(dir_);
+  write("en/Proc.txt", "A\tproc\n");  // a procedure table is no global table
+  FacSTDictionary tables(dir_.string());
+  tables.SetProcedure("Proc");
+  tables.SetGlobalStringTable(dir_.string());
+  tables.SetProcedure("");
+  EXPECT_EQ(lookUp(tables, "E61219"), "MISS");
+  ASSERT_EQ(reports().size(), 1u) << ::testing::PrintToString(reports());
+  EXPECT_EQ(reports()[0].rfind("no string tables in " + dir_.string() + ": en/global.txt", 0), 0u)
+      << reports()[0];
+  EXPECT_STREQ(cxh_report_source(0), "host/strtable");
+
+  // In another language both tables it would read are named.
+  cxh_clear_reports();
+  cxh_set_language("ja");
+  FacSTDictionary japanese(path("nowhere"));
+  ASSERT_EQ(reports().size(), 1u) << ::testing::PrintToString(reports());
+  EXPECT_EQ(reports()[0].rfind("no string tables in " + path("nowhere") +
+                                   ": neither ja/global.txt nor en/global.txt",
+                               0),
+            0u)
+      << reports()[0];
+}
+
+TEST_F(StringTableTest, EitherGlobalTableIsEnough) {
+  write("ja/global.txt", "A\tja\n");
+  cxh_set_language("ja");
+  EXPECT_EQ(lookUp(FacSTDictionary(dir_.string()), "A"), "ja|ja");
+  write("en/global.txt", "A\ten\n");
+  fs::remove(path("ja/global.txt"));
+  EXPECT_EQ(lookUp(FacSTDictionary(dir_.string()), "A"), "en|en");
+  EXPECT_EQ(reports(), std::vector<std::string>{});
+  // A file given as the global table serves, whatever the folder holds.
+  fs::remove(path("en/global.txt"));
+  write("file.txt", "A\tfile\n");
+  FacSTDictionary tables(dir_.string());
+  cxh_clear_reports();
+  tables.SetGlobalStringTable(path("file.txt"));
+  EXPECT_EQ(lookUp(tables, "A"), "file|file");
+  EXPECT_EQ(reports(), std::vector<std::string>{});
 }
 
 std::set<std::string> keysOf(const fs::path& file) {

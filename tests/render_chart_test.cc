@@ -425,6 +425,35 @@ TEST_F(RenderChart, TitleSubtitleAndFootnoteTakeTheirPlaces) {
   EXPECT_GE(count(wrappedPicture.substr(start, end - start), "<tspan"), 2u);
 }
 
+TEST_F(RenderChart, ScaleColoursShadePointsAlongAGradientWithItsKey) {
+  const std::string xml =
+      document(variable("vx", "X", false) + variable("vy", "Y", false) + variable("vt", "T", false),
+               kAxes +
+                   "<element id=\"e\" type=\"point\"><x variable=\"vx\"/><y variable=\"vy\"/>"
+                   "<color variable=\"vt\"/></element>",
+               "<frame id=\"frame_legend_1\"><legend id=\"l\"><label>Temperature</label>"
+               "<legendTarget aesthetic=\"color\" element=\"e\"/></legend></frame>");
+  ASSERT_TRUE(load(xml, "X,Y,T\n1,1,-10\n2,2,5\n3,3,30\n")) << renderer.error();
+  EXPECT_TRUE(renderer.skipped().empty());
+  const std::string picture = svg();
+  // The coldest point takes the gradient's dark end, the warmest its light end.
+  const std::regex circle(
+      "<circle cx=\"[-0-9.]+\" cy=\"[-0-9.]+\" r=\"[0-9.]+\" fill=\"#([0-9a-f]{6})\"");
+  std::vector<std::string> fills;
+  for (auto it = std::sregex_iterator(picture.begin(), picture.end(), circle);
+       it != std::sregex_iterator(); ++it) {
+    fills.push_back((*it)[1].str());
+  }
+  ASSERT_EQ(fills.size(), 3u) << "three points and no key markers";
+  EXPECT_EQ(fills.front(), "440154");
+  EXPECT_EQ(fills.back(), "fde725");
+  EXPECT_NE(fills[1], fills[0]);
+  EXPECT_GT(count(picture, "class=\"legend-gradient\""), 10u);
+  EXPECT_EQ(texts(picture, "legend-title"), std::vector<std::string>{"Temperature"});
+  EXPECT_EQ(texts(picture, "legend-entry"),
+            (std::vector<std::string>{"-10", "0", "10", "20", "30"}));
+}
+
 TEST_F(RenderChart, WhatCannotBeDrawnIsNamedOnceAndTheRestIsDrawn) {
   const std::string xml = document(
       variable("vx", "X", false) + variable("vy", "Y", false),

@@ -14,10 +14,12 @@
 #include <limits>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <unordered_map>
 
-#include "chartutl/ReportLog.h"
 #include "chartxml/host/Platform.h"
+#include "datasrc/CsvEncoding.h"
+#include "datasrc/CsvSupport.h"
 
 namespace fs = std::filesystem;
 
@@ -25,9 +27,14 @@ namespace cxhost {
 
 namespace {
 
-constexpr const char* kSource = "host/datasrc";
+using csv::Place;
+using csv::placeOf;
+using csv::refuse;
+
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr const char* kDictionarySuffix = ".dict.json";
+constexpr const char* kStandardInputPath = "-";
+constexpr const char* kStandardInputName = "<stdin>";
 
 constexpr std::uint8_t kFixedType = 5;
 constexpr int kMaxType = 40;
@@ -37,25 +44,21 @@ constexpr int kMaxDecimals = 16;
 // numbers still line up with the values of neighbouring columns.
 constexpr int kMinGuessedWidth = 8;
 
-// Reports carry the file line as their line; a file longer than an int can
-// count is reported at the last line an int can hold.
-int reportLine(std::int64_t line) {
-  return static_cast<int>(std::min<std::int64_t>(line, std::numeric_limits<int>::max()));
-}
-
-void refuse(const std::string& path, std::int64_t line, const std::string& problem) {
-  report(path + ":" + std::to_string(line) + ": " + problem, kSource, reportLine(line));
-}
-
-void refuse(const std::string& path, std::int64_t line, std::int64_t column,
-            const std::string& problem) {
-  report(path + ":" + std::to_string(line) + ":" + std::to_string(column) + ": " + problem, kSource,
-         reportLine(line));
-}
-
-void refuse(const std::string& path, const std::string& problem) {
-  report(path + ": " + problem, kSource, 0);
-}
+// Date display formats (formatter.h) and the widths they print in.
+constexpr std::uint8_t kDateDmyName = 20;  // 26-SEP-1994
+constexpr std::uint8_t kDateMdy = 21;      // 09/26/1994
+constexpr std::uint8_t kDateDmy = 22;      // 26.09.1994
+constexpr std::uint8_t kDateYmd = 23;      // 1994/09/26
+constexpr std::uint8_t kDateTime = 24;     // 26-SEP-1994 23:06:40
+constexpr std::uint8_t kDuration = 25;
+constexpr std::uint8_t kIsoDateTime = 30;  // 1994-09-26T23:06:40
+constexpr int kDateWidth = 10;
+constexpr int kDateNameWidth = 11;
+constexpr int kDateTimeWidth = 20;
+constexpr int kIsoDateTimeWidth = 19;
+// Seconds since 1582 keep milliseconds exactly up to the year 9999; finer
+// fractions are kept as read but not shown by the guessed format.
+constexpr int kMaxGuessedSecondDecimals = 3;
 
 // Reads the whole file; `problem` says why not.
 bool readFile(const std::string& path, std::string& content, std::string& problem) {
@@ -78,6 +81,18 @@ bool readFile(const std::string& path, std::string& content, std::string& proble
   std::fclose(file);
   if (failed) problem = "read error";
   return !failed;
+}
+
+// Reads what is left of standard input. Once it has ended it stays ended
+// (the C library keeps its end-of-file mark), so a second reader gets
+// nothing rather than waiting on a terminal.
+bool readStandardInput(std::string& content, std::string& problem) {
+  char buffer[1 << 16];
+  std::size_t got;
+  while ((got = std::fread(buffer, 1, sizeof buffer, stdin)) > 0) content.append(buffer, got);
+  if (std::ferror(stdin) == 0) return true;
+  problem = "read error";
+  return false;
 }
 
 std::string_view trimBlanks(std::string_view text) {
@@ -103,37 +118,18 @@ bool parseNumber(std::string_view text, double& value, bool infinities = false) 
   return infinities ? !std::isnan(value) : std::isfinite(value);
 }
 
-// Whether text[at] ends a line: LF, a CR not followed by LF (old Mac files),
-// and the CR of a CRLF (its LF then ends nothing more).
-bool endsLine(std::string_view text, std::size_t at) {
-  const char c = text[at];
-  return c == '\r' || (c == '\n' && (at == 0 || text[at - 1] != '\r'));
+// How people write a missing value in a numeric column, besides leaving
+// the field empty (`text` is trimmed).
+bool isMissingToken(std::string_view text) {
+  static constexpr std::string_view kTokens[] = {"NA", "N/A", "NaN", "nan", "null", "NULL", "."};
+  return text.empty() ||
+         std::find(std::begin(kTokens), std::end(kTokens), text) != std::end(kTokens);
 }
 
 std::int64_t countLineEnds(std::string_view text, std::size_t from, std::size_t to) {
   std::int64_t count = 0;
-  for (std::size_t at = from; at < to; ++at) count += endsLine(text, at) ? 1 : 0;
+  for (std::size_t at = from; at < to; ++at) count += csv::endsLine(text, at) ? 1 : 0;
   return count;
-}
-
-// The 1-based line and column of text[at]; columns count characters
-// (UTF-8 sequences), as editors show them.
-struct Place {
-  std::int64_t line;
-  std::int64_t column;
-};
-Place placeOf(std::string_view text, std::size_t at) {
-  at = std::min(at, text.size());
-  Place place{1, 1};
-  for (std::size_t i = 0; i < at; ++i) {
-    if (endsLine(text, i)) {
-      ++place.line;
-      place.column = 1;
-    } else if (text[i] != '\n' && (static_cast<unsigned char>(text[i]) & 0xC0) != 0x80) {
-      ++place.column;
-    }
-  }
-  return place;
 }
 
 // Decimals that fixed-point notation needs to show a number spelled as
@@ -154,13 +150,55 @@ int decimalsOf(std::string_view text) {
   return static_cast<int>(std::clamp(decimals, 0L, static_cast<long>(kMaxDecimals)));
 }
 
+// The fields the first record of `text` splits into at `delimiter`; a
+// delimiter or line break inside quotes splits nothing.
+std::size_t headerFields(std::string_view text, char delimiter) {
+  std::size_t fields = 1;
+  bool fieldStart = true;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const char c = text[at];
+    if (fieldStart && c == '"') {
+      for (++at; at < text.size(); ++at) {
+        if (text[at] != '"') continue;
+        if (at + 1 < text.size() && text[at + 1] == '"') {
+          ++at;
+        } else {
+          break;
+        }
+      }
+      fieldStart = false;
+      continue;
+    }
+    if (c == '\r' || c == '\n') break;
+    fieldStart = c == delimiter;
+    if (fieldStart) ++fields;
+  }
+  return fields;
+}
+
+// The delimiter that splits the header line into the most fields; on a tie
+// the first of ',', ';' and tab.
+char detectDelimiter(std::string_view text) {
+  char best = ',';
+  std::size_t most = 0;
+  for (const char delimiter : {',', ';', '\t'}) {
+    const std::size_t fields = headerFields(text, delimiter);
+    if (fields > most) {
+      best = delimiter;
+      most = fields;
+    }
+  }
+  return best;
+}
+
 // RFC 4180 fields, one at a time, counting physical lines for reports. A
 // line ends in LF, CRLF or a lone CR.
 class CsvReader {
  public:
-  enum class After { Comma, EndOfRecord };
+  enum class After { Delimiter, EndOfRecord };
 
-  CsvReader(std::string_view data, const std::string& path) : data_(data), path_(path) {}
+  CsvReader(std::string_view data, const std::string& name, char delimiter)
+      : data_(data), name_(name), delimiter_(delimiter), stops_{delimiter, '\r', '\n'} {}
 
   bool atEnd() const { return pos_ >= data_.size(); }
   std::int64_t line() const { return line_; }
@@ -175,7 +213,8 @@ class CsvReader {
     if (quoted) {
       if (!quotedField(out)) return false;
     } else {
-      const std::size_t end = std::min(data_.find_first_of(",\r\n", pos_), data_.size());
+      const std::size_t end = std::min(
+          data_.find_first_of(std::string_view(stops_, sizeof stops_), pos_), data_.size());
       out.append(data_.substr(pos_, end - pos_));
       pos_ = end;
     }
@@ -189,7 +228,7 @@ class CsvReader {
     for (;;) {
       const std::size_t quote = data_.find('"', pos_);
       if (quote == std::string_view::npos) {
-        refuse(path_, openedAt, "quoted field is not closed before the end of the file");
+        refuse(name_, openedAt, "quoted field is not closed before the end of the file");
         return false;
       }
       line_ += countLineEnds(data_, pos_, quote);
@@ -204,14 +243,14 @@ class CsvReader {
     }
   }
 
-  // What follows a field: a comma, a line end or the end of the file.
+  // What follows a field: the delimiter, a line end or the end of the file.
   // Anything else can only follow a closing quote.
   bool delimiter(After& after) {
     after = After::EndOfRecord;
     if (pos_ >= data_.size()) return true;
     const char c = data_[pos_];
-    if (c == ',') {
-      after = After::Comma;
+    if (c == delimiter_) {
+      after = After::Delimiter;
       ++pos_;
       return true;
     }
@@ -221,61 +260,56 @@ class CsvReader {
       ++line_;
       return true;
     }
-    refuse(path_, line_, "text after the closing quote of a field");
+    refuse(name_, line_, "text after the closing quote of a field");
     return false;
   }
 
   std::string_view data_;
-  const std::string& path_;
+  const std::string& name_;
+  char delimiter_;
+  char stops_[3];
   std::size_t pos_ = 0;
   std::int64_t line_ = 1;
 };
 
-// Reads the header and every row into text columns, noting the columns
-// that hold a quoted field; false (reported) when the file is malformed.
-bool readTable(const std::string& path, std::string_view data, std::vector<std::string>& names,
-               std::vector<CsvDataSource::Column>& columns, std::vector<bool>& quotedColumns,
-               std::vector<int>& lines, int& rows) {
-  if (data.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
-    data.remove_prefix(kByteOrderMark.size());
-  }
-  // Anywhere else a byte order mark says that files were joined, or that
-  // text from another encoding slipped in.
-  if (const std::size_t mark = data.find(kByteOrderMark); mark != std::string_view::npos) {
-    refuse(path, placeOf(data, mark).line,
-           "a byte order mark is only allowed at the very start of the file");
-    return false;
-  }
+// Which cells of a column were quoted; rows past the end were not.
+using QuotedCells = std::vector<bool>;
+
+// Reads the header and every row into text columns, noting the quoted
+// cells; false (reported) when the file is malformed.
+bool readTable(const std::string& name, std::string_view data, char delimiter,
+               std::vector<std::string>& names, std::vector<CsvDataSource::Column>& columns,
+               std::vector<QuotedCells>& quotedCells, std::vector<int>& lines, int& rows) {
   if (data.find_first_not_of("\r\n") == std::string_view::npos) {
-    refuse(path, 1, "empty file; a header row of variable names is needed");
+    refuse(name, 1, "empty file; a header row of variable names is needed");
     return false;
   }
-  CsvReader reader(data, path);
+  CsvReader reader(data, name, delimiter);
   CsvReader::After after;
   bool quoted;
   std::vector<std::int64_t> nameLines;
   do {
     nameLines.push_back(reader.line());
-    std::string name;
-    if (!reader.nextField(name, after, quoted)) return false;
-    names.push_back(std::move(name));
-  } while (after == CsvReader::After::Comma);
+    std::string text;
+    if (!reader.nextField(text, after, quoted)) return false;
+    names.push_back(std::move(text));
+  } while (after == CsvReader::After::Delimiter);
 
   std::unordered_map<std::string_view, std::size_t> seen;
   for (std::size_t i = 0; i < names.size(); ++i) {
     const std::string column = std::to_string(i + 1);
     if (names[i].empty()) {
-      refuse(path, nameLines[i], "variable name of column " + column + " is empty");
+      refuse(name, nameLines[i], "variable name of column " + column + " is empty");
       return false;
     }
     // A NUL would cut the name short wherever it is handed on as C text.
     if (names[i].find('\0') != std::string::npos) {
-      refuse(path, nameLines[i], "variable name of column " + column + " contains a NUL byte");
+      refuse(name, nameLines[i], "variable name of column " + column + " contains a NUL byte");
       return false;
     }
     const auto [it, fresh] = seen.emplace(names[i], i);
     if (!fresh) {
-      refuse(path, nameLines[i],
+      refuse(name, nameLines[i],
              "variable name \"" + names[i] + "\" is used by columns " +
                  std::to_string(it->second + 1) + " and " + column);
       return false;
@@ -284,7 +318,7 @@ bool readTable(const std::string& path, std::string_view data, std::vector<std::
 
   const std::size_t width = names.size();
   columns.resize(width);
-  quotedColumns.assign(width, false);
+  quotedCells.assign(width, QuotedCells());
   std::string surplus;
   std::int64_t count = 0;
   while (!reader.atEnd()) {
@@ -304,70 +338,239 @@ bool readTable(const std::string& path, std::string_view data, std::vector<std::
       if (!reader.nextField(*out, after, quoted)) return false;
       if (fields < width) {
         columns[fields].ends.push_back(out->size());
-        if (quoted) quotedColumns[fields] = true;
+        if (quoted) {
+          QuotedCells& cells = quotedCells[fields];
+          cells.resize(static_cast<std::size_t>(count) + 1, false);
+          cells.back() = true;
+        }
       }
       ++fields;
-    } while (after == CsvReader::After::Comma);
+    } while (after == CsvReader::After::Delimiter);
     if (fields != width) {
-      refuse(path, startLine,
+      refuse(name, startLine,
              "row has " + std::to_string(fields) + (fields == 1 ? " field" : " fields") +
                  "; the header has " + std::to_string(width));
       return false;
     }
     if (++count > std::numeric_limits<int>::max()) {
-      refuse(path, startLine, "more rows than a data source can hold");
+      refuse(name, startLine, "more rows than a data source can hold");
       return false;
     }
-    lines.push_back(reportLine(startLine));
+    lines.push_back(csv::reportLine(startLine));
   }
   rows = static_cast<int>(count);
   return true;
 }
 
-// Makes `column` numeric when every non-blank cell is a number or an
-// infinity and none was quoted, and gives the display format its values
-// suggest: fixed-point wide enough for the largest finite value with the
-// most decimals seen, or a string as wide as the longest text.
-bool typeColumn(CsvDataSource::Column& column, std::size_t rows, bool quoted, VORN_Format& format) {
-  bool texts = quoted;
+// What the dictionary's format type asks of a column: nothing (no type, or
+// one out of range, which the dictionary's own checks refuse later), text,
+// numbers, or dates (numbers too, being date values).
+struct Wanted {
+  enum class Kind { Any, Text, Numeric, Date };
+  Kind kind = Kind::Any;
+  int type = 0;
+
+  static Wanted byFormatType(int type) {
+    if (type < 1 || type > kMaxType) return {};
+    if (type == VORN_Format::kStringType) return {Kind::Text, type};
+    const bool date = type >= kDateDmyName && type <= kIsoDateTime && type != kDuration;
+    return {date ? Kind::Date : Kind::Numeric, type};
+  }
+  bool strict() const { return kind == Kind::Numeric || kind == Kind::Date; }
+};
+
+// A column's type as its values decide it.
+struct Typed {
+  bool numeric = false;
+  VORN_Format format;
+  std::string kind;  // as ColumnKinds() words it
+};
+
+// What the date values of a column have in common.
+class DateColumn {
+ public:
+  // False, with `problem`, when `value` mixes zone offsets with the values
+  // before it; a date alone has none.
+  bool add(const DateValue& value, std::string& problem) {
+    const bool offset = value.form.offset;
+    if (offset ? local_ : zoned_) {
+      problem = offset ? "has a zone offset, unlike the values above it"
+                       : "has no zone offset, unlike the date-times above it";
+      return false;
+    }
+    (offset ? zoned_ : local_) = true;
+    time_ = time_ || value.form.hasTime();
+    fractionDigits_ = std::max(fractionDigits_, value.fractionDigits);
+    using Date = DateForm::Date;
+    iso_ = iso_ && value.form.date == Date::Iso;
+    for (auto [date, all] : {std::pair{Date::MonthDayYear, &monthFirst_},
+                             {Date::DayMonthYear, &dayFirst_},
+                             {Date::YearMonthDay, &yearFirst_}}) {
+      *all = *all && value.form.date == date;
+    }
+    if (std::find(forms_.begin(), forms_.end(), value.form) == forms_.end()) {
+      if (forms_.size() < kFormsShown) {
+        forms_.push_back(value.form);
+      } else {
+        moreForms_ = true;
+      }
+    }
+    return true;
+  }
+
+  // The format that shows the values as they were written, or as near as
+  // the host's date formats come.
+  VORN_Format format() const {
+    if (time_) {
+      const int decimals = std::min(fractionDigits_, kMaxGuessedSecondDecimals);
+      const int width =
+          (iso_ ? kIsoDateTimeWidth : kDateTimeWidth) + (decimals > 0 ? decimals + 1 : 0);
+      return VORN_Format(iso_ ? kIsoDateTime : kDateTime, static_cast<std::uint16_t>(width),
+                         static_cast<std::uint8_t>(decimals));
+    }
+    const std::uint8_t type = iso_ || yearFirst_ ? kDateYmd
+                              : monthFirst_      ? kDateMdy
+                              : dayFirst_        ? kDateDmy
+                                                 : kDateDmyName;
+    return VORN_Format(type, type == kDateDmyName ? kDateNameWidth : kDateWidth, 0);
+  }
+
+  std::string kind() const {
+    if (zoned_) return "date-time with offsets converted to UTC";
+    std::string patterns;
+    for (const DateForm& form : forms_) patterns += (patterns.empty() ? "" : "; ") + form.pattern();
+    if (moreForms_) patterns += "; ...";
+    return (time_ ? "date-time (" : "date (") + patterns + ")";
+  }
+
+ private:
+  static constexpr std::size_t kFormsShown = 3;
+  bool zoned_ = false;
+  bool local_ = false;
+  bool time_ = false;
+  int fractionDigits_ = 0;
+  bool iso_ = true;
+  bool monthFirst_ = true;
+  bool dayFirst_ = true;
+  bool yearFirst_ = true;
+  std::vector<DateForm> forms_;
+  bool moreForms_ = false;
+};
+
+// Types `column` (named `name`; its rows begin on `lines` of the file
+// reports call `file`). Without a wish of the dictionary it is numeric when
+// every value is a number or an infinity, or every value a date, apart from
+// missing values; else text. A quoted field is a text, unless its quotes
+// were needed for the delimiter inside a date ("January 1, 2000"). A column
+// the dictionary wants numeric or of dates must be so, quoted or not: false
+// (reported) at its first value that is not. Numeric columns keep their
+// numbers only.
+bool typeColumn(const std::string& file, const std::string& name, CsvDataSource::Column& column,
+                const std::vector<int>& lines, const QuotedCells& quoted, char delimiter,
+                const Wanted& wanted, DateOrder order, Typed& typed) {
+  enum class Seen { Nothing, Numbers, Dates };
+  Seen seen = Seen::Nothing;
+  const std::size_t rows = lines.size();
+  bool texts = false;
   std::vector<double> numbers;
-  numbers.reserve(texts ? 0 : rows);
+  numbers.reserve(rows);
   double largest = 0;
   bool negative = false;
   int decimals = 0;
+  DateColumn dates;
   for (std::size_t row = 0; row < rows && !texts; ++row) {
     const std::string_view cell = trimBlanks(column.cell(row));
-    if (cell.empty()) {
+    DateValue date;
+    std::string problem;
+    if (row < quoted.size() && quoted[row] && !wanted.strict()) {
+      if (seen != Seen::Numbers && cell.find(delimiter) != std::string_view::npos &&
+          parseDate(cell, order, date) && dates.add(date, problem)) {
+        seen = Seen::Dates;
+        numbers.push_back(date.seconds);
+        continue;
+      }
+      texts = true;
+      break;
+    }
+    if (isMissingToken(cell)) {
       numbers.push_back(kVornMissingValue);
       continue;
     }
     double value;
-    if (!parseNumber(cell, value, true)) {
+    if (seen != Seen::Dates && parseNumber(cell, value, true)) {
+      seen = Seen::Numbers;
+      numbers.push_back(value);
+      if (!std::isfinite(value)) continue;
+      largest = std::max(largest, std::fabs(value));
+      negative = negative || std::signbit(value);
+      decimals = std::max(decimals, decimalsOf(cell));
+      continue;
+    }
+    if (seen != Seen::Numbers && parseDate(cell, order, date) && dates.add(date, problem)) {
+      seen = Seen::Dates;
+      numbers.push_back(date.seconds);
+      continue;
+    }
+    if (!wanted.strict()) {
       texts = true;
       break;
     }
-    numbers.push_back(value);
-    if (!std::isfinite(value)) continue;
-    largest = std::max(largest, std::fabs(value));
-    negative = negative || std::signbit(value);
-    decimals = std::max(decimals, decimalsOf(cell));
+    if (problem.empty()) {
+      const bool dateExpected =
+          seen == Seen::Dates || (seen == Seen::Nothing && wanted.kind == Wanted::Kind::Date);
+      problem = dateExpected ? "is not a date" : "is not a number";
+    }
+    refuse(file, lines[row],
+           "variable \"" + name + "\": \"" + std::string(cell) + "\" " + problem +
+               "; the dictionary gives it " +
+               (wanted.kind == Wanted::Kind::Date ? "date" : "numeric") + " format type " +
+               std::to_string(wanted.type));
+    return false;
   }
+  // The string format keeps dates the texts they were written as.
+  if (seen == Seen::Dates && wanted.kind == Wanted::Kind::Text) texts = true;
   if (texts) {
     std::size_t longest = 1;
     for (std::size_t r = 0; r < rows; ++r) longest = std::max(longest, column.cell(r).size());
-    format =
+    typed.numeric = false;
+    typed.format =
         VORN_Format(VORN_Format::kStringType,
                     static_cast<std::uint16_t>(std::min<std::size_t>(longest, kMaxStringWidth)), 0);
-    return false;
+    typed.kind = "text";
+    return true;
   }
   column.numbers = std::move(numbers);
   column.text = std::string();
   column.ends = std::vector<std::size_t>();
+  typed.numeric = true;
+  if (seen == Seen::Dates) {
+    typed.format = dates.format();
+    typed.kind = dates.kind();
+    return true;
+  }
   const int printed = std::snprintf(nullptr, 0, "%.*f", decimals, largest) + (negative ? 1 : 0);
   const int width = std::clamp(printed, kMinGuessedWidth, static_cast<int>(VORN_Format::kMaxWidth));
-  format = VORN_Format(kFixedType, static_cast<std::uint16_t>(width),
-                       static_cast<std::uint8_t>(decimals));
+  typed.format = VORN_Format(kFixedType, static_cast<std::uint16_t>(width),
+                             static_cast<std::uint8_t>(decimals));
+  typed.kind = seen == Seen::Nothing ? "number (all missing)"
+                                     : "number (" + std::to_string(decimals) +
+                                           (decimals == 1 ? " decimal)" : " decimals)");
   return true;
+}
+
+// A name on one line of ColumnKinds().
+std::string oneLine(std::string_view name) {
+  std::string text;
+  for (const char c : name) {
+    if (c == '\n') {
+      text += "\\n";
+    } else if (c == '\r') {
+      text += "\\r";
+    } else {
+      text += c;
+    }
+  }
+  return text;
 }
 
 // A key of the dictionary by its path from the root, through objects only.
@@ -567,23 +770,51 @@ class DictionaryLoader {
  public:
   using Json = nlohmann::ordered_json;
 
-  DictionaryLoader(std::string path, std::vector<VORN_Variable>& variables)
-      : path_(std::move(path)), variables_(variables) {}
+  explicit DictionaryLoader(std::string path) : path_(std::move(path)) {}
 
-  bool load(std::string_view content) {
+  // Reads the JSON of `content`, which must outlive the loader; false
+  // (reported) when it is malformed.
+  bool parse(std::string_view content) {
     // Places count from after a byte order mark, as an editor shows them.
     if (content.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
       content.remove_prefix(kByteOrderMark.size());
     }
     text_ = content;
-    Json root;
     std::string problem;
     std::size_t at = 0;
     try {
-      if (!parser_.parse(content, root, problem, at)) return failAt(at, problem);
+      if (!parser_.parse(content, root_, problem, at)) return failAt(at, problem);
+      return true;
+    } catch (const Json::exception& e) {
+      return fail(e.what());
+    }
+  }
+
+  // The format type given for `variable`, or 0 when there is none in
+  // 1..40; apply() says what is wrong with one that is not.
+  int formatType(const std::string& variable) const {
+    if (!root_.is_object()) return 0;
+    const auto variables = root_.find("variables");
+    if (variables == root_.end() || !variables->is_object()) return 0;
+    const auto entry = variables->find(variable);
+    if (entry == variables->end() || !entry->is_object()) return 0;
+    const auto format = entry->find("format");
+    if (format == entry->end() || !format->is_object()) return 0;
+    const auto type = format->find("type");
+    if (type == format->end() || !type->is_number_integer()) return 0;
+    if (type->is_number_unsigned() && type->get<std::uint64_t>() > kMaxType) return 0;
+    const long long value = type->get<long long>();
+    return value >= 1 && value <= kMaxType ? static_cast<int>(value) : 0;
+  }
+
+  // Describes `variables` as the parsed dictionary says; false (reported)
+  // at the first problem.
+  bool apply(std::vector<VORN_Variable>& variables) {
+    variables_ = &variables;
+    try {
       // Every value's type is tested before it is read; this only keeps a
       // slip in those tests from escaping as an exception.
-      return apply(root);
+      return apply(root_);
     } catch (const Json::exception& e) {
       return fail(e.what());
     }
@@ -603,7 +834,7 @@ class DictionaryLoader {
     if (variables == root.end()) return true;
 
     std::unordered_map<std::string_view, VORN_Variable*> byName;
-    for (VORN_Variable& variable : variables_) byName.emplace(variable.GetName(), &variable);
+    for (VORN_Variable& variable : *variables_) byName.emplace(variable.GetName(), &variable);
     for (const auto& [name, entry] : variables->items()) {
       name_ = name;
       const auto found = byName.find(name);
@@ -784,47 +1015,72 @@ class DictionaryLoader {
   }
 
   std::string path_;
-  std::vector<VORN_Variable>& variables_;
+  std::vector<VORN_Variable>* variables_ = nullptr;
   std::string_view text_;
+  Json root_;
   DictionaryParser parser_;
   std::string name_;
 };
 
 }  // namespace
 
-std::unique_ptr<CsvDataSource> CsvDataSource::Open(const std::string& path) {
+std::unique_ptr<CsvDataSource> CsvDataSource::Open(const std::string& path,
+                                                   const CsvOptions& options) {
+  const bool standardInput = path == kStandardInputPath;
+  const std::string name = standardInput ? kStandardInputName : path;
   std::string content;
   std::string problem;
-  if (!readFile(path, content, problem)) {
-    refuse(path, problem);
+  if (!(standardInput ? readStandardInput(content, problem) : readFile(path, content, problem))) {
+    refuse(name, problem);
     return nullptr;
   }
+  if (standardInput && content.empty()) {
+    refuse(name, "standard input is empty");
+    return nullptr;
+  }
+  if (!decodeToHostCodePage(name, content, options.encoding)) return nullptr;
+  const char delimiter = options.delimiter != 0 ? options.delimiter : detectDelimiter(content);
   std::unique_ptr<CsvDataSource> source(new CsvDataSource(path));
   std::vector<std::string> names;
-  std::vector<bool> quoted;
-  if (!readTable(path, content, names, source->columns_, quoted, source->lines_, source->rows_))
+  std::vector<QuotedCells> quoted;
+  if (!readTable(name, content, delimiter, names, source->columns_, quoted, source->lines_,
+                 source->rows_)) {
     return nullptr;
+  }
   std::string().swap(content);
 
-  source->variables_.reserve(names.size());
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    VORN_Format format;
-    const bool numeric =
-        typeColumn(source->columns_[i], static_cast<std::size_t>(source->rows_), quoted[i], format);
-    VORN_Variable& variable = source->variables_.emplace_back(std::move(names[i]), !numeric);
-    variable.SetFormat(format);
-  }
-
+  // The dictionary is read before the columns are typed: its formats say
+  // which columns must be numbers or dates.
   const std::string dictionaryPath = path + kDictionarySuffix;
+  std::string dictionaryText;
+  std::optional<DictionaryLoader> dictionary;
   std::error_code ec;
-  if (fs::exists(dictionaryPath, ec)) {
-    std::string dictionary;
-    if (!readFile(dictionaryPath, dictionary, problem)) {
+  if (!standardInput && fs::exists(dictionaryPath, ec)) {
+    if (!readFile(dictionaryPath, dictionaryText, problem)) {
       refuse(dictionaryPath, problem);
       return nullptr;
     }
-    if (!DictionaryLoader(dictionaryPath, source->variables_).load(dictionary)) return nullptr;
+    dictionary.emplace(dictionaryPath);
+    if (!dictionary->parse(dictionaryText)) return nullptr;
   }
+
+  source->variables_.reserve(names.size());
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    const Wanted wanted = Wanted::byFormatType(dictionary ? dictionary->formatType(names[i]) : 0);
+    DateOrder order = options.dateOrder;
+    if (order == DateOrder::None && wanted.kind == Wanted::Kind::Date) {
+      order = wanted.type == kDateMdy ? DateOrder::MonthFirst : DateOrder::DayFirst;
+    }
+    Typed typed;
+    if (!typeColumn(name, names[i], source->columns_[i], source->lines_, quoted[i], delimiter,
+                    wanted, order, typed)) {
+      return nullptr;
+    }
+    source->kinds_ += oneLine(names[i]) + ": " + typed.kind + "\n";
+    VORN_Variable& variable = source->variables_.emplace_back(std::move(names[i]), !typed.numeric);
+    variable.SetFormat(typed.format);
+  }
+  if (dictionary && !dictionary->apply(source->variables_)) return nullptr;
   return source;
 }
 

@@ -4,6 +4,7 @@
 // that the library can take either as its dictionary argument and cxh_close
 // can release either through the virtual destructor.
 #include <cstdint>
+#include <cstdio>
 #include <new>
 #include <string>
 #include <vector>
@@ -54,6 +55,37 @@ void reportFailure(const char* operation, int line) {
   }
 }
 
+// The caller's options as the reader takes them; false (reported) when one
+// is out of range.
+bool toOptions(const cxh_csv_options& options, cxhost::CsvOptions& read) {
+  const auto delimiter = static_cast<unsigned char>(options.delimiter);
+  if (delimiter == '"') {
+    cxhost::report("cxh_open_csv_ex: the delimiter cannot be the quote '\"'", kSource, __LINE__);
+    return false;
+  }
+  // Any other byte would be a line break, or could be part of a character.
+  if (delimiter != 0 && delimiter != '\t' && (delimiter < 0x20 || delimiter > 0x7E)) {
+    char code[8];
+    std::snprintf(code, sizeof code, "0x%02X", delimiter);
+    cxhost::report(std::string("cxh_open_csv_ex: delimiter ") + code +
+                       " is neither a tab nor a printable ASCII character",
+                   kSource, __LINE__);
+    return false;
+  }
+  if (options.date_order < 0 || options.date_order > 2) {
+    cxhost::report("cxh_open_csv_ex: date_order " + std::to_string(options.date_order) +
+                       " is not 0 (numeric dates stay texts), 1 (month first) or 2 (day first)",
+                   kSource, __LINE__);
+    return false;
+  }
+  read.delimiter = options.delimiter;
+  if (options.encoding != nullptr) read.encoding = options.encoding;
+  read.dateOrder = options.date_order == 1   ? cxhost::DateOrder::MonthFirst
+                   : options.date_order == 2 ? cxhost::DateOrder::DayFirst
+                                             : cxhost::DateOrder::None;
+  return true;
+}
+
 }  // namespace
 
 extern "C" {
@@ -68,6 +100,39 @@ void* cxh_open_csv(const char* path) {
   } catch (...) {
     reportFailure("cxh_open_csv", __LINE__);
     return nullptr;
+  }
+}
+
+void* cxh_open_csv_ex(const char* path, const cxh_csv_options* options) {
+  try {
+    if (path == nullptr) {
+      cxhost::report("cxh_open_csv_ex: no file name", kSource, __LINE__);
+      return nullptr;
+    }
+    cxhost::CsvOptions read;
+    if (options != nullptr) {
+      if (!toOptions(*options, read)) return nullptr;
+    }
+    return toHandle(cxhost::CsvDataSource::Open(path, read).release());
+  } catch (...) {
+    reportFailure("cxh_open_csv_ex", __LINE__);
+    return nullptr;
+  }
+}
+
+const char* cxh_csv_column_kinds(void* source) {
+  try {
+    if (source == nullptr) return "";
+    const auto* csv = dynamic_cast<const cxhost::CsvDataSource*>(fromHandle(source));
+    if (csv == nullptr) {
+      cxhost::report("cxh_csv_column_kinds: the handle is not a CSV data source", kSource,
+                     __LINE__);
+      return "";
+    }
+    return csv->ColumnKinds().c_str();
+  } catch (...) {
+    reportFailure("cxh_csv_column_kinds", __LINE__);
+    return "";
   }
 }
 

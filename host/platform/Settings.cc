@@ -1,10 +1,13 @@
 // Host settings: setter value, else environment, else built-in default.
 #include "platform/Settings.h"
 
+#include <dlfcn.h>
+
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <optional>
+#include <vector>
 
 namespace cxhost::settings {
 namespace {
@@ -37,12 +40,41 @@ std::string resolve(const std::optional<std::string>& set, const char* variable,
   return fallback;
 }
 
-std::string shippedStringTables() {
-  // An installed copy wins, so that an installed library does not depend on
-  // the source tree it was built from.
+// The folders the host library was loaded from: the path it was loaded by
+// and, when symbolic links lead there, the folder it really lives in.
+std::vector<std::filesystem::path> libraryFolders() {
+  Dl_info info{};
+  if (dladdr(reinterpret_cast<const void*>(&libraryFolders), &info) == 0 ||
+      info.dli_fname == nullptr || *info.dli_fname == '\0') {
+    return {};
+  }
   std::error_code ec;
-  if (std::filesystem::is_directory(CHARTXML_INSTALL_STRINGS_DIR, ec)) {
-    return CHARTXML_INSTALL_STRINGS_DIR;
+  const std::filesystem::path loaded = std::filesystem::absolute(info.dli_fname, ec);
+  if (ec) return {};
+  std::vector<std::filesystem::path> folders{loaded.parent_path()};
+  const std::filesystem::path real = std::filesystem::canonical(loaded, ec);
+  if (!ec && real.parent_path() != folders.front()) folders.push_back(real.parent_path());
+  return folders;
+}
+
+// Found once, as the library loads: a relative loading path is read against
+// the working folder of that moment, before the program can change it.
+const std::vector<std::filesystem::path>& loadedFrom() {
+  static const std::vector<std::filesystem::path> folders = libraryFolders();
+  return folders;
+}
+[[maybe_unused]] const auto& kLoadedFrom = loadedFrom();
+
+std::string shippedStringTables() {
+  // The tables installed with the library, found from where the library is
+  // now, so that an install tree works wherever it has been moved; then the
+  // source tree's, which serve the library in its build tree.
+  std::error_code ec;
+  for (const std::filesystem::path& folder : loadedFrom()) {
+    // Whatever lies beside the build tree is no install of this build.
+    if (std::filesystem::equivalent(folder, CHARTXML_BUILD_LIBRARY_DIR, ec)) break;
+    const std::filesystem::path tables = (folder / CHARTXML_STRINGS_FROM_LIBDIR).lexically_normal();
+    if (std::filesystem::is_directory(tables, ec)) return tables.string();
   }
   return CHARTXML_SOURCE_STRINGS_DIR;
 }

@@ -1,6 +1,10 @@
 // Host settings (internal): the C API setter's value if set, else the
 // environment variable, else the built-in default. An empty value, set or in
 // the environment, counts as not set.
+//
+// The shipped string tables are those installed with the host library, found
+// from the folder the library was loaded from, so that an install tree works
+// wherever it is moved; in the build tree, the source tree's data/strings.
 #ifndef CHARTXML_HOST_PLATFORM_SETTINGS_H_
 #define CHARTXML_HOST_PLATFORM_SETTINGS_H_
 

@@ -167,7 +167,28 @@ struct FacSTDictionary::Tables {
 
   bool englishOnly() const { return language == kEnglish || !isPlainName(language); }
 
+  // Without a global table every text would go out as its bare key (a
+  // chart titled "E61219Cylinders"): that is an error, told once per folder
+  // and language, never a quiet fallback.
+  void checkFolder() const {
+    if (!globalFile.empty()) return;
+    std::error_code ec;
+    const fs::path english = fs::path(kEnglish) / kGlobalFile;
+    if (fs::is_regular_file(folder / english, ec)) return;
+    std::string missing = english.string() + " is not there";
+    if (!englishOnly()) {
+      const fs::path local = fs::path(language) / kGlobalFile;
+      if (fs::is_regular_file(folder / local, ec)) return;
+      missing = "neither " + local.string() + " nor " + english.string() + " is there";
+    }
+    report("no string tables in " + folder.string() + ": " + missing +
+               ", so texts would show their keys; CHARTXML_STRINGS or cxh_set_string_tables "
+               "names the folder that holds them",
+           0);
+  }
+
   void loadGlobal() {
+    checkFolder();
     loadTable(globalFile.empty() || !englishOnly() ? folder / kEnglish / kGlobalFile : globalFile,
               globalEnglish, report);
     if (englishOnly()) {

@@ -35,15 +35,53 @@ CHARTXML_EXPORT void cxh_set_quiet(int on); /* 1: reports are not echoed to stan
 CHARTXML_EXPORT void cxh_set_output_dir(const char* dir);
 
 /* Data sources. cxh_open_csv reads PATH (RFC 4180: a header row of variable
- * names, one row per case, an empty field is a missing value, a quoted field
- * is always a text, "inf" and "-inf" are infinities) and, when it
- * exists, PATH.dict.json beside it (labels, display formats, measurement
- * levels, value labels, missing values). It returns a VORN_DataSource* to pass
- * as the dictionary argument together with the all-ones data pointer
- * ((void*)-1), or NULL when the file cannot be read or is malformed (reported
- * with the file and line; nothing half-loaded is returned). The caller owns it
- * and releases it with cxh_close; the library never frees it. */
+ * names, one row per case; fields separated by ',', ';' or tab, whichever
+ * splits the header line into the most fields, ',' then ';' on a tie) and,
+ * when it exists, PATH.dict.json beside it (labels, display formats,
+ * measurement levels, value labels, missing values). The encoding is the
+ * byte order mark's (UTF-8, UTF-16LE, UTF-16BE), else the code page
+ * (cxh_set_code_page, CHARTXML_CODEPAGE; UTF-8 by default); texts are
+ * handed on in the code page. A column is numeric when its values are all
+ * numbers ("inf" and "-inf" are infinities), or all dates or date-times
+ * (ISO 8601 such as 2012-01-31, 2012-01-31T13:45:00.5+02:00 or
+ * 2012-01-31 13:45; Jan 31 2012, January 31, 2012, 31 January 2012,
+ * 31-Jan-2012, with an optional time), apart from missing values: an empty
+ * field, NA, N/A, NaN, nan, null, NULL or ".". Dates become the host's date
+ * values (seconds since 14 October 1582) with a date display format; a
+ * date-time with a zone offset is converted to UTC. A quoted field is a
+ * text, unless it is a date quoted for the delimiter in it ("January 1,
+ * 2000") or the dictionary gives its variable a numeric or date format;
+ * such a variable's first value that is neither a number nor a date is
+ * refused with its line.
+ * It returns a VORN_DataSource* to pass as the dictionary argument together
+ * with the all-ones data pointer ((void*)-1), or NULL when the file cannot
+ * be read or is malformed (reported with the file and line; nothing
+ * half-loaded is returned). The caller owns it and releases it with
+ * cxh_close; the library never frees it. */
 CHARTXML_EXPORT void* cxh_open_csv(const char* path);
+/* How to read a CSV data source; zero-initialise (all defaults), then set what you need. */
+typedef struct cxh_csv_options {
+  /* 0: detect from the header line (',', ';' or tab) */
+  char delimiter;
+  /* NULL: by byte-order mark, else the code page (cxh_set_code_page, CHARTXML_CODEPAGE; UTF-8 by
+   * default); or a code-page name ("UTF-8", "CP1252", "UTF-16LE", ...) */
+  const char* encoding;
+  /* 0: numeric dates such as 01/02/2000 stay text; 1: month first; 2: day first */
+  int date_order;
+} cxh_csv_options;
+/* cxh_open_csv with options; PATH "-" reads standard input (its dictionary, if any, is not looked
+ * for). NULL OPTIONS: all defaults. Without a date order, numeric dates (01/02/2000, 01.02.2000,
+ * 2000/02/01) are dates only in a variable the dictionary gives a date format: month first for type
+ * 21, else day first. A delimiter other than a tab or a printable ASCII character, the quote, or a
+ * date order out of range is refused. Standard input is read to its end once: opening "-" again
+ * gets what is left, nothing ("standard input is empty"). Reports name standard input "<stdin>". */
+CHARTXML_EXPORT void* cxh_open_csv_ex(const char* path, const cxh_csv_options* options);
+/* What the reader decided for each column of SOURCE (as returned by cxh_open_csv[_ex]), one line
+ * each, "NAME: KIND"; valid until SOURCE is closed. "" for NULL. KIND is "text", "number (2
+ * decimals)", "number (all missing)", "date (yyyy-MM-dd)", "date-time (yyyy-MM-ddTHH:mm:ss)" (the
+ * forms the values were written in, "; " between several) or "date-time with offsets converted to
+ * UTC". Each line ends in "\n"; line breaks in a name show as \r and \n. */
+CHARTXML_EXPORT const char* cxh_csv_column_kinds(void* source);
 CHARTXML_EXPORT void cxh_close(void* source_or_dictionary);
 /* A procedure dictionary over SOURCE: variable number k (1-based) names column
  * columns[k-1] (0-based). Pass it as the dictionary argument with a data

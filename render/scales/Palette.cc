@@ -1,6 +1,8 @@
 #include "scales/Palette.h"
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace chartxml::render {
 namespace {
@@ -30,7 +32,36 @@ constexpr std::array<MarkerShape, 5> kShapes{MarkerShape::kCircle, MarkerShape::
                                              MarkerShape::kTriangle, MarkerShape::kDiamond,
                                              MarkerShape::kPlus};
 
+// Ten stops of the gradient, evenly spaced; between them, straight lines in
+// RGB keep it smooth enough at 256 steps.
+constexpr std::array<Color, 10> kGradient{{
+    {68, 1, 84, 255},
+    {72, 40, 120, 255},
+    {62, 74, 137, 255},
+    {49, 104, 142, 255},
+    {38, 130, 142, 255},
+    {31, 158, 137, 255},
+    {53, 183, 121, 255},
+    {109, 205, 89, 255},
+    {180, 222, 44, 255},
+    {253, 231, 37, 255},
+}};
+
 }  // namespace
+
+Color gradientColor(double share) {
+  if (!(share > 0)) share = 0;
+  if (share > 1) share = 1;
+  const double at = share * static_cast<double>(kGradient.size() - 1);
+  const std::size_t low = std::min(static_cast<std::size_t>(at), kGradient.size() - 2);
+  const double t = at - static_cast<double>(low);
+  const auto mix = [&](std::uint8_t a, std::uint8_t b) {
+    return static_cast<std::uint8_t>(std::lround(a + (b - a) * t));
+  };
+  const Color& a = kGradient[low];
+  const Color& b = kGradient[low + 1];
+  return {mix(a.r, b.r), mix(a.g, b.g), mix(a.b, b.b), 255};
+}
 
 Color categoryColor(std::size_t index) {
   return kColors[index % kColors.size()];

@@ -21,6 +21,14 @@ std::size_t distinctColors();
 // first round of colours, then square, triangle, diamond, ...
 MarkerShape categoryShape(std::size_t index, std::size_t categories);
 
+// The colour of a continuous value at `share` of its range (0..1): a
+// perceptually even scale from dark blue-violet through teal and green to
+// yellow, lightness rising throughout, so it reads in grey too and for
+// colour-blind readers. Values outside 0..1 are clamped, NaN takes 0.
+Color gradientColor(double share);
+// The number of distinct colours a gradient is drawn with.
+inline constexpr std::size_t kGradientSteps = 256;
+
 // Marks of a chart with no colour aesthetic.
 inline constexpr Color kSingleColor{0, 114, 178, 255};
 

@@ -1,5 +1,7 @@
 #include "scene/ChartLegends.h"
 
+#include <algorithm>
+
 #include "scales/Palette.h"
 #include "scales/Ticks.h"
 #include "scene/Marks.h"
@@ -23,6 +25,7 @@ bool addGuide(LegendBlock& block, const ChartModel& model, const std::string& id
 }
 
 void addColours(LegendBlock& block, const Layer& layer);
+void addGradient(LegendBlock& block, const Layer& layer);
 void addStyles(LegendBlock& block, const Layer& layer);
 void addSizes(LegendBlock& block, const Layer& layer);
 
@@ -41,7 +44,9 @@ void addTarget(LegendBlock& block, ChartModel& model, const LegendTarget& target
   }
   const Element& element = *layer->element;
   const bool byStyle = target.aesthetic == element.styleById || target.aesthetic == "styleBy";
-  if (target.aesthetic == "size" && layer->sizes != nullptr) {
+  if (target.aesthetic == "color" && layer->shades != nullptr) {
+    addGradient(block, *layer);
+  } else if (target.aesthetic == "size" && layer->sizes != nullptr) {
     addSizes(block, *layer);
   } else if (byStyle && layer->styles != nullptr) {
     addStyles(block, *layer);
@@ -81,6 +86,25 @@ void addStyles(LegendBlock& block, const Layer& layer) {
   }
 }
 
+// A continuous colour: the gradient over the variable's range, labelled at
+// nice values.
+void addGradient(LegendBlock& block, const Layer& layer) {
+  const Variable& variable = *layer.shades->variable;
+  if (block.title.empty()) block.title = variable.title();
+  LegendGradient gradient;
+  gradient.lo = layer.shadeLo;
+  gradient.hi = layer.shadeHi;
+  const Ticks ticks = niceTicks(layer.shadeLo, layer.shadeHi, 5);
+  for (const double value : ticks.values) {
+    if (value < layer.shadeLo || value > layer.shadeHi) continue;
+    gradient.ticks.push_back(value);
+    ValueFormat format = variable.format;
+    format.number.minFractionDigits = -1;
+    gradient.labels.push_back(formatValue(value, format, ticks.fractionDigits));
+  }
+  block.gradient = std::move(gradient);
+}
+
 // A few nice values across the size variable's range, each with its marker.
 void addSizes(LegendBlock& block, const Layer& layer) {
   const Variable& variable = *layer.sizes->variable;
@@ -103,13 +127,25 @@ std::vector<LegendBlock> makeLegends(ChartModel& model, const DataFrame* frame,
     LegendBlock block;
     block.title = legend.title;
     for (const LegendTarget& target : legend.targets) addTarget(block, model, target, layers);
-    if (!block.entries.empty()) blocks.push_back(std::move(block));
+    // A gradient is a key of its own beside any entries the legend also has.
+    if (block.gradient && !block.entries.empty()) {
+      LegendBlock bar;
+      bar.gradient = std::move(block.gradient);
+      block.gradient.reset();
+      blocks.push_back(std::move(block));
+      blocks.push_back(std::move(bar));
+    } else if (!block.entries.empty() || block.gradient) {
+      blocks.push_back(std::move(block));
+    }
   }
   if (!blocks.empty() && frame != nullptr) {
+    // The first legend of entries takes them; a gradient has no room.
+    auto keyed = std::find_if(blocks.begin(), blocks.end(),
+                              [](const LegendBlock& block) { return !block.gradient; });
     for (const Guide& guide : frame->guides) {
-      if (guide.type == "function" && !guide.name.empty()) {
-        blocks.front().entries.push_back(legendEntry(guide.name, kGuideColor, KeyKind::kGuideLine));
-      }
+      if (guide.type != "function" || guide.name.empty()) continue;
+      if (keyed == blocks.end()) keyed = blocks.insert(blocks.end(), LegendBlock{});
+      keyed->entries.push_back(legendEntry(guide.name, kGuideColor, KeyKind::kGuideLine));
     }
   }
   return blocks;

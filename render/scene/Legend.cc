@@ -63,9 +63,68 @@ void drawKey(Scene& scene, const LegendEntry& entry, double x, double y, double 
   }
 }
 
+constexpr double kBarWidth = 14;
+constexpr double kBarLength = 160;
+constexpr int kBarSlices = 64;
+
+double gradientBarLength(const LegendBlock& legend) {
+  return legend.height - (legend.titleHeight > 0 ? legend.titleHeight + kTitleGap : 0) -
+         legend.rowHeight;
+}
+
+void drawGradient(Scene& scene, const LegendBlock& legend, double x, double top) {
+  const LegendGradient& gradient = *legend.gradient;
+  const double length = gradientBarLength(legend);
+  const double bar = top + legend.rowHeight / 2;  // room for the top label's upper half
+  for (int i = 0; i < kBarSlices; ++i) {
+    ShapeItem slice;
+    const double y0 = bar + length * i / kBarSlices;
+    slice.path.rectangle(x, y0, kBarWidth, length / kBarSlices + 0.5);
+    slice.filled = true;
+    slice.fill = gradientColor(1 - (i + 0.5) / kBarSlices);
+    slice.role = "legend-gradient";
+    scene.items.emplace_back(std::move(slice));
+  }
+  const double span = gradient.hi - gradient.lo;
+  for (std::size_t i = 0; i < gradient.ticks.size(); ++i) {
+    const double share = span > 0 ? (gradient.ticks[i] - gradient.lo) / span : 0.5;
+    const double y = bar + length * (1 - share);
+    ShapeItem tick;
+    tick.path.moveTo(x + kBarWidth - 3, y);
+    tick.path.lineTo(x + kBarWidth, y);
+    tick.stroke = {Color{255, 255, 255, 255}, 1, {}, false};
+    tick.role = "legend-tick";
+    scene.items.emplace_back(std::move(tick));
+    TextItem label;
+    label.text = gradient.labels[i];
+    label.font = kLabelFont;
+    label.color = kTextColor;
+    label.x = x + kBarWidth + kKeyGap;
+    label.y = y;
+    label.vAlign = 0.5;
+    label.role = "legend-entry";
+    scene.items.emplace_back(std::move(label));
+  }
+}
+
 }  // namespace
 
 void measureLegend(LegendBlock& legend, TextEngine& text, double maxHeight) {
+  if (legend.gradient) {
+    legend.titleHeight = legend.title.empty() ? 0 : text.measure(legend.title, kTitleFont).height;
+    double widest = 0;
+    legend.rowHeight = text.measure("0", kLabelFont).height;
+    for (const std::string& label : legend.gradient->labels) {
+      widest = std::max(widest, text.measure(label, kLabelFont).width);
+    }
+    const double titleSpace = legend.titleHeight > 0 ? legend.titleHeight + kTitleGap : 0;
+    const double length = std::clamp(maxHeight - titleSpace - legend.rowHeight, 20.0, kBarLength);
+    legend.width =
+        std::max(kBarWidth + kKeyGap + widest,
+                 legend.title.empty() ? 0 : text.measure(legend.title, kTitleFont).width);
+    legend.height = titleSpace + length + legend.rowHeight;
+    return;
+  }
   legend.titleHeight = legend.title.empty() ? 0 : text.measure(legend.title, kTitleFont).height;
   double labelHeight = kKeySize;
   double side = kKeySize;
@@ -109,6 +168,10 @@ void drawLegend(Scene& scene, const LegendBlock& legend, double x, double y) {
     scene.items.emplace_back(std::move(title));
   }
   const double top = y + (legend.titleHeight > 0 ? legend.titleHeight + kTitleGap : 0);
+  if (legend.gradient) {
+    drawGradient(scene, legend, x, top);
+    return;
+  }
   const std::size_t n = legend.entries.size();
   const std::size_t rows = n == 0 ? 1 : (n + legend.columns - 1) / legend.columns;
   double columnX = x;

@@ -3,6 +3,7 @@
 // look (a dot for points, a stroke for lines, a block for bars and areas).
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -34,9 +35,18 @@ inline LegendEntry legendEntry(std::string label, Color color, KeyKind key,
   return entry;
 }
 
+// A continuous colour's key: a bar of the gradient from lo (bottom) to hi
+// (top), labelled at ticks.
+struct LegendGradient {
+  double lo = 0, hi = 1;
+  std::vector<double> ticks;
+  std::vector<std::string> labels;
+};
+
 struct LegendBlock {
   std::string title;
   std::vector<LegendEntry> entries;
+  std::optional<LegendGradient> gradient;  // instead of entries
   // Set by measureLegend:
   double width = 0, height = 0;
   std::size_t columns = 1;

@@ -33,6 +33,14 @@ std::optional<double> parseValue(const std::string& text) {
   return value;
 }
 
+// The gradient step of a colour value.
+std::size_t shadeIndex(const Layer& layer, double value) {
+  const double span = layer.shadeHi - layer.shadeLo;
+  const double share = span > 0 ? (value - layer.shadeLo) / span : 0.5;
+  return static_cast<std::size_t>(
+      std::lround(std::clamp(share, 0.0, 1.0) * static_cast<double>(kGradientSteps - 1)));
+}
+
 // Sizes snap to quarter pixels, so that sized markers share few batches.
 double sizeStep(double size) {
   return std::round(size * 4) / 4;
@@ -55,8 +63,12 @@ void drawPoints(Scene& scene, const Layer& layer, const PanelView& view, const P
       batch.shape = shape;
       batch.size = size;
       batch.role = "mark point";
-      for (std::size_t g = 0; g < groups; ++g) {
-        const Color color = groupColor(layer, g);
+      const std::size_t colours = layer.shades ? kGradientSteps : groups;
+      for (std::size_t g = 0; g < colours; ++g) {
+        const Color color =
+            layer.shades
+                ? gradientColor(static_cast<double>(g) / static_cast<double>(kGradientSteps - 1))
+                : groupColor(layer, g);
         batch.palette.push_back(layer.element->hollow ? Color{color.r, color.g, color.b, 40}
                                 : layer.sizes         ? withAlpha(color, 190)
                                                       : withAlpha(color, look.alpha));
@@ -67,7 +79,8 @@ void drawPoints(Scene& scene, const Layer& layer, const PanelView& view, const P
     PointBatch& batch = batches[at->second];
     batch.x.push_back(static_cast<float>(view.px(layer.px[i], layer.py[i])));
     batch.y.push_back(static_cast<float>(view.py(layer.px[i], layer.py[i])));
-    batch.colorIndex.push_back(static_cast<std::uint16_t>(group));
+    batch.colorIndex.push_back(
+        static_cast<std::uint16_t>(layer.shades ? shadeIndex(layer, layer.pointShade[i]) : group));
   }
   // Big markers first, so that small ones stay visible on top of them.
   std::stable_sort(batches.begin(), batches.end(),

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 #include <map>
+#include <tuple>
 
 #include "stats/Bins.h"
 #include "stats/Layers.h"
@@ -149,7 +150,15 @@ class LayerMaker {
       model_.skip("style-by colours of element " + element_.id + " (its colour aesthetic wins)");
     }
     const std::string colourId = colour ? element_.color : styleColours ? element_.styleBy : "";
-    if (!colourId.empty()) {
+    if (colour && continuousColour()) {
+      // Points take a scale variable's colours from a gradient; other marks
+      // have no one value to colour by.
+      if (layer_.kind != LayerKind::kPoints) {
+        model_.skip("continuous colour of element " + element_.id + " (drawn in one colour)");
+      } else if (!bindShades()) {
+        return false;
+      }
+    } else if (!colourId.empty()) {
       if (!usable(colourId)) return false;
       layer_.groups = bind(colourId, true);
       if (layer_.groups == nullptr) return false;
@@ -162,6 +171,32 @@ class LayerMaker {
     return true;
   }
 
+  // A colour variable that is not categorical colours by its values.
+  bool continuousColour() const {
+    const Variable* variable = model_.variable(element_.color);
+    return variable != nullptr && !variable->categorical && !variable->derived;
+  }
+
+  bool bindShades() {
+    layer_.shades = bind(element_.color, false);
+    if (layer_.shades == nullptr) return false;
+    const auto [lo, hi] = finiteRange(layer_.shades->numbers);
+    layer_.shadeLo = lo;
+    layer_.shadeHi = hi;
+    return true;
+  }
+
+  // The least and greatest finite value (0, 0 for none).
+  static std::pair<double, double> finiteRange(const std::vector<double>& values) {
+    double lo = std::numeric_limits<double>::infinity(), hi = -lo;
+    for (const double value : values) {
+      if (!std::isfinite(value)) continue;
+      lo = std::min(lo, value);
+      hi = std::max(hi, value);
+    }
+    return lo <= hi ? std::pair{lo, hi} : std::pair{0.0, 0.0};
+  }
+
   // Points take the size aesthetic: marker areas grow with its values.
   bool bindSizes() {
     if (element_.size.empty()) return true;
@@ -172,14 +207,7 @@ class LayerMaker {
     if (!usable(element_.size)) return false;
     layer_.sizes = bind(element_.size, false);
     if (layer_.sizes == nullptr) return false;
-    double lo = std::numeric_limits<double>::infinity(), hi = -lo;
-    for (const double value : layer_.sizes->numbers) {
-      if (!std::isfinite(value)) continue;
-      lo = std::min(lo, value);
-      hi = std::max(hi, value);
-    }
-    layer_.sizeLo = lo <= hi ? lo : 0;
-    layer_.sizeHi = lo <= hi ? hi : 0;
+    std::tie(layer_.sizeLo, layer_.sizeHi) = finiteRange(layer_.sizes->numbers);
     return true;
   }
 
@@ -251,7 +279,9 @@ class LayerMaker {
         layer_.px.push_back(x);
         layer_.py.push_back(y);
         const double size = layer_.sizes ? layer_.sizes->numbers[row] : 0.0;
-        if (!std::isfinite(size)) return;
+        const double shade = layer_.shades ? layer_.shades->numbers[row] : 0.0;
+        if (!std::isfinite(size) || !std::isfinite(shade)) return;
+        if (layer_.shades) layer_.pointShade.push_back(shade);
         if (layer_.z) layer_.pz.push_back(z);
         if (layer_.sizes) layer_.pointSize.push_back(size);
         layer_.pointGroup.push_back(static_cast<std::uint16_t>(group));

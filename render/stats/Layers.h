@@ -42,6 +42,9 @@ struct Layer {
   // The size aesthetic's variable (points), and the range of its values.
   const BoundColumn* sizes = nullptr;
   double sizeLo = 0, sizeHi = 0;
+  // A scale variable colouring points from a gradient, and its range.
+  const BoundColumn* shades = nullptr;
+  double shadeLo = 0, shadeHi = 0;
   std::optional<Summary> summary;  // what y shows of the data, if summarised
   bool countsOnY = false;          // y counts cases (histograms, counts without a y)
   bool overlapping = false;        // groups drawn over one another: draw translucent
@@ -51,6 +54,7 @@ struct Layer {
   std::vector<std::uint16_t> pointGroup;
   std::vector<std::uint16_t> pointStyle;  // when styles
   std::vector<double> pointSize;          // when sizes: the size variable's values
+  std::vector<double> pointShade;         // when shades: the colour variable's values
   // kLines, kAreas
   std::vector<Series> series;
   // kBars

@@ -93,7 +93,7 @@ class ChartBuilder {
         scatter3d(request);
         break;
     }
-    if (request.color >= 0) colorBy(request.color, request.kind);
+    if (request.color >= 0) colorBy(request);
     if (request.panel >= 0) panelBy(request.panel);
     if (request.fit) fittedLine(*request.fit, request.x.front());
     if (request.yReference) referenceLine(*request.yReference);
@@ -186,11 +186,23 @@ class ChartBuilder {
     need(CX_SETSUMMARYFUNCTION(&chart_, &y, &code, &unused, &unused), "CX_SETSUMMARYFUNCTION");
   }
 
+  // What the axis shows, as the dictionary labels the column.
+  void labelAxis(int64_t axis, int column) {
+    labelAxis(axis, table_.labelOf(static_cast<std::size_t>(column)));
+  }
+
+  // The x axis titled by the x column, the y axis by what y shows.
+  void titleAxes(const ChartRequest& request) {
+    labelAxis(xAxis_, request.x.front());
+    labelAxis(yAxis_, yTitle(table_, request));
+  }
+
   // Points, a line or an area of y by x.
   void xyElement(const ChartRequest& request, int64_t type, int64_t styleWord) {
     const int64_t x = variable(request.x.front(), false);
     const int64_t y = variable(request.y, false);
     xyAxes();
+    titleAxes(request);
     need(CX_ADDXYELEMENTEX(&chart_, &data_, &kFirst, &type, &x, &y, &styleWord, &element_),
          "CX_ADDXYELEMENTEX");
     if (request.stat) statistic(element_, y, *request.stat);
@@ -201,6 +213,7 @@ class ChartBuilder {
   void bars(const ChartRequest& request) {
     const int64_t x = variable(request.x.front(), true);
     xyAxes();
+    titleAxes(request);
     const int64_t styleWord = request.color >= 0 ? word::kClusteredBar : word::kSimpleBar;
     int64_t y = kNone;
     if (request.y >= 0) {
@@ -212,9 +225,8 @@ class ChartBuilder {
       const int64_t style = styleString(styleWord, kFirst);
       element_ = need(CX_ADDELEMENT(&chart_, &data_, &word::kInterval, &style), "CX_ADDELEMENT");
       need(CX_ADDX(&chart_, &element_, &x), "CX_ADDX");
-      labelAxis(yAxis_, "Count");
     }
-    statistic(element_, y, request.stat.value_or(*parseStat(y >= 0 ? "mean" : "count")));
+    statistic(element_, y, *statisticOf(request));
     if (request.color >= 0) {
       need(CX_SETELEMENTPOSITIONMODIFIER(&chart_, &element_, &word::kDodge),
            "CX_SETELEMENTPOSITIONMODIFIER");
@@ -230,6 +242,7 @@ class ChartBuilder {
     need(CX_ADDX(&chart_, &element_, &x), "CX_ADDX");
     need(CX_ADDSTATISTIC(&chart_, &element_, &word::kHistogram), "CX_ADDSTATISTIC");
     if (request.binWidth) need(CX_SETBINWIDTH(&chart_, &*request.binWidth), "CX_SETBINWIDTH");
+    labelAxis(xAxis_, request.x.front());
     labelAxis(yAxis_, "Count");
     if (request.color >= 0) {
       need(CX_SETELEMENTPOSITIONMODIFIER(&chart_, &element_, &word::kStack),
@@ -246,8 +259,7 @@ class ChartBuilder {
     element_ = need(CX_ADDELEMENT(&chart_, &data_, &word::kInterval, &kNone), "CX_ADDELEMENT");
     const int64_t angle = request.y >= 0 ? variable(request.y, false) : slices;
     need(CX_ADDTHETA(&chart_, &element_, &angle), "CX_ADDTHETA");
-    statistic(element_, request.y >= 0 ? angle : kNone,
-              request.stat.value_or(*parseStat(request.y >= 0 ? "sum" : "count")));
+    statistic(element_, request.y >= 0 ? angle : kNone, *statisticOf(request));
     need(CX_SETELEMENTPOSITIONMODIFIER(&chart_, &element_, &word::kStack),
          "CX_SETELEMENTPOSITIONMODIFIER");
     need(CX_ADDCOLOR(&chart_, &element_, &slices), "CX_ADDCOLOR");
@@ -269,12 +281,14 @@ class ChartBuilder {
     const int64_t y = variable(request.y, false);
     const int64_t z = variable(request.z, false);
     const int64_t margin = text("5%");
+    const int columns[] = {request.x.front(), request.y, request.z};
     for (int64_t dimension = 1; dimension <= 3; ++dimension) {
       int64_t style = kNone;
       int64_t axis = kNone;
       need(CX_ADDDIMENSIONAXIS(&chart_, &data_, &dimension, &kNone, &kNo, &style, &axis, &margin,
                                &margin, &kNone, &kNone),
            "CX_ADDDIMENSIONAXIS");
+      labelAxis(axis, columns[dimension - 1]);
     }
     need(CX_ADDXYZBACKPLANES(&chart_, &data_), "CX_ADDXYZBACKPLANES");
     need(CX_ADDXYELEMENTEX(&chart_, &data_, &kFirst, &word::kPoint, &x, &y, &word::kScatter,
@@ -283,10 +297,12 @@ class ChartBuilder {
     need(CX_ADDZ(&chart_, &element_, &z), "CX_ADDZ");
   }
 
-  void colorBy(int column, Kind kind) {
-    const int64_t color = variable(column, true);
+  // A scale colour goes as a scale variable: the chart engine then draws a
+  // continuous colour and a gradient legend.
+  void colorBy(const ChartRequest& request) {
+    const int64_t color = variable(request.color, !request.colorScale);
     need(CX_ADDCOLOR(&chart_, &element_, &color), "CX_ADDCOLOR");
-    if (kind != Kind::kPie) legend(column);
+    if (request.kind != Kind::kPie) legend(request.color);
   }
 
   // A legend of the element's colours in a frame of its own, titled

@@ -15,9 +15,9 @@
 namespace chartxml::cli {
 
 // Builds, feeds and ends one chart over `dictionary` (the data source the
-// running instance was started on) for procedure `procedure`. The number of
-// the sent chart, or nothing with `error` set: the step that failed and what
-// the library reported. A chart that fails is removed unsent.
+// running instance was started on) for procedure `procedure`. How many charts
+// the host has been sent, this one the last; or nothing with `error` set: the
+// step that failed and what the library reported. A chart that fails is removed unsent.
 std::optional<int> buildChart(const Table& table, VORN_FortranDictionary* dictionary,
                               std::string_view procedure, const ChartRequest& request,
                               std::string& error);

@@ -21,12 +21,12 @@ constexpr std::array<std::pair<Kind, std::string_view>, 8> kKinds{{
 
 // Summary-function codes and the vocabulary codes of the methods' words.
 constexpr std::array<Stat, 6> kStats{{
-    {"mean", 8, 131},
-    {"median", 11, 64},
-    {"sum", 6, 111},
-    {"count", 1, 0},
-    {"min", 3, 48},
-    {"max", 4, 49},
+    {"mean", 8, 131, "Mean"},
+    {"median", 11, 64, "Median"},
+    {"sum", 6, 111, "Sum"},
+    {"count", 1, 0, "Count"},
+    {"min", 3, 48, "Minimum"},
+    {"max", 4, 49, "Maximum"},
 }};
 
 }  // namespace
@@ -100,17 +100,54 @@ std::string statNames() {
   return out;
 }
 
-fit::FitResult fitColumns(const Table& table, fit::Family family, int x, int y) {
+std::optional<Stat> statisticOf(const ChartRequest& request) {
+  if (request.stat) return request.stat;
+  if (request.kind == Kind::kBar) return parseStat(request.y >= 0 ? "mean" : "count");
+  if (request.kind == Kind::kPie) return parseStat(request.y >= 0 ? "sum" : "count");
+  return std::nullopt;
+}
+
+std::string yTitle(const Table& table, const ChartRequest& request) {
+  const auto stat = statisticOf(request);
+  if (request.y < 0 || (stat && stat->name == "count")) return stat ? "Count" : "";
+  const std::string& label = table.labelOf(static_cast<std::size_t>(request.y));
+  return stat ? std::string(stat->title) + " of " + label : label;
+}
+
+std::string defaultTitle(const Table& table, const ChartRequest& request) {
+  const auto label = [&](int column) { return table.labelOf(static_cast<std::size_t>(column)); };
+  switch (request.kind) {
+    case Kind::kSplom: {
+      std::string shows;
+      for (const int column : request.x) shows += (shows.empty() ? "" : ", ") + label(column);
+      return shows;
+    }
+    case Kind::kHistogram:
+      return label(request.x.front());
+    case Kind::kScatter3d:
+      return label(request.z) + " by " + label(request.x.front()) + " and " + label(request.y);
+    default: {
+      const std::string y = yTitle(table, request);
+      return y.empty() ? label(request.x.front()) : y + " by " + label(request.x.front());
+    }
+  }
+}
+
+ColumnFit fitColumns(const Table& table, fit::Family family, int x, int y) {
   std::vector<double> xs;
   std::vector<double> ys;
+  std::vector<std::size_t> rows;  // the row of each point
   const Column& xc = table.column(static_cast<std::size_t>(x));
   const Column& yc = table.column(static_cast<std::size_t>(y));
   for (std::size_t row = 0; row < table.rows(); ++row) {
     if (std::isnan(xc.numbers[row]) || std::isnan(yc.numbers[row])) continue;
     xs.push_back(xc.numbers[row]);
     ys.push_back(yc.numbers[row]);
+    rows.push_back(row);
   }
-  return fit::fit(family, xs, ys);
+  ColumnFit fitted{fit::fit(family, xs, ys), std::nullopt};
+  if (fitted.result.point) fitted.row = rows[*fitted.result.point];
+  return fitted;
 }
 
 std::string_view formulaOf(fit::Family family) {

@@ -33,9 +33,10 @@ std::string kindsWhere(bool (*predicate)(Kind));
 
 // A summary statistic of the y values in each category.
 struct Stat {
-  std::string_view name;  // as given on the command line and as the method written
-  int summaryCode;        // the variable's summary function (CX_SETSUMMARYFUNCTION)
-  int methodCode;         // vocabulary code of the method, or 0 when it has none
+  std::string_view name;   // as given on the command line and as the method written
+  int summaryCode;         // the variable's summary function (CX_SETSUMMARYFUNCTION)
+  int methodCode;          // vocabulary code of the method, or 0 when it has none
+  std::string_view title;  // as axis titles name it: "Mean", "Count"
 };
 
 std::optional<Stat> parseStat(std::string_view name);
@@ -47,6 +48,9 @@ struct ChartRequest {
   int y = -1;
   int z = -1;  // the third axis of a 3-D scatter
   int color = -1;
+  // The colour column is a scale: a continuous colour with a gradient legend
+  // rather than one colour for each value.
+  bool colorScale = false;
   int panel = -1;
   std::optional<Stat> stat;
   std::optional<fit::Curve> fit;
@@ -57,8 +61,26 @@ struct ChartRequest {
   std::string description;           // sent with the chart
 };
 
+// The statistic the chart's marks show: the one asked for, else the mean of y
+// (bars) or its sum (pies), or the count of cases when there is no y.
+// Nothing for marks that show the values themselves.
+std::optional<Stat> statisticOf(const ChartRequest& request);
+
+// What the chart's y axis shows: the y column's label ("Temperature"), or the
+// statistic of it ("Mean of Temperature", "Count").
+std::string yTitle(const Table& table, const ChartRequest& request);
+
+// What the chart shows, from the columns' labels: "Mean of Score by Group",
+// "Count by Group", "Height by Age", "Weight" (a histogram).
+std::string defaultTitle(const Table& table, const ChartRequest& request);
+
 // Fits `family` to the rows where both columns have a value.
-fit::FitResult fitColumns(const Table& table, fit::Family family, int x, int y);
+// A refusal about one point names it by its row of the table (`row`).
+struct ColumnFit {
+  fit::FitResult result;
+  std::optional<std::size_t> row;
+};
+ColumnFit fitColumns(const Table& table, fit::Family family, int x, int y);
 
 // "y = a + b x" and the like, for the family.
 std::string_view formulaOf(fit::Family family);

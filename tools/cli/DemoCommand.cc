@@ -1,7 +1,9 @@
 // chartxml demo: a gallery of the chart kinds, built from the data sets
 // compiled into the tool, with an index of what each chart shows.
+#include <algorithm>
 #include <array>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <utility>
@@ -19,15 +21,16 @@
 namespace chartxml::cli {
 namespace {
 
-constexpr std::array<Option, 2> kOptions{{
-    {"out", "DIR", "where the charts and index.txt go (default: out)"},
+constexpr std::array<Option, 3> kOptions{{
+    {"out", "DIR", "where the charts, index.txt and index.html go (default: out)"},
     {"lang", "CODE",
      "the output language of the library's texts (en, ja, ...); one chart is "
      "always in Japanese"},
+    {"force", "", "first remove the charts and index files DIR holds from an earlier run"},
 }};
 
 constexpr const char* kHelpText =
-    "usage: chartxml demo [--out DIR] [--lang CODE]\n"
+    "usage: chartxml demo [--out DIR] [--lang CODE] [--force]\n"
     "\n"
     "Builds a gallery of charts from the data sets built into the tool:\n"
     "Anscombe's quartet (four sets of eleven x, y points) and the annual mean\n"
@@ -36,6 +39,10 @@ constexpr const char* kHelpText =
     "its pictures to DIR/chart-NNNN.png and DIR/chart-NNNN.svg.\n"
     "DIR/index.html shows every picture with what it shows (open it in a\n"
     "browser); DIR/index.txt lists each document with what it shows.\n"
+    "\n"
+    "A folder that already holds charts (chart-NNNN.*) or an index is refused,\n"
+    "so that the index lists the charts of one run; --force removes those\n"
+    "files first, and no others.\n"
     "\n"
     "Exit status: 0 done, 1 a chart could not be built or written, 2 the\n"
     "command line is wrong.\n"
@@ -53,11 +60,42 @@ struct DataSet {
 std::optional<DataSet> openSet(const char* name, const TempDir& dir, std::string& error) {
   const auto path = writeEmbeddedSet(name, dir.path(), error);
   if (!path) return std::nullopt;
-  auto session = Session::open(*path, error);
+  auto session = Session::open(*path, ReadOptions{}, error);
   if (!session) return std::nullopt;
-  auto table = Table::load(*path, error);
-  if (!table) return std::nullopt;
-  return DataSet{std::move(*session), std::move(*table)};
+  Table table = session->table();
+  return DataSet{std::move(*session), std::move(table)};
+}
+
+// The files of `dir` that the demo writes: charts (chart-NNNN.*) and its
+// index, sorted.
+std::vector<std::string> demoFilesIn(const std::string& dir) {
+  std::vector<std::string> files;
+  std::error_code ec;
+  for (std::filesystem::directory_iterator it(dir, ec), end; !ec && it != end; it.increment(ec)) {
+    const std::string name = it->path().filename().string();
+    if (chartNumberOf(name) || name == "index.txt" || name == "index.html") files.push_back(name);
+  }
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
+// Nothing when `dir` holds none of the demo's files, or when they may go
+// (--force) and have gone; else why the demo cannot write there.
+std::optional<std::string> clearFolder(const std::string& dir, bool force) {
+  const std::vector<std::string> files = demoFilesIn(dir);
+  if (files.empty()) return std::nullopt;
+  if (!force) {
+    std::string named = files.front();
+    if (files.size() > 1) named += " and " + std::to_string(files.size() - 1) + " more";
+    return dir + ": already holds charts or an index of an earlier run (" + named +
+           "); name an empty folder with --out DIR, or give --force to remove them first";
+  }
+  for (const std::string& name : files) {
+    std::error_code ec;
+    std::filesystem::remove(std::filesystem::path(dir) / name, ec);
+    if (ec) return dir + "/" + name + ": cannot remove: " + ec.message();
+  }
+  return std::nullopt;
 }
 
 struct DataSets {
@@ -95,7 +133,8 @@ std::optional<ChartRequest> quartetScatter(const DataSet& set, std::string& erro
   request.x = {set.column("x")};
   request.y = set.column("y");
   request.color = set.column("set");
-  const fit::FitResult line = fitColumns(set.table, fit::Family::kLinear, request.x[0], request.y);
+  const fit::FitResult line =
+      fitColumns(set.table, fit::Family::kLinear, request.x[0], request.y).result;
   if (!line) {
     error = "the quartet's line: " + line.error;
     return std::nullopt;
@@ -206,17 +245,23 @@ int runDemo(std::span<char* const> args) {
                     kExitUsage);
   }
   const std::string language = parsed->value("lang").value_or("");
-  if (!language.empty() && !validLanguage(language)) {
-    return complain("demo",
-                    "--lang needs a language code such as en, ja or zh-tw, not '" + language + "'",
-                    kExitUsage);
+  if (const auto refusal = language.empty() ? std::nullopt : checkLanguage(language)) {
+    return complain("demo", "--lang: " + *refusal, kExitUsage);
   }
   const std::string out = parsed->value("out").value_or("out");
+  const bool force = parsed->has("force");
+  if (const auto refusal = force ? std::nullopt : clearFolder(out, false)) {
+    return complain("demo", *refusal, kExitFailure);
+  }
 
   auto sets = openSets(error);
   if (!sets) return complain("demo", error, kExitFailure);
   DataSet& quartet = sets->quartet;
   DataSet& co2 = sets->co2;
+  // Only once the data is there: a failed run leaves the folder as it was.
+  if (const auto refusal = force ? clearFolder(out, true) : std::nullopt) {
+    return complain("demo", *refusal, kExitFailure);
+  }
   if (!useOutputFolder(out, error)) return complain("demo", error, kExitFailure);
 
   std::vector<std::pair<int, std::string>> sent;
@@ -224,18 +269,22 @@ int runDemo(std::span<char* const> args) {
   const std::vector<PictureFormat> formats{PictureFormat::kPng, PictureFormat::kSvg};
   const auto run = [&](DataSet& set, const std::string& runLanguage,
                        const std::vector<ChartRequest>& charts) {
-    set.session.start(runLanguage);
+    if (!set.session.start(runLanguage, error)) return false;
     for (const ChartRequest& request : charts) {
-      const auto number = set.session.send(set.table, request, error);
-      if (!number) return false;
-      sent.emplace_back(*number, request.description);
+      if (!set.session.send(set.table, request, error)) return false;
+      // The host numbers the chart after every chart in the folder.
+      const int number = highestChartNumber(out);
+      const std::string stem = chartStem(number);
+      sent.emplace_back(number, request.description);
       DrawnChart drawn;
-      if (!drawLastSent(out, *number, formats, drawn, error)) return false;
-      for (const std::string& part : drawn.skipped) {
-        std::fprintf(stderr, "chartxml demo: %s: not drawn yet: %s\n", chartStem(*number).c_str(),
-                     part.c_str());
+      if (!drawLastSent(picturePaths(out, number, formats), drawn, error)) {
+        error = stem + ": " + error;
+        return false;
       }
-      gallery.push_back({chartStem(*number), request.description, drawn.skipped});
+      for (const std::string& part : drawn.skipped) {
+        std::fprintf(stderr, "chartxml demo: %s: not drawn yet: %s\n", stem.c_str(), part.c_str());
+      }
+      gallery.push_back({stem, request.description, drawn.skipped});
     }
     set.session.stop();
     return true;

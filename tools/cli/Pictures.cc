@@ -31,16 +31,23 @@ std::string chartStem(int number) {
   return stem;
 }
 
-bool drawLastSent(const std::string& dir, int number, const std::vector<PictureFormat>& formats,
-                  DrawnChart& drawn, std::string& error) {
+std::vector<std::string> picturePaths(const std::string& dir, int number,
+                                      const std::vector<PictureFormat>& formats) {
+  std::vector<std::string> paths;
+  for (const PictureFormat format : formats) {
+    paths.push_back(dir + "/" + chartStem(number) + "." + pictureExtension(format));
+  }
+  return paths;
+}
+
+bool drawLastSent(const std::vector<std::string>& paths, DrawnChart& drawn, std::string& error) {
   ChartRenderer renderer;
   if (!renderer.loadSent(cxh_sent_count() - 1)) {
-    error = chartStem(number) + ": " + renderer.error();
+    error = renderer.error();
     return false;
   }
   drawn.skipped = renderer.skipped();
-  for (const PictureFormat format : formats) {
-    const std::string path = dir + "/" + chartStem(number) + "." + pictureExtension(format);
+  for (const std::string& path : paths) {
     if (!renderer.write(path)) {
       error = renderer.error();
       return false;

@@ -2,6 +2,7 @@
 // sent chart in the host's memory, written beside the chart's document.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,11 +20,15 @@ struct DrawnChart {
   std::vector<std::string> skipped;  // what the renderer could not draw yet
 };
 
-// Draws the most recently sent chart as DIR/chart-NNNN.EXT in each format.
-// False, with `error` naming the file and what went wrong, when a picture
-// cannot be drawn or written (nothing of that picture is left behind).
-bool drawLastSent(const std::string& dir, int number, const std::vector<PictureFormat>& formats,
-                  DrawnChart& drawn, std::string& error);
+// Draws the most recently sent chart into each of `paths`, in the format of
+// its extension. False, with `error` naming the file and what went wrong,
+// when a picture cannot be drawn or written (nothing of that picture is left
+// behind).
+bool drawLastSent(const std::vector<std::string>& paths, DrawnChart& drawn, std::string& error);
+
+// DIR/chart-NNNN.EXT for each format: the pictures of chart NNNN in DIR.
+std::vector<std::string> picturePaths(const std::string& dir, int number,
+                                      const std::vector<PictureFormat>& formats);
 
 // "chart-0007" for chart 7.
 std::string chartStem(int number);

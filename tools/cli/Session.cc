@@ -24,18 +24,33 @@ std::string reportsSince(int mark) {
   return out;
 }
 
-std::optional<Session> Session::open(const std::string& csvPath, std::string& error) {
-  const int mark = cxh_report_count();
-  void* source = cxh_open_csv(csvPath.c_str());
-  if (source == nullptr) {
-    error = reportsSince(mark);
-    if (error.empty()) error = csvPath + ": the host cannot open it";
-    return std::nullopt;
-  }
-  return Session(source);
+std::string dataName(const std::string& path) {
+  return path == "-" ? "<stdin>" : path;
 }
 
-Session::Session(Session&& other) noexcept : source_(other.source_), started_(other.started_) {
+std::optional<Session> Session::open(const std::string& csvPath, const ReadOptions& options,
+                                     std::string& error) {
+  const int mark = cxh_report_count();
+  cxh_csv_options reading{};
+  reading.delimiter = options.delimiter;
+  reading.encoding = options.encoding.empty() ? nullptr : options.encoding.c_str();
+  reading.date_order = options.dateOrder;
+  void* source = cxh_open_csv_ex(csvPath.c_str(), &reading);
+  if (source == nullptr) {
+    error = reportsSince(mark);
+    if (error.empty()) error = dataName(csvPath) + ": the host cannot open it";
+    return std::nullopt;
+  }
+  return Session(source, dataName(csvPath));
+}
+
+std::string Session::columnKinds() const {
+  const char* kinds = cxh_csv_column_kinds(source_);
+  return kinds != nullptr ? kinds : "";
+}
+
+Session::Session(Session&& other) noexcept
+    : source_(other.source_), name_(std::move(other.name_)), started_(other.started_) {
   other.source_ = nullptr;
   other.started_ = false;
 }
@@ -52,20 +67,25 @@ void Session::stop() {
   started_ = false;
 }
 
-void Session::start(const std::string& language) {
+bool Session::start(const std::string& language, std::string& error) {
   stop();
+  const int mark = cxh_report_count();
   // The output language is read when the instance is made.
   cxh_set_language(language.empty() ? nullptr : language.c_str());
   auto* dictionary = static_cast<VORN_FortranDictionary*>(source_);
   const int64_t length = static_cast<int64_t>(kProcedure.size());
   CX_INIT(kAllOnes, &dictionary, kProcedure.data(), &length);
   started_ = true;
+  // Charts made now would carry bare keys for their texts: refuse them.
+  error = reportsSince(mark);
+  if (error.empty()) return true;
+  stop();
+  return false;
 }
 
-std::optional<int> Session::send(const Table& table, const ChartRequest& request,
-                                 std::string& error) {
+bool Session::send(const Table& table, const ChartRequest& request, std::string& error) {
   auto* dictionary = static_cast<VORN_FortranDictionary*>(source_);
-  return buildChart(table, dictionary, kProcedure, request, error);
+  return buildChart(table, dictionary, kProcedure, request, error).has_value();
 }
 
 }  // namespace chartxml::cli

@@ -3,9 +3,8 @@
 #include <cmath>
 #include <cstdio>
 #include <limits>
-#include <memory>
+#include <unordered_set>
 
-#include "chartxml/chartxml_host.h"
 #include "chartxml/host/Platform.h"
 #include "chartxml/host/VORN_DataSource.h"
 
@@ -14,36 +13,28 @@ namespace {
 
 constexpr double kMissing = std::numeric_limits<double>::quiet_NaN();
 
-struct Closer {
-  void operator()(void* handle) const { cxh_close(handle); }
-};
-
 bool blank(const std::string& text) {
   return text.find_first_not_of(" \t") == std::string::npos;
 }
 
 }  // namespace
 
-std::optional<Table> Table::load(const std::string& path, std::string& error) {
-  const std::unique_ptr<void, Closer> handle(cxh_open_csv(path.c_str()));
-  if (handle == nullptr) {
-    const int count = cxh_report_count();
-    const char* last = count > 0 ? cxh_report_message(count - 1) : nullptr;
-    error = last != nullptr ? last : path + ": the host cannot open it";
-    return std::nullopt;
-  }
+Table Table::fromSource(void* handle, const std::string& name) {
   // Handles are dictionaries; a CSV handle is its own data source.
-  VORN_DataSource& source = *static_cast<VORN_FortranDictionary*>(handle.get())->Source();
+  VORN_DataSource& source = *static_cast<VORN_FortranDictionary*>(handle)->Source();
 
   Table table;
-  table.path_ = path;
+  table.path_ = name;
   const int rows = source.RowCount();
   for (int r = 0; r < rows; ++r) table.lines_.push_back(source.LineOfRow(r));
   for (int c = 0; c < source.ColumnCount(); ++c) {
     const VORN_Variable& variable = *source.GetVariable(c);
     Column& column = table.columns_.emplace_back();
     column.name = variable.GetName();
+    column.label = variable.GetLabel();
     column.numeric = !variable.IsString();
+    column.coded =
+        variable.GetMeasure() != VORN_Measure::Scale || variable.GetValueLabels().Count() > 0;
     bool textSeen = false;
     for (int r = 0; r < rows; ++r) {
       const double value = source.GetNumber(r, c);
@@ -75,6 +66,21 @@ std::string Table::names() const {
     out += column.name;
   }
   return out;
+}
+
+const std::string& Table::labelOf(std::size_t column) const {
+  const Column& c = columns_[column];
+  return c.label.empty() ? c.name : c.label;
+}
+
+std::size_t Table::distinctNumbers(std::size_t column, std::size_t limit) const {
+  std::unordered_set<double> seen;
+  for (const double value : columns_[column].numbers) {
+    if (std::isnan(value)) continue;
+    seen.insert(value);
+    if (seen.size() > limit) break;
+  }
+  return seen.size();
 }
 
 std::string Table::text(std::size_t column, std::size_t row) const {

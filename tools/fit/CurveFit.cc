@@ -149,7 +149,20 @@ std::optional<std::vector<double>> polynomialFit(const std::vector<double>& u,
 }
 
 FitResult refuse(std::string message) {
-  return FitResult{std::nullopt, std::move(message)};
+  FitResult result;
+  result.reason = message;
+  result.error = std::move(message);
+  return result;
+}
+
+// A refusal about one point: the message names it by its 1-based number, and
+// the result keeps its index for callers that know the point by another name.
+FitResult refuseAt(std::size_t point, std::string message, std::string_view tail = "") {
+  FitResult result;
+  result.reason = message + std::string(tail);
+  result.error = message + " at point " + text(point + 1) + std::string(tail);
+  result.point = point;
+  return result;
 }
 
 }  // namespace
@@ -233,21 +246,16 @@ FitResult fit(Family family, std::span<const double> x, std::span<const double> 
   }
 
   for (std::size_t i = 0; i < n; ++i) {
-    const std::string where = " at point " + text(i + 1);
-    if (!std::isfinite(x[i])) {
-      return refuse(name + " needs finite values; x = " + text(x[i]) + where);
-    }
-    if (!std::isfinite(y[i])) {
-      return refuse(name + " needs finite values; y = " + text(y[i]) + where);
-    }
+    if (!std::isfinite(x[i])) return refuseAt(i, name + " needs finite values; x = " + text(x[i]));
+    if (!std::isfinite(y[i])) return refuseAt(i, name + " needs finite values; y = " + text(y[i]));
     if (shape.x == XScale::kLog && !(x[i] > 0.0)) {
-      return refuse(name + " needs x > 0; x = " + text(x[i]) + where);
+      return refuseAt(i, name + " needs x > 0; x = " + text(x[i]));
     }
     if (shape.x == XScale::kReciprocal && x[i] == 0.0) {
-      return refuse(name + " needs x != 0; x = " + text(x[i]) + where);
+      return refuseAt(i, name + " needs x != 0; x = " + text(x[i]));
     }
     if (shape.y != YScale::kPlain && !(y[i] > 0.0)) {
-      return refuse(name + " needs y > 0; y = " + text(y[i]) + where);
+      return refuseAt(i, name + " needs y > 0; y = " + text(y[i]));
     }
   }
 
@@ -261,8 +269,8 @@ FitResult fit(Family family, std::span<const double> x, std::span<const double> 
       }
       for (std::size_t i = 0; i < n; ++i) {
         if (!(y[i] < bound)) {
-          return refuse(name + " needs y below the upper bound " + text(bound) +
-                        "; y = " + text(y[i]) + " at point " + text(i + 1));
+          return refuseAt(
+              i, name + " needs y below the upper bound " + text(bound) + "; y = " + text(y[i]));
         }
       }
     } else {
@@ -306,8 +314,8 @@ FitResult fit(Family family, std::span<const double> x, std::span<const double> 
         break;
     }
     if (!std::isfinite(u[i]) || !std::isfinite(v[i])) {
-      return refuse(name + " cannot transform x = " + text(x[i]) + ", y = " + text(y[i]) +
-                    " at point " + text(i + 1) + " into finite values");
+      return refuseAt(i, name + " cannot transform x = " + text(x[i]) + ", y = " + text(y[i]),
+                      " into finite values");
     }
   }
 
@@ -362,7 +370,9 @@ FitResult fit(Family family, std::span<const double> x, std::span<const double> 
     }
     curve.rSquared = 1.0 - residual / total;
   }
-  return FitResult{curve, {}};
+  FitResult result;
+  result.curve = curve;
+  return result;
 }
 
 }  // namespace chartxml::fit

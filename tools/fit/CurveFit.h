@@ -28,6 +28,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <optional>
 #include <span>
 #include <string>
@@ -91,6 +92,11 @@ struct Curve {
 struct FitResult {
   std::optional<Curve> curve;
   std::string error;  // empty when curve is set
+  // A refusal about one point: its 0-based index, and the message without
+  // the "at point N" that `error` names it by, for callers that know the
+  // point by another name (a file's line). Otherwise `reason` is `error`.
+  std::optional<std::size_t> point;
+  std::string reason;
 
   explicit operator bool() const { return curve.has_value(); }
 };

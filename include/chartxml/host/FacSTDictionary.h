@@ -17,8 +17,11 @@
 // CP1250, zh-tw CP950, zh-cn CP936, ko CP949, ja CP932, others CP1252), so
 // that a transcoder for that code page turns them back into characters.
 //
-// The output language is read from OLang when a table is (re)loaded. Missing
-// files are not errors: the table is then empty. Not thread-safe.
+// The output language is read from OLang when a table is (re)loaded. A
+// missing procedure table, or a missing LANG/global.txt beside en/global.txt,
+// leaves that table empty. A folder with neither LANG/global.txt nor
+// en/global.txt has no tables at all: that is reported once, as "no string
+// tables in FOLDER: ...", and every look-up misses. Not thread-safe.
 #ifndef CHARTXML_HOST_FACSTDICTIONARY_H_
 #define CHARTXML_HOST_FACSTDICTIONARY_H_
 
