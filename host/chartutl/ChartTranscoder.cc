@@ -1,35 +1,17 @@
 #include "chartxml/host/ChartTranscoder.h"
 
-#include <strings.h>
-
 #include <string>
 
 #include <unicode/ucnv.h>
 #include <unicode/ucnv_cb.h>
 #include <unicode/ucnv_err.h>
 
+#include "chartutl/IcuCodePages.h"
 #include "chartutl/ReportLog.h"
 
 namespace {
 
 constexpr const char* kSource = "host/chartutl";
-
-// Windows code-page names whose ICU alias is either missing or names a
-// different (IBM) table than the one Windows programs write.
-const char* icuName(const std::string& codePage) {
-  static constexpr struct {
-    const char* name;
-    const char* icu;
-  } kAliases[] = {
-      {"CP932", "windows-31j"},      {"CP936", "windows-936-2000"}, {"CP949", "windows-949-2000"},
-      {"CP950", "windows-950-2000"}, {"CP65001", "UTF-8"},          {"CP20127", "US-ASCII"},
-      {"CP28591", "ISO-8859-1"},
-  };
-  for (const auto& alias : kAliases) {
-    if (strcasecmp(codePage.c_str(), alias.name) == 0) return alias.icu;
-  }
-  return codePage.c_str();
-}
 
 // Where the first bad input was found, counted in the units of the input.
 struct Problems {
@@ -94,7 +76,7 @@ ChartTranscoder::ChartTranscoder(const std::string& codePage)
   Converter& c = *converter_;
   UErrorCode err = U_ZERO_ERROR;
   // An empty name means no preference, and the host's default is UTF-8.
-  if (!codePage.empty()) c.cnv = ucnv_open(icuName(codePage), &err);
+  if (!codePage.empty()) c.cnv = ucnv_open(cxhost::icuCodePageName(codePage), &err);
   if (codePage.empty() || U_FAILURE(err) || !c.cnv) {
     if (!codePage.empty()) {
       cxhost::report("unknown code page " + codePage + "; using UTF-8", kSource, __LINE__);

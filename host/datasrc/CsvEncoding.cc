@@ -1,7 +1,6 @@
 // Data files in any encoding, turned into text in the host's code page.
 #include "datasrc/CsvEncoding.h"
 
-#include <strings.h>
 #include <unicode/ucnv.h>
 #include <unicode/utf16.h>
 #include <unicode/utf8.h>
@@ -11,6 +10,7 @@
 #include <memory>
 #include <string_view>
 
+#include "chartutl/IcuCodePages.h"
 #include "datasrc/CsvSupport.h"
 #include "platform/Settings.h"
 
@@ -27,30 +27,12 @@ constexpr const char* kOtherEncoding =
     "; if the file is in another encoding, name it with --encoding or CHARTXML_CODEPAGE (such as "
     "CP1252)";
 
-// Windows code-page names whose ICU alias is missing or names another
-// (IBM) table than the one Windows programs write; as the transcoder maps
-// them, so that a file and the library read a code page alike.
-const char* icuName(const std::string& name) {
-  static constexpr struct {
-    const char* name;
-    const char* icu;
-  } kAliases[] = {
-      {"CP932", "windows-31j"},      {"CP936", "windows-936-2000"}, {"CP949", "windows-949-2000"},
-      {"CP950", "windows-950-2000"}, {"CP65001", "UTF-8"},          {"CP20127", "US-ASCII"},
-      {"CP28591", "ISO-8859-1"},
-  };
-  for (const auto& alias : kAliases) {
-    if (strcasecmp(name.c_str(), alias.name) == 0) return alias.icu;
-  }
-  return name.c_str();
-}
-
 using Converter = std::unique_ptr<UConverter, decltype(&ucnv_close)>;
 
 // Null when ICU knows no such code page.
 Converter openConverter(const std::string& name) {
   UErrorCode err = U_ZERO_ERROR;
-  UConverter* converter = name.empty() ? nullptr : ucnv_open(icuName(name), &err);
+  UConverter* converter = name.empty() ? nullptr : ucnv_open(icuCodePageName(name), &err);
   if (U_FAILURE(err) && converter != nullptr) {
     ucnv_close(converter);
     converter = nullptr;
