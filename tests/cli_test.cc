@@ -584,6 +584,12 @@ TEST_F(CliTest, PlotReadsDataAsItsReaderOptionsSay) {
   EXPECT_TRUE(contains(undated.err, "chartxml plot: days.csv: day: text\n")) << undated.err;
   EXPECT_TRUE(contains(undated.err, "days.csv:2: column 'day' (--x) holds text (\"03/04/2024\")"))
       << undated.err;
+  EXPECT_TRUE(contains(undated.err, "give --date-order mdy (month first) or dmy")) << undated.err;
+  // A text that is no date gets no such advice.
+  std::ofstream(dir / "words.csv") << "day,v\nMonday,1\n";
+  const Result words = chartxml({"plot", "words.csv", "--type", "line", "--x", "day", "--y", "v"});
+  EXPECT_EQ(words.status, 1);
+  EXPECT_FALSE(contains(words.err, "--date-order")) << words.err;
 }
 
 TEST_F(CliTest, DataWithAHeaderAndNoRowsChartsNothing) {

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <optional>
+#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -21,6 +22,15 @@
 
 namespace chartxml::cli {
 namespace {
+
+// A date written in numbers (03/04/2024, 3.4.2024, 2024-3-4) is read only
+// when its order is known: the refusal of such a column says how to give it.
+std::string dateOrderHint(const std::string& text) {
+  static const std::regex numericDate(R"(\s*\d{1,4}[/.-]\d{1,2}[/.-]\d{1,4}(\s.*)?)");
+  if (!std::regex_match(text, numericDate)) return "";
+  return "; to read dates written in numbers, give --date-order mdy (month first) or dmy "
+         "(day first)";
+}
 
 constexpr std::array<Option, 20> kOptions{{
     {"type", "TYPE",
@@ -287,7 +297,7 @@ class PlotSetup {
         return Refusal{table.path() + ":" + std::to_string(table.lineOf(c.firstText)) +
                            ": column '" + name + "' (--" + option + ") holds text (\"" +
                            c.texts[c.firstText] + "\"); a " + std::string(kindName(request_.kind)) +
-                           " needs numbers there",
+                           " needs numbers there" + dateOrderHint(c.texts[c.firstText]),
                        kExitFailure};
       }
       lastIndex_ = index;
