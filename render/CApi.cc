@@ -9,6 +9,7 @@ namespace {
 struct LastCall {
   std::string error;
   std::vector<std::string> skipped;
+  std::string description;
 };
 
 LastCall& last() {
@@ -29,12 +30,14 @@ chartxml::RenderOptions optionsOf(const cxr_options* options) {
 int finish(chartxml::ChartRenderer& renderer, bool done) {
   last().error = done ? std::string() : renderer.error();
   last().skipped = renderer.skipped();
+  last().description = done ? renderer.description() : std::string();
   return done ? 0 : -1;
 }
 
 int refuse(const char* message) {
   last().error = message;
   last().skipped.clear();
+  last().description.clear();
   return -1;
 }
 
@@ -82,6 +85,10 @@ const char* cxr_error(void) {
 
 int cxr_skipped_count(void) {
   return static_cast<int>(last().skipped.size());
+}
+
+const char* cxr_description(void) {
+  return last().description.c_str();
 }
 
 const char* cxr_skipped(int i) {

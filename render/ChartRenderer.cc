@@ -62,13 +62,23 @@ std::optional<std::string> readWholeFile(const std::string& path, std::string& e
     error = path + ": cannot open: " + std::strerror(errno);
     return std::nullopt;
   }
-  std::ostringstream text;
-  text << in.rdbuf();
+  // In one read of the size the file has: a data file of millions of rows
+  // read through a growing stream is copied over and over.
+  std::string text(ec ? 0 : static_cast<std::size_t>(size), '\0');
+  in.read(text.data(), static_cast<std::streamsize>(text.size()));
+  text.resize(static_cast<std::size_t>(in.gcount()));
+  if (!in.bad()) {
+    // Whatever the file grew by since its size was taken.
+    in.clear();
+    std::ostringstream rest;
+    rest << in.rdbuf();
+    text += std::move(rest).str();
+  }
   if (in.bad()) {
     error = path + ": cannot read: " + std::strerror(errno);
     return std::nullopt;
   }
-  return std::move(text).str();
+  return text;
 }
 
 // Writes `bytes` to `path` through a temporary file in the same folder,
@@ -138,6 +148,33 @@ struct ChartRenderer::Impl {
   std::unique_ptr<render::TextEngine> text;
 
   using OriginOf = std::function<std::string(const std::string& source)>;
+  // The CSV text of a source, or nothing: a view of the host's memory, or
+  // of `storage` when the text had to be read or made.
+  using DataView = std::function<std::optional<std::string_view>(const std::string& source,
+                                                                 std::string& storage)>;
+
+  // Loads a document from `text` with its data from `data`.
+  bool loadView(std::string_view text, const std::string& name, const DataView& data) {
+    try {
+      return load(text, name, data, [&](const std::string& source) {
+        return name + " (data source " + source + ")";
+      });
+    } catch (const std::bad_alloc&) {
+      return fail(name + ": out of memory");
+    } catch (const std::exception& e) {
+      return fail(name + ": " + e.what());
+    }
+  }
+
+  static DataView viewOf(const DataLookup& data) {
+    return [&data](const std::string& source,
+                   std::string& storage) -> std::optional<std::string_view> {
+      std::optional<std::string> csv = data(source);
+      if (!csv) return std::nullopt;
+      storage = std::move(*csv);
+      return std::string_view(storage);
+    };
+  }
 
   bool fail(std::string message) {
     error = std::move(message);
@@ -150,7 +187,7 @@ struct ChartRenderer::Impl {
     return *text;
   }
 
-  bool load(std::string_view document, const std::string& name, const DataLookup& data,
+  bool load(std::string_view document, const std::string& name, const DataView& data,
             const OriginOf& originOf) {
     error.clear();
     skipped.clear();
@@ -176,7 +213,8 @@ struct ChartRenderer::Impl {
     std::map<std::string, DataTable> tables;
     for (const std::string& source : used) {
       const std::string origin = originOf(source);
-      const std::optional<std::string> csv = data(source);
+      std::string storage;
+      const std::optional<std::string_view> csv = data(source, storage);
       if (!csv)
         return fail(origin + ": not found (the data of source '" + source + "' of " + name + ")");
       auto table = render::readCsv(*csv, origin, problem);
@@ -223,7 +261,7 @@ bool ChartRenderer::loadFile(const std::string& documentPath, const std::string&
       if (!text) throw std::runtime_error(dataError);
       return text;
     };
-    return impl_->load(*document, documentPath, data, fileOf);
+    return impl_->load(*document, documentPath, Impl::viewOf(data), fileOf);
   } catch (const std::bad_alloc&) {
     return impl_->fail(documentPath + ": out of memory");
   } catch (const std::exception& e) {
@@ -233,15 +271,7 @@ bool ChartRenderer::loadFile(const std::string& documentPath, const std::string&
 
 bool ChartRenderer::loadText(std::string_view text, const std::string& name,
                              const DataLookup& data) {
-  try {
-    return impl_->load(text, name, data, [&](const std::string& source) {
-      return name + " (data source " + source + ")";
-    });
-  } catch (const std::bad_alloc&) {
-    return impl_->fail(name + ": out of memory");
-  } catch (const std::exception& e) {
-    return impl_->fail(name + ": " + e.what());
-  }
+  return impl_->loadView(text, name, Impl::viewOf(data));
 }
 
 bool ChartRenderer::loadSent(int i) {
@@ -250,12 +280,15 @@ bool ChartRenderer::loadSent(int i) {
                        std::to_string(cxh_sent_count()));
   }
   const std::string name = "sent chart " + std::to_string(i);
-  const std::string document = cxh_sent_xml(i);
-  return loadText(document, name, [i](const std::string& source) -> std::optional<std::string> {
-    const char* csv = cxh_sent_data_csv(i, source.c_str());
-    if (csv == nullptr) return std::nullopt;
-    return std::string(csv);
-  });
+  // The host keeps the texts until its next sent chart: read in place.
+  const char* document = cxh_sent_xml(i);
+  return impl_->loadView(
+      document, name,
+      [i](const std::string& source, std::string&) -> std::optional<std::string_view> {
+        const char* csv = cxh_sent_data_csv(i, source.c_str());
+        if (csv == nullptr) return std::nullopt;
+        return std::string_view(csv);
+      });
 }
 
 std::optional<std::string> ChartRenderer::picture(PictureFormat format) {

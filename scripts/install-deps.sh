@@ -11,7 +11,7 @@ packages=(
   libxerces-c-dev libicu-dev nlohmann-json3-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   gfortran
-  libcairo2-dev libpango1.0-dev fonts-dejavu-core fonts-noto-cjk
+  libcairo2-dev libpango1.0-dev zlib1g-dev fonts-dejavu-core fonts-noto-cjk
   chromium
   clang libclang-rt-14-dev llvm
 )

@@ -986,4 +986,88 @@ TEST_F(CliTest, GalleryOpensInABrowserWithEveryPicture) {
   EXPECT_GT(png.size(), 60000u);
 }
 
+// What a chart shows, in words: printed by render --describe, kept in the
+// SVG, and the alt text of each picture in the demo's gallery.
+TEST_F(CliTest, RenderDescribesTheChartInWords) {
+  const std::string data = sample().string();
+  ASSERT_EQ(chartxml({"plot", data, "--type", "scatter", "--x", "a", "--y", "b", "--color", "group",
+                      "--out", "charts", "--picture", "none"})
+                .status,
+            0);
+  // a is 0..11, b = a * a / 2 is 0..60.5 (one decimal, as the column has);
+  // the even rows are north, the odd ones "south, far".
+  const std::string expected =
+      "Scatter plot of b by a, 12 cases. a runs from 0 to 11; b from 0.0 to 60.5. Points are "
+      "coloured by group: north (6 cases), south, far (6 cases).";
+  const Result said = chartxml({"render", "charts/chart-0001.xml", "--describe"});
+  ASSERT_EQ(said.status, 0) << said.err;
+  EXPECT_EQ(said.out, expected + "\n");
+  EXPECT_FALSE(fs::exists(dir / "charts" / "chart-0001.png")) << "describing draws nothing";
+  // With --out it draws too, and the SVG holds the same words.
+  const Result both = chartxml({"render", "charts/chart-0001.xml", "--describe", "-o", "c.svg"});
+  ASSERT_EQ(both.status, 0) << both.err;
+  EXPECT_EQ(both.out, expected + "\n");
+  EXPECT_TRUE(contains(readFile(dir / "c.svg"), "<desc id=\"chart-desc\">" + expected + "</desc>"));
+  EXPECT_TRUE(contains(chartxml({"render", "--help"}).out, "--describe"));
+}
+
+TEST_F(CliTest, DemoChartsAreDescribedByTheirDataAndTheGalleryShowsIt) {
+  ASSERT_EQ(chartxml({"demo", "--out", "d"}).status, 0);
+  std::vector<std::string> said;
+  for (int i = 1; i <= 9; ++i) {
+    char name[32];
+    std::snprintf(name, sizeof name, "d/chart-%04d.xml", i);
+    const Result run = chartxml({"render", name, "--describe"});
+    ASSERT_EQ(run.status, 0) << run.err;
+    ASSERT_FALSE(run.out.empty());
+    said.push_back(run.out.substr(0, run.out.size() - 1));
+  }
+  // Worked out from data/sets: the quartet has 44 points, 11 in each set,
+  // x 4..19 and y 3.10..12.74 (two decimals, as y is written), the mean of
+  // y 7.50 in every set and the fitted line y = 3.00 + 0.500x. CO2 has 65
+  // years 1959..2023 of 315.98..421.08 ppm, and 64 growths (none in 1959)
+  // of 0.42..3.40; the growths of the 2010s sum to 24.01 of all 105.10
+  // (22.8%); of the 65 years, 34 fall in the first half of their decade;
+  // the mean growth of a half-decade runs from 0.728 (1960-64) to 2.568
+  // (2015-19). Each bar of chart 2 is one observation: its mean is its y.
+  const std::vector<std::vector<std::string>> fragments{
+      {"Scatter plot of y by x, 44 cases.", "x runs from 4 to 19; y from 3.10 to 12.74.",
+       "I (11 cases), II (11 cases), III (11 cases), IV (11 cases).",
+       "A reference line marks y = 7.50."},
+      {"y by Observation, 44 cases.", "Mean of y runs from 3.10 to 12.74.",
+       "Observation has 11 categories",
+       "Drawn in 4 panels, one for each Data set: I, II, III and IV."},
+      {", 65 cases.", "runs from 01-Jan-1959 to 01-Jan-2023;", "from 315.98 to 421.08."},
+      {"by Decade, 65 cases.", "runs from 0.73 to 2.57.",
+       "Years 0-4 (34 cases), Years 5-9 (31 cases)."},
+      {"Histogram of Growth", "64 cases.", "from 0.42 to 3.40 in bins 0.25 wide"},
+      {"Pie chart of the sum of Growth", "by Decade", "2010s (24.01, 22.8%)"},
+      {"Scatter-plot matrix of Year, Annual mean CO2 at Mauna Loa (ppm) and Growth",
+       "Year runs from 1959 to 2023; Annual mean CO2 at Mauna Loa (ppm) from 315.98 to 421.08;"},
+      {"3-D scatter plot", "64 cases.", "Year runs from 1960 to 2023"},
+      {"Scatter plot of y by x, 44 cases.", "(\u7DDA\u5F62\u306E\u5F53\u3066\u306F\u3081\u7DDA)"},
+  };
+  for (std::size_t i = 0; i < fragments.size(); ++i) {
+    for (const std::string& fragment : fragments[i]) {
+      EXPECT_TRUE(contains(said[i], fragment)) << "chart " << i + 1 << ": " << said[i];
+    }
+  }
+  std::smatch fit;
+  ASSERT_TRUE(std::regex_search(
+      said[0], fit, std::regex("A linear fit line: y = ([0-9.]+) \\* x \\+ ([0-9.]+)\\.")))
+      << said[0];
+  EXPECT_NEAR(std::stod(fit[1].str()), 0.5, 0.001);
+  EXPECT_NEAR(std::stod(fit[2].str()), 3.0, 0.002);
+
+  // The gallery's pictures are described in the renderer's words.
+  const std::string page = readFile(dir / "d" / "index.html");
+  std::vector<std::string> alts;
+  const std::regex alt("<img [^>]*alt=\"([^\"]*)\"");
+  for (auto it = std::sregex_iterator(page.begin(), page.end(), alt); it != std::sregex_iterator();
+       ++it) {
+    alts.push_back(std::regex_replace((*it)[1].str(), std::regex("&amp;"), "&"));
+  }
+  EXPECT_EQ(alts, said);
+}
+
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include "chartxml/host/ChartBase.h"
 #include "test_support.h"
+#include "whole_charts.h"
 
 namespace {
 
@@ -35,14 +36,7 @@ class CompletionTest : public cxtest::FacadeTest {
     cxh_set_output_dir(nullptr);
     dir = cxtest::scratchDir("cx-completion");
     // 1,000 cases of x and y; every seventh y is missing.
-    std::ofstream csv(dir / "points.csv");
-    csv << "x,y\n";
-    for (int i = 0; i < 1000; ++i) {
-      csv << i << ',';
-      if (i % 7 != 0) csv << i * 0.5;
-      csv << '\n';
-    }
-    csv.close();
+    cxtest::writePointsCsv((dir / "points.csv").string());
     source = cxtest::openCsv((dir / "points.csv").c_str());
     ASSERT_NE(source, nullptr);
   }
@@ -59,21 +53,8 @@ class CompletionTest : public cxtest::FacadeTest {
     const int chart = newChart();
     cx->SetDataSource(chart, source);
     const int src = cx->AddSource(chart);
-    const int x = cx->AddVariable(chart, src, 0, false);
-    const int y = cx->AddVariable(chart, src, 1, false);
-    const int graph = cx->AddFrame(chart, 0, str("graph_1"));
-    cx->AddLabel(chart, graph, cx->StyleString(17, 1), str("Points"));
-    const int point = cx->AddElement(chart, graph, 23, -1);
-    const int position = cx->AddPosition(chart, point);
-    EXPECT_GT(cx->AddX(chart, position, x), 0);
-    EXPECT_GT(cx->AddY(chart, position, y), 0);
-    EXPECT_EQ(cx->SetSummaryFunction(chart, y, 17, 90.0, 0.0), 17);  // percentile;90
-    for (int r = 0; r < source->RowCount(); ++r) {
-      cx->AddRow(chart, src);
-      cx->AddDoubleDataValue(chart, src, x, source->GetNumber(r, 0));
-      const double value = source->GetNumber(r, 1);
-      if (value != -1.7976931348623157e308) cx->AddDoubleDataValue(chart, src, y, value);
-    }
+    const auto fed = cxtest::wholeChart("percentile scatter").build(*cx, chart, src);
+    cxtest::feedRows(*cx, chart, src, *source, fed);
     EXPECT_EQ(cx->SetChartDescription(chart, "y by x"), 0);
     EXPECT_EQ(cx->SetChartTemplate(chart, "scatter.tpl"), 0);
     return chart;

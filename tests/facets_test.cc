@@ -1,5 +1,6 @@
 // Facets: nest rule, get-or-create, labels, styles, and a whole scatter-plot-matrix document.
 #include "test_support.h"
+#include "whole_charts.h"
 
 namespace {
 
@@ -68,17 +69,7 @@ TEST_F(FacetsTest, LabelsStylesAndScales) {
 }
 
 TEST_F(FacetsTest, ScatterPlotMatrixSkeleton) {
-  const int list1 = cx->BeginVariableList(chart), list2 = cx->BeginVariableList(chart);
-  for (int v : {sex, city}) cx->AddToVariableList(chart, list1, v);
-  for (int v : {city, sex}) cx->AddToVariableList(chart, list2, v);
-  const int mx = cx->AddMatrixVariable(chart, list1);
-  const int my = cx->AddMatrixVariable(chart, list2);  // reuses the label variables
-  const int labeling = cx->AddFacetLabeling(chart, frame);
-  const int sx = cx->StyleString(91, 1), sy = cx->StyleString(92, 1);
-  cx->AddAxis(chart, cx->AddFacetLabel(chart, labeling, sx, 1, false), sx, false);
-  cx->SetFacetLabelCellStyle(chart, cx->AddFacetLabel(chart, labeling, sy, 2, false), sy);
-  cx->AddDimension(chart, frame, 1, mx);
-  cx->AddDimension(chart, frame, 2, my);
+  cxtest::buildMatrixSkeleton(*cx, chart, frame, sex, city);
   EXPECT_TRUE(messages().empty());
   EXPECT_EQ(xml(), R"xml(<?xml version="1.0" encoding="UTF-8"?>
 <visualization>

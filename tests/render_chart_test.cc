@@ -13,11 +13,13 @@
 #include <vector>
 
 #include "chartxml/render.h"
+#include "render_documents.h"
 
 namespace {
 
 using chartxml::ChartRenderer;
 using chartxml::PictureFormat;
+using rendertest::pixel;
 
 // A document of one data frame around `body` (dimensions, elements,
 // guides), with `variables` and optional legend and title.
@@ -88,31 +90,6 @@ class RenderChart : public ::testing::Test {
   ChartRenderer renderer;
 };
 
-// The colour of pixel (x, y) of a PNG as 0xRRGGBB.
-unsigned pixel(const std::string& png, int x, int y) {
-  struct Reader {
-    const std::string* data;
-    std::size_t at = 0;
-  } reader{&png};
-  cairo_surface_t* surface = cairo_image_surface_create_from_png_stream(
-      [](void* closure, unsigned char* out, unsigned int length) {
-        auto* r = static_cast<Reader*>(closure);
-        if (r->at + length > r->data->size()) return CAIRO_STATUS_READ_ERROR;
-        std::copy_n(r->data->data() + r->at, length, out);
-        r->at += length;
-        return CAIRO_STATUS_SUCCESS;
-      },
-      &reader);
-  unsigned value = 0xFFFFFFFF;
-  if (cairo_surface_status(surface) == CAIRO_STATUS_SUCCESS) {
-    const unsigned char* row =
-        cairo_image_surface_get_data(surface) + y * cairo_image_surface_get_stride(surface);
-    value = reinterpret_cast<const std::uint32_t*>(row)[x] & 0xFFFFFF;
-  }
-  cairo_surface_destroy(surface);
-  return value;
-}
-
 TEST_F(RenderChart, RefusesWhatIsNotAChartOrHasNoUsableData) {
   EXPECT_FALSE(load("<html><body/></html>", ""));
   EXPECT_EQ(renderer.error(),
@@ -175,7 +152,11 @@ TEST_F(RenderChart, ScatterHasAPointPerCaseAndALegendInCategoryOrder) {
   EXPECT_EQ(texts(picture, "tick-label x"),
             (std::vector<std::string>{"0", "2", "4", "6", "8", "10"}));
   EXPECT_EQ(texts(picture, "axis-title x"), std::vector<std::string>{"vx label"});
-  EXPECT_NE(renderer.description().find("points of vy label by vx label, coloured by vg label"),
+  EXPECT_NE(renderer.description().find("Scatter plot of vy label by vx label, 4 cases."),
+            std::string::npos)
+      << renderer.description();
+  EXPECT_NE(renderer.description().find("Points are coloured by vg label: One (2 cases), Two "
+                                        "(2 cases)."),
             std::string::npos)
       << renderer.description();
 }
@@ -458,12 +439,12 @@ TEST_F(RenderChart, WhatCannotBeDrawnIsNamedOnceAndTheRestIsDrawn) {
   const std::string xml = document(
       variable("vx", "X", false) + variable("vy", "Y", false),
       kAxes +
-          "<element id=\"box\" type=\"schema\"><x variable=\"vx\"/><y variable=\"vy\"/></element>"
+          "<element id=\"box\" type=\"edge\"><x variable=\"vx\"/><y variable=\"vy\"/></element>"
           "<element id=\"dots\" type=\"point\"><x variable=\"vx\"/><y variable=\"vy\"/></element>"
           "<guide id=\"plane_1\" type=\"plane\"/>"
           "<guide id=\"ref\" type=\"line\"><parameter name=\"y\" value=\"2\"/></guide>");
   ASSERT_TRUE(load(xml, "X,Y\n1,1\n2,3\n")) << renderer.error();
-  EXPECT_EQ(renderer.skipped(), (std::vector<std::string>{"element box of type 'schema'",
+  EXPECT_EQ(renderer.skipped(), (std::vector<std::string>{"element box of type 'edge'",
                                                           "guide plane_1 of type 'plane'"}));
   const std::string picture = svg();
   EXPECT_EQ(count(picture, "<circle"), 2u);

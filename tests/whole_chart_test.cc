@@ -2,26 +2,14 @@
 // it must produce: declarations first, the frame with its element, position,
 // colour and statistic, and the domain with its sort.
 #include "test_support.h"
+#include "whole_charts.h"
 
 namespace {
 
 using WholeChartTest = cxtest::SourcedChartTest;
 
 TEST_F(WholeChartTest, ScatterWithColourDomainSortAndStatistic) {
-  const int x = cx->AddVariable(chart, sourceElement, 2, false);      // income
-  const int y = cx->AddVariable(chart, sourceElement, 0, false);      // id
-  const int colour = cx->AddVariable(chart, sourceElement, 1, true);  // sex
-  const int frame = cx->AddFrame(chart, 0, str("graph_1"));
-  const int point = cx->AddElement(chart, frame, 23, -1);
-  const int position = cx->AddPosition(chart, point);
-  cx->AddY(chart, position, y);
-  cx->AddX(chart, position, x);  // x goes ahead of y
-  cx->AddColor(chart, point, colour);
-  const int statistic = cx->AddStatistic(chart, point, 131);  // "mean"
-  const int domain = cx->AddDomain(chart, true);
-  const int sort = cx->AddSort(chart, domain);
-  cx->SetSimpleSortMethod(chart, cx->AddSimpleSort(chart, sort), 26);  // "auto"
-  ASSERT_GT(statistic, 0);
+  cxtest::wholeChart("coloured mean scatter").build(*cx, chart, sourceElement);
   EXPECT_TRUE(cxtest::messages().empty());
   EXPECT_EQ(xml(),
             R"(<?xml version="1.0" encoding="UTF-8"?>

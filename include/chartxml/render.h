@@ -65,6 +65,9 @@ CHARTXML_RENDER_EXPORT const char* cxr_error(void);
 CHARTXML_RENDER_EXPORT int cxr_skipped_count(void);
 CHARTXML_RENDER_EXPORT const char* cxr_skipped(int i); /* NULL when I is out of range */
 
+/* What the last call's chart shows, in words; "" after a failure. */
+CHARTXML_RENDER_EXPORT const char* cxr_description(void);
+
 #ifdef __cplusplus
 }  // extern "C"
 
@@ -120,7 +123,9 @@ class CHARTXML_RENDER_EXPORT ChartRenderer {
   const std::string& error() const;
   // What the loaded chart asks that is not drawn, one part per entry.
   const std::vector<std::string>& skipped() const;
-  // The loaded chart's title and a sentence of what it shows.
+  // The loaded chart's title, and a paragraph of what it shows: the kind
+  // of chart, each axis's variable and range, the cases, groups, panels and
+  // lines (English; empty when no chart is loaded).
   const std::string& title() const;
   const std::string& description() const;
 

@@ -7,16 +7,20 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <limits>
 #include <memory>
 #include <string>
 
 #include "device/Devices.h"
+#include "device/MarkerBlit.h"
+#include "device/PngWriter.h"
 
 namespace chartxml::render {
 namespace device {
 namespace {
 
 constexpr double kPi = 3.14159265358979323846;
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // Cairo's own limit for a side of an image surface.
 constexpr double kMaxPixels = 32767;
@@ -34,6 +38,8 @@ void setColor(cairo_t* cr, const Color& c) {
   cairo_set_source_rgba(cr, c.r / 255.0, c.g / 255.0, c.b / 255.0, c.a / 255.0);
 }
 
+}  // namespace
+
 void setStroke(cairo_t* cr, const Stroke& stroke) {
   setColor(cr, stroke.color);
   cairo_set_line_width(cr, stroke.width);
@@ -46,6 +52,8 @@ void setStroke(cairo_t* cr, const Stroke& stroke) {
     cairo_set_dash(cr, nullptr, 0, 0);
   }
 }
+
+namespace {
 
 void buildPath(cairo_t* cr, const Path& path) {
   cairo_new_path(cr);
@@ -98,8 +106,10 @@ void drawShape(cairo_t* cr, const ShapeItem& shape) {
   cairo_new_path(cr);
 }
 
-void addMarker(cairo_t* cr, const PointBatch& batch, const MarkerPolygon& polygon, double x,
-               double y) {
+}  // namespace
+
+void markerPath(cairo_t* cr, const PointBatch& batch, const MarkerPolygon& polygon, double x,
+                double y) {
   const double half = batch.size / 2;
   switch (batch.shape) {
     case MarkerShape::kCircle:
@@ -127,6 +137,59 @@ void addMarker(cairo_t* cr, const PointBatch& batch, const MarkerPolygon& polygo
   }
 }
 
+namespace {
+
+// The clip in force, for markers blitted past cairo: a rectangle in picture
+// pixels (infinite when nothing clips), or a shape that only cairo applies.
+struct ClipState {
+  bool shaped = false;
+  double x0 = -kInfinity, y0 = -kInfinity, x1 = kInfinity, y1 = kInfinity;
+};
+
+// Markers on an image are blitted (device/MarkerBlit.h): straight into its
+// pixels under a rectangular clip, else onto a clear layer that cairo then
+// paints through the clip. False when the batch is left to paths: another
+// surface (PDF stays vector), a turned or stretched transform, markers too
+// large, or no memory for the masks.
+bool blitBatch(cairo_t* cr, const PointBatch& batch, const ClipState& clip) {
+  cairo_surface_t* target = cairo_get_target(cr);
+  if (cairo_surface_get_type(target) != CAIRO_SURFACE_TYPE_IMAGE ||
+      cairo_image_surface_get_format(target) != CAIRO_FORMAT_ARGB32)
+    return false;
+  cairo_matrix_t m;
+  cairo_get_matrix(cr, &m);
+  if (m.xy != 0 || m.yx != 0 || m.xx != m.yy || !blittable(batch, m.xx)) return false;
+  const PixelMap map{m.xx, m.x0, m.y0};
+  const PixelClip box{clip.x0 * m.xx + m.x0, clip.y0 * m.yy + m.y0, clip.x1 * m.xx + m.x0,
+                      clip.y1 * m.yy + m.y0};
+  PixelImage image{nullptr, cairo_image_surface_get_width(target),
+                   cairo_image_surface_get_height(target), 0};
+  if (!clip.shaped) {
+    cairo_surface_flush(target);
+    image.data = cairo_image_surface_get_data(target);
+    image.stride = cairo_image_surface_get_stride(target);
+    const bool drawn = blitPoints(batch, map, box, image);
+    cairo_surface_mark_dirty(target);
+    return drawn;
+  }
+  // Blending onto a clear layer and the layer onto the picture is the same
+  // OVER as blending onto the picture.
+  SurfacePtr layer(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, image.width, image.height),
+                   &cairo_surface_destroy);
+  if (cairo_surface_status(layer.get()) != CAIRO_STATUS_SUCCESS) return false;
+  cairo_surface_flush(layer.get());
+  image.data = cairo_image_surface_get_data(layer.get());
+  image.stride = cairo_image_surface_get_stride(layer.get());
+  if (!blitPoints(batch, map, box, image)) return false;
+  cairo_surface_mark_dirty(layer.get());
+  cairo_save(cr);
+  cairo_identity_matrix(cr);
+  cairo_set_source_surface(cr, layer.get(), 0, 0);
+  cairo_paint(cr);
+  cairo_restore(cr);
+  return true;
+}
+
 // A few markers of one colour in a row make one path, filled (or stroked)
 // once. Not many more: cairo fills one path of thousands of overlapping
 // markers several times slower than the same markers a few at a time
@@ -134,8 +197,8 @@ void addMarker(cairo_t* cr, const PointBatch& batch, const MarkerPolygon& polygo
 // or outlined markers are drawn one by one, as the SVG shows them: overlaps
 // of translucent markers darken, and each outline lies over the markers
 // before it.
-void drawBatch(cairo_t* cr, const PointBatch& batch) {
-  if (!drawable(batch)) return;
+void drawBatch(cairo_t* cr, const PointBatch& batch, const ClipState& clip) {
+  if (!drawable(batch) || blitBatch(cr, batch, clip)) return;
   const bool lines = batch.shape == MarkerShape::kCross || batch.shape == MarkerShape::kPlus;
   const bool outlined = !lines && stroked(batch.outline);
   const MarkerPolygon polygon = markerPolygon(batch.shape, batch.size);
@@ -175,27 +238,34 @@ void drawBatch(cairo_t* cr, const PointBatch& batch) {
     }
     ++inRun;
     runColor = color;
-    addMarker(cr, batch, polygon, batch.x[i], batch.y[i]);
+    markerPath(cr, batch, polygon, batch.x[i], batch.y[i]);
   }
   flush();
 }
 
-void drawClip(cairo_t* cr, const ClipBegin& clip) {
+// Clips `cr` as `clip` asks; returns the clip then in force inside `outer`.
+ClipState drawClip(cairo_t* cr, const ClipBegin& clip, ClipState outer) {
   cairo_save(cr);
   if (!clip.path.empty()) {
     if (drawable(clip.path)) {
       cairo_new_path(cr);
       buildPath(cr, clip.path);
       cairo_clip(cr);
+      outer.shaped = true;
     }
-    return;
+    return outer;
   }
   if (std::isfinite(clip.x) && std::isfinite(clip.y) && std::isfinite(clip.width) &&
       std::isfinite(clip.height)) {
     cairo_new_path(cr);
     cairo_rectangle(cr, clip.x, clip.y, clip.width, clip.height);
     cairo_clip(cr);
+    outer.x0 = std::max(outer.x0, std::min(clip.x, clip.x + clip.width));
+    outer.x1 = std::min(outer.x1, std::max(clip.x, clip.x + clip.width));
+    outer.y0 = std::max(outer.y0, std::min(clip.y, clip.y + clip.height));
+    outer.y1 = std::min(outer.y1, std::max(clip.y, clip.y + clip.height));
   }
+  return outer;
 }
 
 cairo_status_t appendTo(void* closure, const unsigned char* data, unsigned int length) {
@@ -337,23 +407,23 @@ void paint(cairo_t* cr, const Scene& scene, TextEngine& text) {
   setColor(cr, scene.background);
   cairo_paint(cr);
 
-  int clips = 0;
+  // The clips in force, innermost last, above the whole picture.
+  std::vector<ClipState> clips{ClipState{}};
   for (const SceneItem& item : scene.items) {
     if (const auto* shape = std::get_if<ShapeItem>(&item)) {
       drawShape(cr, *shape);
     } else if (const auto* batch = std::get_if<PointBatch>(&item)) {
-      drawBatch(cr, *batch);
+      drawBatch(cr, *batch, clips.back());
     } else if (const auto* label = std::get_if<TextItem>(&item)) {
       text.draw(cr, *label);
     } else if (const auto* clip = std::get_if<ClipBegin>(&item)) {
-      drawClip(cr, *clip);
-      ++clips;
-    } else if (clips > 0) {
+      clips.push_back(drawClip(cr, *clip, clips.back()));
+    } else if (clips.size() > 1) {
       cairo_restore(cr);
-      --clips;
+      clips.pop_back();
     }
   }
-  for (; clips > 0; --clips) cairo_restore(cr);
+  for (; clips.size() > 1; clips.pop_back()) cairo_restore(cr);
 }
 
 }  // namespace device
@@ -384,10 +454,10 @@ bool drawPng(const Scene& scene, TextEngine& text, double scale, std::string& ou
       if (device::failed(cairo_status(cr.get()), error)) return false;
     }
     cairo_surface_flush(surface.get());
+    const device::PixelImage image{cairo_image_surface_get_data(surface.get()), width, height,
+                                   cairo_image_surface_get_stride(surface.get())};
     std::string png;
-    if (device::failed(cairo_surface_write_to_png_stream(surface.get(), &device::appendTo, &png),
-                       error))
-      return false;
+    if (!device::writePng(image, png, error)) return false;
     out.swap(png);
     return true;
   } catch (...) {
@@ -396,6 +466,28 @@ bool drawPng(const Scene& scene, TextEngine& text, double scale, std::string& ou
     return false;
   }
 }
+
+namespace {
+
+// `text` as cairo takes a metadata string: valid UTF-8 without the
+// noncharacters (U+FFFE, U+FDD0, ...) it refuses, which become U+FFFD; a
+// refused string would fail the whole picture.
+std::string metadataText(const std::string& text) {
+  std::unique_ptr<gchar, decltype(&g_free)> valid(
+      g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())), &g_free);
+  std::string out;
+  for (const gchar* p = valid.get(); *p != '\0'; p = g_utf8_next_char(p)) {
+    const gunichar c = g_utf8_get_char(p);
+    if ((c >= 0xFDD0 && c <= 0xFDEF) || (c & 0xFFFE) == 0xFFFE) {
+      out += "\xEF\xBF\xBD";
+    } else {
+      out.append(p, static_cast<std::size_t>(g_utf8_next_char(p) - p));
+    }
+  }
+  return out;
+}
+
+}  // namespace
 
 bool drawPdf(const Scene& scene, TextEngine& text, std::string& out, std::string& error) {
   out.clear();
@@ -420,6 +512,11 @@ bool drawPdf(const Scene& scene, TextEngine& text, std::string& out, std::string
       std::unique_ptr<gchar, decltype(&g_free)> title(
           g_utf8_make_valid(scene.title.data(), static_cast<gssize>(scene.title.size())), &g_free);
       cairo_pdf_surface_set_metadata(surface.get(), CAIRO_PDF_METADATA_TITLE, title.get());
+    }
+    if (!scene.description.empty()) {
+      // What the chart shows, for readers that cannot see it.
+      const std::string subject = metadataText(scene.description);
+      cairo_pdf_surface_set_metadata(surface.get(), CAIRO_PDF_METADATA_SUBJECT, subject.c_str());
     }
     {
       device::CairoPtr cr(cairo_create(surface.get()), &cairo_destroy);

@@ -56,4 +56,13 @@ MarkerPolygon markerPolygon(MarkerShape shape, double size);
 // the centre.
 double markerLineWidth(double size);
 
+// Adds one marker of `batch`'s shape and size centred at (x, y) to `cr`'s
+// path: a closed outline to fill, or for crosses and pluses two lines to
+// stroke. `polygon` is markerPolygon(batch.shape, batch.size).
+void markerPath(cairo_t* cr, const PointBatch& batch, const MarkerPolygon& polygon, double x,
+                double y);
+
+// Sets `cr`'s source colour, line width, joins, caps and dashes to `stroke`'s.
+void setStroke(cairo_t* cr, const Stroke& stroke);
+
 }  // namespace chartxml::render::device

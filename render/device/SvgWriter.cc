@@ -4,8 +4,11 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <string>
 #include <string_view>
+#include <tuple>
+#include <vector>
 
 #include "device/CairoDevice.h"
 #include "device/Devices.h"
@@ -32,7 +35,14 @@ class SvgWriter {
     out_ += "\" role=\"img\" aria-labelledby=\"chart-title";
     if (!scene_.description.empty()) out_ += " chart-desc";
     out_ += "\">\n<title id=\"chart-title\">";
-    escaped(scene_.title);
+    // An untitled chart is named by its description's first sentence, so
+    // that the name a screen reader announces is never empty.
+    if (scene_.title.empty()) {
+      const std::size_t stop = scene_.description.find(". ");
+      escaped(std::string_view(scene_.description).substr(0, stop));
+    } else {
+      escaped(scene_.title);
+    }
     out_ += "</title>\n";
     if (!scene_.description.empty()) {
       out_ += "<desc id=\"chart-desc\">";
@@ -299,8 +309,211 @@ class SvgWriter {
     out_ += "/>\n";
   }
 
+  // Batches of this many points and more are written compact (writeCompact);
+  // smaller ones keep an element per mark, for readers that look at each.
+  static constexpr std::size_t kCompactFrom = 1000;
+
+  void integer(long value) {
+    char text[24];
+    out_.append(text, std::to_chars(text, text + sizeof text, value).ptr);
+  }
+
+  // A relative move or line of (dx, dy) tenths: the minus sign separates.
+  void step(char command, long dx, long dy) {
+    out_ += command;
+    integer(dx);
+    if (dy >= 0) out_ += ' ';
+    integer(dy);
+  }
+
+  // Many markers in few bytes: positions in tenths of a pixel under
+  // scale(.1), each marker a short relative subpath, one <path> per colour
+  // in each layer. Within a path, overlapping markers would paint once, not
+  // once each as every other device blends them: so points are dealt into
+  // layers in which no two markers come near each other, a point into the
+  // layer after those of every earlier point close to it. Layers are drawn
+  // in order, so overlapping markers keep their order; markers within a
+  // layer do not touch, and their order (by colour, then along rows) does
+  // not matter. A circle is a zero-length line with round caps as wide as
+  // the circle.
+  void writeCompact(const PointBatch& batch) {
+    const bool lines = batch.shape == MarkerShape::kCross || batch.shape == MarkerShape::kPlus;
+    const bool outlined = !lines && device::stroked(batch.outline);
+    const bool dots = batch.shape == MarkerShape::kCircle && !outlined;
+    const double half = batch.size / 2;
+    const device::MarkerPolygon polygon = device::markerPolygon(batch.shape, batch.size);
+    double reach = half;
+    for (int v = 0; v < polygon.count; ++v) {
+      reach = std::max({reach, std::abs(polygon.x[v]), std::abs(polygon.y[v])});
+    }
+    if (lines) reach += device::markerLineWidth(batch.size) / 2;
+    if (outlined) reach += batch.outline.width * 2;  // a mitre of limit 4
+    // Cells at least a marker plus a pixel of smoothing wide: markers in
+    // cells that are not neighbours never touch.
+    const double cell = std::max({2 * reach + 1, scene_.width / 2048, scene_.height / 2048});
+    const auto columns = static_cast<long>(std::ceil((scene_.width + 2 * reach) / cell)) + 1;
+    const auto rows = static_cast<long>(std::ceil((scene_.height + 2 * reach) / cell)) + 1;
+    std::vector<std::uint32_t> nextLayer(static_cast<std::size_t>(columns * rows), 0);
+
+    struct Mark {
+      std::uint32_t layer;
+      std::uint16_t color;
+      std::uint64_t along;  // place along rows, back and forth
+      std::int32_t x, y;    // tenths of a pixel
+    };
+    std::vector<Mark> marks;
+    const std::size_t count = device::pointCount(batch);
+    for (std::size_t i = 0; i < count; ++i) {
+      const Color* color = device::pointColor(batch, i);
+      if (color == nullptr) continue;
+      const double x = batch.x[i], y = batch.y[i];
+      // What lies wholly outside the picture is not seen.
+      if (x < -reach || y < -reach || x > scene_.width + reach || y > scene_.height + reach) {
+        continue;
+      }
+      const long cx = static_cast<long>((x + reach) / cell);
+      const long cy = static_cast<long>((y + reach) / cell);
+      std::uint32_t layer = 0;
+      for (long ny = std::max(0L, cy - 1); ny <= std::min(rows - 1, cy + 1); ++ny) {
+        for (long nx = std::max(0L, cx - 1); nx <= std::min(columns - 1, cx + 1); ++nx) {
+          layer = std::max(layer, nextLayer[static_cast<std::size_t>(ny * columns + nx)]);
+        }
+      }
+      nextLayer[static_cast<std::size_t>(cy * columns + cx)] = layer + 1;
+      Mark mark;
+      mark.layer = layer;
+      mark.color = static_cast<std::uint16_t>(color - batch.palette.data());
+      mark.x = static_cast<std::int32_t>(std::lround(x * 10));
+      mark.y = static_cast<std::int32_t>(std::lround(y * 10));
+      // Rows of 8 pixels, left to right, then right to left.
+      const auto band = static_cast<std::uint64_t>(std::max(0L, (mark.y + 100000L) / 80));
+      const auto across = static_cast<std::uint64_t>(mark.x + 100000L);
+      mark.along = band << 32 | (band % 2 == 0 ? across : 0xFFFFFFFFu - across);
+      marks.push_back(mark);
+    }
+    std::sort(marks.begin(), marks.end(), [](const Mark& a, const Mark& b) {
+      return std::tie(a.layer, a.color, a.along) < std::tie(b.layer, b.color, b.along);
+    });
+
+    // Each marker's subpath, from the point where the one before left off.
+    const long r = std::lround(half * 10);
+    std::vector<long> corners;  // the polygon's vertices, in tenths from the centre
+    for (int v = 0; v < polygon.count; ++v) {
+      corners.push_back(std::lround(polygon.x[v] * 10));
+      corners.push_back(std::lround(polygon.y[v] * 10));
+    }
+    long atX = 0, atY = 0;
+    auto subpath = [&](const Mark& mark, bool first) {
+      // The subpath's start, as an offset from the centre.
+      long sx = 0, sy = 0;
+      if (batch.shape == MarkerShape::kCircle && !dots) sx = -r;
+      if (lines) sx = -r, sy = batch.shape == MarkerShape::kCross ? -r : 0;
+      if (!corners.empty()) sx = corners[0], sy = corners[1];
+      const long x = mark.x + sx, y = mark.y + sy;
+      if (first) {
+        out_ += 'M';
+        integer(x);
+        out_ += ' ';
+        integer(y);
+      } else {
+        step('m', x - atX, y - atY);
+      }
+      atX = x;
+      atY = y;
+      if (dots) {
+        out_ += "h0";
+      } else if (batch.shape == MarkerShape::kCircle) {
+        out_ += 'a';
+        integer(r);
+        out_ += ' ';
+        integer(r);
+        out_ += " 0 1 0 ";
+        integer(2 * r);
+        out_ += " 0a";
+        integer(r);
+        out_ += ' ';
+        integer(r);
+        out_ += " 0 1 0 ";
+        integer(-2 * r);
+        out_ += " 0z";
+      } else if (batch.shape == MarkerShape::kCross) {
+        step('l', 2 * r, 2 * r);
+        step('m', -2 * r, 0);
+        step('l', 2 * r, -2 * r);
+        atX += 2 * r;
+        atY -= 2 * r;
+      } else if (batch.shape == MarkerShape::kPlus) {
+        step('l', 2 * r, 0);
+        step('m', -r, -r);
+        step('l', 0, 2 * r);
+        atX += r;
+        atY += r;
+      } else {
+        for (std::size_t v = 2; v < corners.size(); v += 2) {
+          step('l', corners[v] - corners[v - 2], corners[v + 1] - corners[v - 1]);
+        }
+        out_ += 'z';  // back at the start
+      }
+    };
+    auto path = [&](std::size_t from, std::size_t to, const Color& color, bool outline) {
+      out_ += "<path";
+      if (outline) {
+        out_ += " fill=\"none\"";
+        paint("stroke", batch.outline.color);
+      } else {
+        paint(dots || lines ? "stroke" : "fill", color);
+      }
+      out_ += " d=\"";
+      for (std::size_t k = from; k < to; ++k) subpath(marks[k], k == from);
+      out_ += "\"/>\n";
+    };
+
+    out_ += "<g";
+    role(batch.role);
+    out_ += " transform=\"scale(.1)\"";
+    if (dots) {
+      out_ += " fill=\"none\" stroke-linecap=\"round\" stroke-width=\"";
+      number(batch.size * 10);
+      out_ += '"';
+    } else if (lines) {
+      out_ += " fill=\"none\" stroke-width=\"";
+      number(device::markerLineWidth(batch.size) * 10);
+      out_ += '"';
+    } else if (outlined) {
+      out_ += " stroke-width=\"";
+      number(batch.outline.width * 10);
+      out_ += '"';
+      if (device::dashed(batch.outline.dash)) {
+        out_ += " stroke-dasharray=\"";
+        for (std::size_t i = 0; i < batch.outline.dash.size(); ++i) {
+          if (i > 0) out_ += ',';
+          number(batch.outline.dash[i] * 10);
+        }
+        out_ += '"';
+      }
+    }
+    out_ += ">\n";
+    for (std::size_t first = 0; first < marks.size();) {
+      std::size_t layerEnd = first;
+      while (layerEnd < marks.size() && marks[layerEnd].layer == marks[first].layer) ++layerEnd;
+      for (std::size_t from = first; from < layerEnd;) {
+        std::size_t to = from;
+        while (to < layerEnd && marks[to].color == marks[from].color) ++to;
+        path(from, to, batch.palette[marks[from].color], false);
+        from = to;
+      }
+      if (outlined) path(first, layerEnd, batch.outline.color, true);
+      first = layerEnd;
+    }
+    out_ += "</g>\n";
+  }
+
   void writeBatch(const PointBatch& batch) {
     if (!device::drawable(batch)) return;
+    if (device::pointCount(batch) >= kCompactFrom) {
+      writeCompact(batch);
+      return;
+    }
     const bool lines = batch.shape == MarkerShape::kCross || batch.shape == MarkerShape::kPlus;
     const double half = batch.size / 2;
     const device::MarkerPolygon polygon = device::markerPolygon(batch.shape, batch.size);
@@ -390,12 +603,23 @@ class SvgWriter {
       out_ += ")\"";
     }
     // Spaces within a line count, as they do for pango.
+    // A right-to-left text is laid out by the viewer from its right end, in
+    // the order pango gives it: its paragraph direction is said, and each
+    // line placed at the right end of the extent pango measured.
+    const auto first = std::find_if(lines.begin(), lines.end(),
+                                    [](const TextLine& line) { return !line.text.empty(); });
+    const bool rightToLeft = first != lines.end() && first->rightToLeft;
+    if (rightToLeft) out_ += " direction=\"rtl\" unicode-bidi=\"embed\"";
     out_ += " xml:space=\"preserve\">";
     for (const TextLine& line : lines) {
       if (line.text.empty()) continue;
       out_ += "<tspan";
-      attribute("x", left + line.left);
+      // The start of a line is its right end in a right-to-left text; a line
+      // of the other direction is anchored at its end instead.
+      const bool fromRight = line.rightToLeft;
+      attribute("x", left + line.left + (fromRight ? line.width : 0));
       attribute("y", top + line.baseline);
+      if (fromRight != rightToLeft) out_ += " text-anchor=\"end\"";
       out_ += '>';
       escaped(line.text);
       out_ += "</tspan>";

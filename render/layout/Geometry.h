@@ -1,6 +1,7 @@
 // Rectangles and the mapping of a panel's data units to picture pixels.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 
 #include "scales/AxisScale.h"
@@ -43,6 +44,34 @@ struct PanelView {
 // Lines of one pixel look sharp on the pixel grid only through its middle.
 inline double crisp(double position) {
   return std::floor(position) + 0.5;
+}
+
+// Cuts the segment a-b to `box` (Liang-Barsky): false when none of it is
+// inside, else a and b moved to the ends of the part inside.
+inline bool clipSegment(const Rect& box, double& ax, double& ay, double& bx, double& by) {
+  double t0 = 0, t1 = 1;
+  const double dx = bx - ax, dy = by - ay;
+  const double p[4] = {-dx, dx, -dy, dy};
+  const double q[4] = {ax - box.x, box.right() - ax, ay - box.y, box.bottom() - ay};
+  for (int i = 0; i < 4; ++i) {
+    if (p[i] == 0) {
+      if (q[i] < 0) return false;
+      continue;
+    }
+    const double t = q[i] / p[i];
+    if (p[i] < 0) {
+      t0 = std::max(t0, t);
+    } else {
+      t1 = std::min(t1, t);
+    }
+    if (t0 > t1) return false;
+  }
+  const double x0 = ax + t0 * dx, y0 = ay + t0 * dy;
+  bx = ax + t1 * dx;
+  by = ay + t1 * dy;
+  ax = x0;
+  ay = y0;
+  return true;
 }
 
 }  // namespace chartxml::render

@@ -4,6 +4,7 @@
 // kept as the document's ids and resolved through ChartModel's look-ups.
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
@@ -60,6 +61,10 @@ struct Element {
   std::string styleCycle;                 // which cycle the style-by takes
   std::string size;                       // variable id of the size aesthetic
   std::string split;                      // variable id that splits lines and areas
+  std::string transparency;               // variable id of the transparency aesthetic
+  std::string weight;                     // variable id whose values weigh the cases
+  bool labeled = false;                   // its marks show their values (a labeling)
+  std::string labeling;                   // the labeling's variable id, if it names one
   bool hollow = false;                    // its style says "fill:transparent"
 
   const std::string* position(Role role) const;
@@ -74,6 +79,7 @@ struct Axis {
   std::optional<double> labelAngle;
   bool minorTicks = false;
   bool minorGrid = false;
+  int minorCount = 0;  // minor ticks between two major ones; 0: the scale's own choice
   bool percent = false;
 };
 
@@ -86,6 +92,7 @@ struct Dimension {
   std::string scale;          // "", "log", "power"
   double scaleParameter = 0;  // the log base or the power's exponent
   bool inverted = false;
+  bool sharedByPanels = true;  // false: each panel (column, row) gets its own scale
   std::optional<Axis> axis;
 };
 
@@ -96,6 +103,18 @@ struct Guide {
   Parameters parameters;
 };
 
+// How a frame splits into panels: a facet variable, or a combination of
+// terms. A cross makes every combination of its terms' levels, a nest only
+// the combinations that hold cases (two terms: outer and inner), a blend the
+// union of its terms' levels along one dimension.
+struct FacetTerm {
+  enum class Kind { kVariable, kCross, kNest, kBlend };
+  Kind kind = Kind::kVariable;
+  Role role = Role::kX;  // a variable's: x side by side, y stacked
+  std::string variable;
+  std::vector<FacetTerm> terms;
+};
+
 struct DataFrame {
   std::string id;
   std::string coordinates;  // "", "polar", "transpose", "rectangular" (3-D), ...
@@ -103,7 +122,9 @@ struct DataFrame {
   std::vector<Dimension> dimensions;
   std::vector<Element> elements;
   std::vector<Guide> guides;
-  // Panels: a facet variable per role (x: panels side by side, y: stacked).
+  // Panels: the cross of the coordinate facet's terms, or nothing; and every
+  // facet variable with its role, in document order.
+  std::optional<FacetTerm> facet;
   std::vector<std::pair<Role, std::string>> facets;
 
   const Dimension* dimension(Role role) const;
@@ -120,11 +141,23 @@ struct Legend {
   std::vector<LegendTarget> targets;
 };
 
+// One entry of a style cycle: what the n-th group of an element styled by
+// the cycle looks like. Each part is optional; what an entry leaves out
+// the renderer's own choice fills in.
+struct CycleStyle {
+  std::optional<std::uint32_t> color;  // 0xRRGGBB
+  std::string shape;                   // a marker's shape: "circle", "square", ...
+  std::vector<double> dash;            // a line's dashes; empty: solid or unsaid
+  std::optional<int> pattern;          // a fill's hatching (0 plain)
+};
+
 struct ChartModel {
   std::vector<std::string> sources;  // data source ids
   std::vector<Variable> variables;   // in document order
   std::vector<DataFrame> frames;     // the frames that draw data
   std::vector<Legend> legends;
+  std::map<std::string, std::vector<CycleStyle>> styleCycles;  // by the cycle's id
+  std::string weight;  // the variable whose values weigh every case, if any
   std::string title, subtitle, footnote;
   // What the document asks that the renderer does not draw, one line each,
   // each said once ("3-D coordinates of frame frame_data_1").

@@ -1,5 +1,6 @@
 #include "model/ModelBuilder.h"
 
+#include <algorithm>
 #include <charconv>
 #include <map>
 
@@ -82,6 +83,52 @@ bool readFormat(const XmlNode& node, ValueFormat& format) {
   return false;
 }
 
+std::string_view trimmed(std::string_view text) {
+  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
+  return text;
+}
+
+std::optional<std::uint32_t> colorOf(std::string_view text) {
+  text = trimmed(text);
+  if (text.size() != 7 || text.front() != '#') return std::nullopt;
+  std::uint32_t value = 0;
+  const auto [ptr, ec] = std::from_chars(text.data() + 1, text.data() + 7, value, 16);
+  if (ec != std::errc() || ptr != text.data() + 7) return std::nullopt;
+  return value;
+}
+
+CycleStyle cycleStyleOf(std::string_view value) {
+  CycleStyle style;
+  while (!value.empty()) {
+    const std::size_t end = std::min(value.find(';'), value.size());
+    const std::string_view part = value.substr(0, end);
+    value.remove_prefix(std::min(end + 1, value.size()));
+    const std::size_t colon = part.find(':');
+    if (colon == std::string_view::npos) continue;
+    const std::string_view key = trimmed(part.substr(0, colon));
+    const std::string_view text = trimmed(part.substr(colon + 1));
+    if ((key == "color" || key == "fill" || key == "stroke") && !style.color) {
+      style.color = colorOf(text);
+    } else if (key == "symbol" || key == "shape" || key == "marker") {
+      style.shape = text;
+    } else if (key == "stroke-dasharray") {
+      std::string_view rest = text;
+      while (!rest.empty()) {
+        const std::size_t cut = std::min(rest.find_first_of(", "), rest.size());
+        if (const auto length = parseNumber(rest.substr(0, cut)); length && *length >= 0) {
+          style.dash.push_back(*length);
+        }
+        rest.remove_prefix(std::min(cut + 1, rest.size()));
+      }
+    } else if (key == "fill-pattern") {
+      const int pattern = parseInt(text, -1);
+      if (pattern >= 0) style.pattern = pattern;
+    }
+  }
+  return style;
+}
+
 // A margin such as "5%" as a fraction of the range.
 std::optional<double> marginOf(std::string_view text) {
   if (text.empty() || text.back() != '%') return std::nullopt;
@@ -100,6 +147,19 @@ class Builder {
       if (const auto* value = child.find("value")) styles_[std::string(child.attr("id"))] = *value;
       readStyles(child);
     }
+  }
+
+  // A style cycle's entries in order, each read from its style's value
+  // ("color:#e69f00;symbol:square;stroke-dasharray:4 2;fill-pattern:3").
+  void readStyleCycle(const XmlNode& node) {
+    std::vector<CycleStyle> entries;
+    for (const XmlNode& cycle : node.children) {
+      if (cycle.tag != "cycle") continue;
+      for (const XmlNode& style : cycle.children) {
+        if (style.tag == "style") entries.push_back(cycleStyleOf(style.attr("value")));
+      }
+    }
+    model_.styleCycles[std::string(node.attr("id"))] = std::move(entries);
   }
 
   void readDomain(const XmlNode& node) {
@@ -121,7 +181,11 @@ class Builder {
     variable.categorical = isTrue(node.attr("categorical"));
     variable.derived = node.find("expression") != nullptr || node.find("value") != nullptr;
     variable.expression = node.attr("expression");
-    if (const XmlNode* meta = node.child("meta")) readFormat(*meta, variable.format);
+    if (const XmlNode* meta = node.child("meta")) {
+      readFormat(*meta, variable.format);
+      // The first weight variable weighs the chart's cases.
+      if (isTrue(meta->attr("weight")) && model_.weight.empty()) model_.weight = variable.id;
+    }
     readFormat(node, variable.format);
     for (const XmlNode& child : node.children) {
       if (child.tag == "relabel") {
@@ -225,13 +289,42 @@ class Builder {
   }
 
   void readFacet(DataFrame& frame, const XmlNode& node) {
+    FacetTerm top;
+    top.kind = FacetTerm::Kind::kCross;
+    readFacetTerms(frame, node, top, 0);
+    if (!top.terms.empty()) frame.facet = std::move(top);
+  }
+
+  // The terms under `node` into `into`: facet variables, crosses, nests and
+  // blends, nested as deep as the document nests them (within reason).
+  void readFacetTerms(DataFrame& frame, const XmlNode& node, FacetTerm& into, int depth) {
     for (const XmlNode& child : node.children) {
-      const auto role = roleOf(child.attr("role"));
-      if (child.tag == "facetVariable" && role && (*role == Role::kX || *role == Role::kY)) {
-        frame.facets.emplace_back(*role, std::string(child.attr("variable")));
+      FacetTerm term;
+      if (child.tag == "facetVariable") {
+        const auto role = roleOf(child.attr("role"));
+        if (!role || (*role != Role::kX && *role != Role::kY)) {
+          model_.skip("facet by " + std::string(child.attr("variable")) + " along role '" +
+                      std::string(child.attr("role")) + "' of frame " + frame.id);
+          continue;
+        }
+        term.role = *role;
+        term.variable = child.attr("variable");
+        frame.facets.emplace_back(term.role, term.variable);
+      } else if (child.tag == "cross" || child.tag == "nest" || child.tag == "blend") {
+        term.kind = child.tag == "cross"  ? FacetTerm::Kind::kCross
+                    : child.tag == "nest" ? FacetTerm::Kind::kNest
+                                          : FacetTerm::Kind::kBlend;
+        if (depth >= 16) {
+          model_.skip("facets of frame " + frame.id + " nested deeper than 16");
+          continue;
+        }
+        readFacetTerms(frame, child, term, depth + 1);
+        if (term.terms.empty()) continue;
       } else {
-        model_.skip("facet " + child.tag + " of frame " + frame.id + " (facet algebra)");
+        model_.skip("facet " + child.tag + " of frame " + frame.id);
+        continue;
       }
+      into.terms.push_back(std::move(term));
     }
   }
 
@@ -260,6 +353,7 @@ class Builder {
                   " dimension (only percentages are drawn)");
       return 0.0;
     };
+    dimension.sharedByPanels = node.attr("facetsShareScale") != "false";
     dimension.lowerMargin = margin("lowerMargin");
     dimension.upperMargin = margin("upperMargin");
     for (const XmlNode& child : node.children) {
@@ -267,10 +361,11 @@ class Builder {
         dimension.scale = child.attr("method");
         dimension.inverted = isTrue(child.attr("invert"));
         const Parameters parameters = parametersOf(child);
-        for (const char* name : {"UTF_base", "exponent"}) {
-          if (const auto* value = findParameter(parameters, name)) {
-            dimension.scaleParameter = parseNumber(*value).value_or(0);
-          }
+        // A log scale's base; a power's exponent (the base parameter every
+        // other method carries is not one).
+        const bool log = dimension.scale == "log";
+        if (const auto* value = findParameter(parameters, log ? "UTF_base" : "exponent")) {
+          dimension.scaleParameter = parseNumber(*value).value_or(0);
         }
       } else if (child.tag == "axis") {
         dimension.axis = readAxis(child);
@@ -293,6 +388,9 @@ class Builder {
       } else if (child.tag == "minorTicks") {
         axis.minorTicks = true;
         axis.minorGrid = child.child("gridLines") != nullptr;
+        if (const auto* number = child.find("number")) {
+          axis.minorCount = std::clamp(parseInt(*number, 0), 0, 99);
+        }
       } else if (child.tag == "transform") {
         axis.percent = child.attr("method") == "percent";
       }
@@ -311,6 +409,11 @@ class Builder {
       element.hollow = style->second.find("fill:transparent") != std::string::npos;
     }
     readElementChildren(element, node);
+    // Labels are drawn where their marks are; hiding those that collide
+    // takes measured text the marks do not have.
+    if (element.labeled && node.attr("showCollidingLabels") == "false") {
+      model_.skip("hiding the colliding labels of element " + element.id);
+    }
     return element;
   }
 
@@ -325,6 +428,12 @@ class Builder {
         readElementChildren(element, child);
       } else if (tag == "statistic") {
         element.statistic = Statistic{std::string(child.attr("method")), parametersOf(child)};
+        // A statistic may name the variable that weighs its cases.
+        for (const char* name : {"weight", "wgt"}) {
+          if (const auto* id = findParameter(element.statistic->parameters, name)) {
+            element.weight = *id;
+          }
+        }
       } else if (tag == "color") {
         element.color = variable;
       } else if (tag == "styleBy") {
@@ -335,6 +444,13 @@ class Builder {
         element.size = variable;
       } else if (tag == "split") {
         element.split = variable;
+      } else if (tag == "transparency") {
+        element.transparency = variable;
+      } else if (tag == "weight") {
+        element.weight = variable;
+      } else if (tag == "labeling") {
+        element.labeled = true;
+        element.labeling = variable;
       } else if (tag == "label" || tag == "facetStyle") {
         // An element's name as a label, and styles of some of its panels
         // (the matrix's diagonal): drawn by the panels themselves.
@@ -361,6 +477,7 @@ std::optional<ChartModel> buildModel(const XmlNode& document, std::string& error
   // Styles and domains first: frames refer to them wherever they stand.
   for (const XmlNode& child : document.children) {
     if (child.tag == "style") builder.readStyles(child);
+    if (child.tag == "styleCycle") builder.readStyleCycle(child);
     if (child.tag == "domain") builder.readDomain(child);
   }
   for (const XmlNode& child : document.children) {

@@ -18,6 +18,22 @@ void AxisScale::train(double value) {
   hi_ = std::max(hi_, value);
 }
 
+namespace {
+
+// A power scale's position of `value`: sign(v)·|v|^p, so negative values
+// mirror positive ones.
+double powered(double value, double exponent) {
+  return std::copysign(std::pow(std::fabs(value), exponent), value);
+}
+
+}  // namespace
+
+void AxisScale::usePower(double exponent) {
+  kind_ = Kind::kPower;
+  // Past these the powered range leaves double's range for ordinary data.
+  exponent_ = std::isfinite(exponent) && exponent > 0 ? std::clamp(exponent, 0.01, 100.0) : 1;
+}
+
 void AxisScale::useCategories(const Categories& categories) {
   kind_ = Kind::kBand;
   categories_ = &categories;
@@ -56,6 +72,19 @@ void AxisScale::finish(const Dimension* dimension) {
     hi_ = std::pow(10.0, b);
     return;
   }
+  if (kind_ == Kind::kPower && lo_ < hi_ && dimension != nullptr) {
+    // Margins are shares of the drawn length, so they widen the powered range.
+    const double a = powered(lo_, exponent_), b = powered(hi_, exponent_);
+    const double span = b - a;
+    const auto anchored = [&](double edge) {
+      return std::find(anchors_.begin(), anchors_.end(), edge) != anchors_.end();
+    };
+    const double below = anchored(lo_) ? a : a - span * dimension->lowerMargin;
+    const double above = anchored(hi_) ? b : b + span * dimension->upperMargin;
+    lo_ = powered(below, 1 / exponent_);
+    hi_ = powered(above, 1 / exponent_);
+    return;
+  }
   if (lo_ == hi_) {
     const double pad = lo_ == 0 ? 1 : std::fabs(lo_) * 0.1;
     lo_ -= pad;
@@ -80,7 +109,70 @@ double AxisScale::fraction(double value) const {
     const double a = std::log10(lo_);
     return (std::log10(value) - a) / (std::log10(hi_) - a);
   }
+  if (kind_ == Kind::kPower) {
+    const double a = powered(lo_, exponent_);
+    return (powered(value, exponent_) - a) / (powered(hi_, exponent_) - a);
+  }
   return (value - lo_) / (hi_ - lo_);
+}
+
+double AxisScale::valueAt(double share) const {
+  if (kind_ == Kind::kLog) {
+    const double a = std::log10(lo_);
+    return std::pow(10.0, a + share * (std::log10(hi_) - a));
+  }
+  if (kind_ == Kind::kPower) {
+    const double a = powered(lo_, exponent_);
+    return powered(a + share * (powered(hi_, exponent_) - a), 1 / exponent_);
+  }
+  return lo_ + share * (hi_ - lo_);
+}
+
+std::vector<double> AxisScale::minorTicks(const std::vector<double>& major, int count) const {
+  std::vector<double> out;
+  if (kind_ == Kind::kBand || major.size() < 2 || !(lo_ < hi_)) return out;
+  const auto inside = [&](double value) {
+    const double f = fraction(value);
+    return f > -1e-9 && f < 1 + 1e-9;
+  };
+  if (kind_ == Kind::kLog) {
+    // 1..9 × 10^k wherever no major tick stands.
+    const auto isMajor = [&](double value) {
+      return std::any_of(major.begin(), major.end(),
+                         [&](double m) { return std::fabs(m - value) <= 1e-9 * value; });
+    };
+    const int first = static_cast<int>(std::floor(std::log10(lo_)));
+    const int last = static_cast<int>(std::ceil(std::log10(hi_)));
+    for (int power = first; power <= last && out.size() < 2000; ++power) {
+      for (int digit = 1; digit <= 9; ++digit) {
+        const double value = digit * std::pow(10.0, power);
+        if (inside(value) && !isMajor(value)) out.push_back(value);
+      }
+    }
+    return out;
+  }
+  const double step = major[1] - major[0];
+  if (!(step > 0)) return out;
+  // Uneven majors (months of dates, a log scale's 1-2-5) have no even minors.
+  for (std::size_t i = 2; i < major.size(); ++i) {
+    if (std::fabs(major[i] - major[i - 1] - step) > step * 1e-6) return out;
+  }
+  if (count <= 0) {
+    // Halves of a 2 × 10^k step read best; fifths of the others.
+    const double mantissa = step / std::pow(10.0, std::floor(std::log10(step)));
+    count = std::fabs(mantissa - 2) < 1e-6 ? 3 : 4;
+  }
+  const double minor = step / (count + 1);
+  // From one step before the first major to one after the last.
+  const double start = major.front() - step;
+  const std::size_t intervals = major.size() + 1;
+  for (std::size_t i = 0; i < intervals && out.size() < 2000; ++i) {
+    for (int k = 1; k <= count; ++k) {
+      const double value = start + static_cast<double>(i) * step + k * minor;
+      if (inside(value)) out.push_back(value);
+    }
+  }
+  return out;
 }
 
 AxisScale::TickSet AxisScale::candidate(int target, const ValueFormat& format) const {
@@ -103,6 +195,7 @@ AxisScale::TickSet AxisScale::candidate(int target, const ValueFormat& format) c
     for (const double value : set.values) set.labels.push_back(formatValue(value, format));
     return set;
   }
+  // A power scale's ticks are nice in data units; where they lie follows the power.
   Ticks ticks = kind_ == Kind::kLog ? logTicks(lo_, hi_, target) : niceTicks(lo_, hi_, target);
   if (whole_ && ticks.step < 1) {
     std::erase_if(ticks.values, [](double value) { return value != std::floor(value); });

@@ -28,6 +28,7 @@ void addColours(LegendBlock& block, const Layer& layer);
 void addGradient(LegendBlock& block, const Layer& layer);
 void addStyles(LegendBlock& block, const Layer& layer);
 void addSizes(LegendBlock& block, const Layer& layer);
+void addTransparency(LegendBlock& block, const Layer& layer);
 
 void addTarget(LegendBlock& block, ChartModel& model, const LegendTarget& target,
                const std::vector<Layer>& layers) {
@@ -44,7 +45,9 @@ void addTarget(LegendBlock& block, ChartModel& model, const LegendTarget& target
   }
   const Element& element = *layer->element;
   const bool byStyle = target.aesthetic == element.styleById || target.aesthetic == "styleBy";
-  if (target.aesthetic == "color" && layer->shades != nullptr) {
+  if (target.aesthetic == "transparency" && layer->transparency != nullptr) {
+    addTransparency(block, *layer);
+  } else if (target.aesthetic == "color" && layer->shades != nullptr) {
     addGradient(block, *layer);
   } else if (target.aesthetic == "size" && layer->sizes != nullptr) {
     addSizes(block, *layer);
@@ -58,9 +61,16 @@ void addTarget(LegendBlock& block, ChartModel& model, const LegendTarget& target
 }
 
 KeyKind keyOf(const Layer& layer) {
-  return layer.kind == LayerKind::kPoints  ? KeyKind::kPoint
-         : layer.kind == LayerKind::kLines ? KeyKind::kLine
-                                           : KeyKind::kBlock;
+  switch (layer.kind) {
+    case LayerKind::kPoints:
+      return KeyKind::kPoint;
+    case LayerKind::kLines:
+    case LayerKind::kErrorBars:
+    case LayerKind::kContours:
+      return KeyKind::kLine;
+    default:
+      return KeyKind::kBlock;
+  }
 }
 
 void addColours(LegendBlock& block, const Layer& layer) {
@@ -68,7 +78,7 @@ void addColours(LegendBlock& block, const Layer& layer) {
   const std::size_t n = layer.groups->categories.size();
   for (std::size_t i = 0; i < n; ++i) {
     block.entries.push_back(legendEntry(layer.groups->categories.labels[i], groupColor(layer, i),
-                                        keyOf(layer), categoryShape(i, n)));
+                                        keyOf(layer), groupShape(layer, i)));
   }
 }
 
@@ -79,9 +89,10 @@ void addStyles(LegendBlock& block, const Layer& layer) {
   const KeyKind key = keyOf(layer);
   const Color grey = key == KeyKind::kBlock ? Color{190, 190, 190, 255} : kMutedTextColor;
   for (std::size_t i = 0; i < layer.styles->categories.size(); ++i) {
-    LegendEntry entry = legendEntry(layer.styles->categories.labels[i], grey, key, styleShape(i));
-    if (key == KeyKind::kLine) entry.dash = styleDash(i);
-    if (key == KeyKind::kBlock) entry.hatch = i;
+    LegendEntry entry =
+        legendEntry(layer.styles->categories.labels[i], grey, key, styleShape(layer, i));
+    if (key == KeyKind::kLine) entry.dash = styleDash(layer, i);
+    if (key == KeyKind::kBlock) entry.hatch = styleHatch(layer, i);
     block.entries.push_back(std::move(entry));
   }
 }
@@ -108,13 +119,39 @@ void addGradient(LegendBlock& block, const Layer& layer) {
 // A few nice values across the size variable's range, each with its marker.
 void addSizes(LegendBlock& block, const Layer& layer) {
   const Variable& variable = *layer.sizes->variable;
-  if (block.title.empty()) block.title = variable.title();
+  if (block.title.empty()) block.title = layer.sizesCount ? "Count" : variable.title();
+  const ValueFormat format = layer.sizesCount ? ValueFormat{} : variable.format;
   const Ticks ticks = niceTicks(layer.sizeLo, layer.sizeHi, 4);
   for (const double value : ticks.values) {
-    LegendEntry entry = legendEntry(formatValue(value, variable.format, ticks.fractionDigits),
+    LegendEntry entry = legendEntry(formatValue(value, format, ticks.fractionDigits),
                                     kMutedTextColor, KeyKind::kPoint);
     entry.size = markerSize(layer, value);
     block.entries.push_back(std::move(entry));
+  }
+}
+
+// Transparency: each category's opacity (the first opaque), or a few nice
+// values across the variable's range, on a grey marker.
+void addTransparency(LegendBlock& block, const Layer& layer) {
+  const BoundColumn& column = *layer.transparency;
+  if (block.title.empty()) block.title = column.variable->title();
+  const auto entry = [&](std::string label, double alpha) {
+    Color grey = kMutedTextColor;
+    grey.a = alphaOfStep(alphaStep(alpha));
+    block.entries.push_back(legendEntry(std::move(label), grey, KeyKind::kPoint));
+  };
+  if (column.categorical) {
+    const std::size_t n = column.categories.size();
+    for (std::size_t i = 0; i < n; ++i) {
+      entry(column.categories.labels[i], categoryOpacity(i, n));
+    }
+    return;
+  }
+  const double lo = layer.transparencyLo, hi = layer.transparencyHi;
+  const Ticks ticks = niceTicks(lo, hi, 4);
+  for (const double value : ticks.values) {
+    entry(formatValue(value, column.variable->format, ticks.fractionDigits),
+          valueOpacity(value, lo, hi));
   }
 }
 

@@ -1,21 +1,17 @@
 #include "scene/Marks.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <iterator>
 #include <map>
 #include <numbers>
+#include <optional>
 
 #include "scales/Palette.h"
-#include "stats/Formula.h"
+#include "scene/Guides.h"
 
 namespace chartxml::render {
 namespace {
-
-// Function lines: at least this many points, at most this many.
-constexpr int kMinCurvePoints = 50;
-constexpr int kMaxCurvePoints = 2000;
 
 Color withAlpha(Color color, std::uint8_t alpha) {
   color.a = alpha;
@@ -26,19 +22,23 @@ std::size_t groupCount(const Layer& layer) {
   return layer.groups ? std::max<std::size_t>(1, layer.groups->categories.size()) : 1;
 }
 
-std::optional<double> parseValue(const std::string& text) {
-  double value = 0;
-  const auto [ptr, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (ec != std::errc() || ptr != text.data() + text.size()) return std::nullopt;
-  return value;
-}
-
 // The gradient step of a colour value.
 std::size_t shadeIndex(const Layer& layer, double value) {
   const double span = layer.shadeHi - layer.shadeLo;
   const double share = span > 0 ? (value - layer.shadeLo) / span : 0.5;
   return static_cast<std::size_t>(
       std::lround(std::clamp(share, 0.0, 1.0) * static_cast<double>(kGradientSteps - 1)));
+}
+
+// A marker shape by the word a style cycle names it with.
+std::optional<MarkerShape> shapeNamed(const std::string& word) {
+  if (word == "circle" || word == "dot") return MarkerShape::kCircle;
+  if (word == "square") return MarkerShape::kSquare;
+  if (word == "triangle") return MarkerShape::kTriangle;
+  if (word == "diamond") return MarkerShape::kDiamond;
+  if (word == "cross" || word == "x") return MarkerShape::kCross;
+  if (word == "plus") return MarkerShape::kPlus;
+  return std::nullopt;
 }
 
 // Sizes snap to quarter pixels, so that sized markers share few batches.
@@ -52,12 +52,23 @@ void drawPoints(Scene& scene, const Layer& layer, const PanelView& view, const P
   // colour groups past the distinct colours; sizes come from the size aesthetic.
   std::vector<PointBatch> batches;
   std::map<std::pair<MarkerShape, double>, std::size_t> batchOf;
+  // The batch of the point before: most points share it, and a scatter of
+  // millions should not ask the map for each.
+  std::pair<MarkerShape, double> lastKey{};
+  std::size_t current = 0;
   for (std::size_t i = 0; i < layer.px.size(); ++i) {
     const std::size_t group = layer.pointGroup[i];
     const MarkerShape shape =
-        layer.styles ? styleShape(layer.pointStyle[i]) : categoryShape(group, groups);
+        layer.styles ? styleShape(layer, layer.pointStyle[i]) : groupShape(layer, group);
     const double size = layer.sizes ? sizeStep(markerSize(layer, layer.pointSize[i])) : look.size;
-    const auto [at, added] = batchOf.try_emplace({shape, size}, batches.size());
+    const std::pair<MarkerShape, double> key{shape, size};
+    const bool same = i > 0 && key == lastKey;
+    const auto [at, added] =
+        same ? std::pair{batchOf.end(), false} : batchOf.try_emplace(key, batches.size());
+    if (!same) {
+      lastKey = key;
+      current = at->second;
+    }
     if (added) {
       PointBatch batch;
       batch.shape = shape;
@@ -69,50 +80,40 @@ void drawPoints(Scene& scene, const Layer& layer, const PanelView& view, const P
             layer.shades
                 ? gradientColor(static_cast<double>(g) / static_cast<double>(kGradientSteps - 1))
                 : groupColor(layer, g);
-        batch.palette.push_back(layer.element->hollow ? Color{color.r, color.g, color.b, 40}
-                                : layer.sizes         ? withAlpha(color, 190)
-                                                      : withAlpha(color, look.alpha));
+        const Color drawn = layer.element->hollow ? Color{color.r, color.g, color.b, 40}
+                            : layer.sizes         ? withAlpha(color, 190)
+                                                  : withAlpha(color, look.alpha);
+        if (layer.transparency == nullptr) {
+          batch.palette.push_back(drawn);
+          continue;
+        }
+        // Each colour in every step of opacity: colour g, step k at g * steps + k.
+        for (std::size_t k = 0; k < kAlphaSteps; ++k) {
+          batch.palette.push_back(withAlpha(
+              drawn, static_cast<std::uint8_t>(std::lround(drawn.a * alphaOfStep(k) / 255.0))));
+        }
       }
       if (look.outlined || layer.sizes) batch.outline = {Color{255, 255, 255, 255}, 0.6, {}, false};
+      if (layer.sizes == nullptr && layer.styles == nullptr) {
+        // One size and, mostly, one shape: room for every point.
+        batch.x.reserve(layer.px.size());
+        batch.y.reserve(layer.px.size());
+        batch.colorIndex.reserve(layer.px.size());
+      }
       batches.push_back(std::move(batch));
     }
-    PointBatch& batch = batches[at->second];
+    PointBatch& batch = batches[current];
     batch.x.push_back(static_cast<float>(view.px(layer.px[i], layer.py[i])));
     batch.y.push_back(static_cast<float>(view.py(layer.px[i], layer.py[i])));
-    batch.colorIndex.push_back(
-        static_cast<std::uint16_t>(layer.shades ? shadeIndex(layer, layer.pointShade[i]) : group));
+    std::size_t colour = layer.shades ? shadeIndex(layer, layer.pointShade[i]) : group;
+    if (layer.transparency != nullptr)
+      colour = colour * kAlphaSteps + alphaStep(layer.pointAlpha[i]);
+    batch.colorIndex.push_back(static_cast<std::uint16_t>(colour));
   }
   // Big markers first, so that small ones stay visible on top of them.
   std::stable_sort(batches.begin(), batches.end(),
                    [](const PointBatch& a, const PointBatch& b) { return a.size > b.size; });
   for (PointBatch& batch : batches) scene.items.emplace_back(std::move(batch));
-}
-
-// Clips the segment a-b to `box` (Liang-Barsky); false when nothing is left.
-bool clipSegment(const Rect& box, double& ax, double& ay, double& bx, double& by) {
-  double t0 = 0, t1 = 1;
-  const double dx = bx - ax, dy = by - ay;
-  const double p[4] = {-dx, dx, -dy, dy};
-  const double q[4] = {ax - box.x, box.right() - ax, ay - box.y, box.bottom() - ay};
-  for (int i = 0; i < 4; ++i) {
-    if (p[i] == 0) {
-      if (q[i] < 0) return false;
-      continue;
-    }
-    const double t = q[i] / p[i];
-    if (p[i] < 0) {
-      t0 = std::max(t0, t);
-    } else {
-      t1 = std::min(t1, t);
-    }
-    if (t0 > t1) return false;
-  }
-  const double x0 = ax + t0 * dx, y0 = ay + t0 * dy;
-  bx = ax + t1 * dx;
-  by = ay + t1 * dy;
-  ax = x0;
-  ay = y0;
-  return true;
 }
 
 // A line through a series' points; NaN values leave a gap. Segments are cut
@@ -121,33 +122,20 @@ bool clipSegment(const Rect& box, double& ax, double& ay, double& bx, double& by
 Path seriesPath(const Series& series, const std::vector<double>& ys, const PanelView& view) {
   const Rect& area = view.area;
   const Rect box{area.x - area.width, area.y - area.height, area.width * 3, area.height * 3};
-  Path path;
-  bool havePrevious = false, open = false;
-  double lastX = 0, lastY = 0;
+  std::vector<std::pair<double, double>> points;
+  points.reserve(series.x.size());
   for (std::size_t i = 0; i < series.x.size(); ++i) {
     const double x = series.x[i], y = ys[i];
-    const double px = std::isfinite(x) && std::isfinite(y) ? view.px(x, y) : NAN;
-    const double py = std::isfinite(px) ? view.py(x, y) : NAN;
-    if (!std::isfinite(px) || !std::isfinite(py)) {
-      havePrevious = open = false;
-      continue;
-    }
-    if (havePrevious) {
-      double ax = lastX, ay = lastY, bx = px, by = py;
-      if (clipSegment(box, ax, ay, bx, by)) {
-        if (!open || ax != lastX || ay != lastY) path.moveTo(ax, ay);
-        path.lineTo(bx, by);
-        // The path goes on from here only if the segment was not cut short.
-        open = bx == px && by == py;
-      } else {
-        open = false;
+    if (std::isfinite(x) && std::isfinite(y)) {
+      const double px = view.px(x, y), py = view.py(x, y);
+      if (std::isfinite(px) && std::isfinite(py)) {
+        points.emplace_back(px, py);
+        continue;
       }
     }
-    lastX = px;
-    lastY = py;
-    havePrevious = true;
+    points.emplace_back(NAN, NAN);
   }
-  return path;
+  return clippedPolyline(points, box);
 }
 
 void drawLines(Scene& scene, const Layer& layer, const PanelView& view) {
@@ -155,7 +143,7 @@ void drawLines(Scene& scene, const Layer& layer, const PanelView& view) {
     ShapeItem line;
     line.path = seriesPath(series, series.y, view);
     line.stroke = {groupColor(layer, series.group), 2,
-                   layer.styles ? styleDash(series.style) : std::vector<double>{}, true};
+                   layer.styles ? styleDash(layer, series.style) : std::vector<double>{}, true};
     line.role = "mark line";
     if (!line.path.empty()) scene.items.emplace_back(std::move(line));
   }
@@ -194,7 +182,7 @@ void drawAreas(Scene& scene, const Layer& layer, const PanelView& view) {
     if (area.path.empty()) continue;
     const Path region = area.path;
     scene.items.emplace_back(std::move(area));
-    if (layer.styles) addHatch(scene, region, view.area, series.style);
+    if (layer.styles) addHatch(scene, region, view.area, styleHatch(layer, series.style));
     ShapeItem edge;
     edge.path = seriesPath(series, series.y, view);
     edge.stroke = {groupColor(layer, series.group), 1.5, {}, true};
@@ -221,12 +209,245 @@ void drawBars(Scene& scene, const Layer& layer, const PanelView& view) {
     if (layer.styles) {
       addHatch(scene, region,
                {std::min(xa, xb), std::min(ya, yb), std::fabs(xb - xa), std::fabs(yb - ya)},
-               bar.style);
+               styleHatch(layer, bar.style));
     }
   }
 }
 
+// A rectangle between two data corners, whatever the projection.
+Path dataRectangle(const PanelView& view, double x0, double y0, double x1, double y1) {
+  const double xa = view.px(x0, y0), ya = view.py(x0, y0);
+  const double xb = view.px(x1, y1), yb = view.py(x1, y1);
+  Path path;
+  path.rectangle(std::min(xa, xb), std::min(ya, yb), std::fabs(xb - xa), std::fabs(yb - ya));
+  return path;
+}
+
+// A segment between two data points.
+void dataSegment(Path& path, const PanelView& view, double x0, double y0, double x1, double y1) {
+  path.moveTo(view.px(x0, y0), view.py(x0, y0));
+  path.lineTo(view.px(x1, y1), view.py(x1, y1));
+}
+
+constexpr Color kInk{51, 51, 51, 255};  // the outlines of boxes and bars of error
+
+// Box plots: the box between the hinges in the group's colour, a dark line
+// at the median, whiskers with caps, outliers as open circles and extremes
+// as crosses.
+void drawBoxes(Scene& scene, const Layer& layer, const PanelView& view) {
+  PointBatch outliers, extremes;
+  outliers.shape = MarkerShape::kCircle;
+  outliers.palette = {Color{255, 255, 255, 0}};
+  outliers.outline = {kInk, 1.2, {}, false};
+  outliers.role = "mark outlier";
+  extremes.shape = MarkerShape::kCross;
+  extremes.palette = {kInk};
+  extremes.role = "mark extreme";
+  outliers.size = extremes.size = 7;
+  for (const Box& box : layer.boxes) {
+    const BoxStats& s = box.stats;
+    const double centre = (box.x0 + box.x1) / 2, cap = (box.x1 - box.x0) / 4;
+    ShapeItem whiskers;
+    dataSegment(whiskers.path, view, centre, s.upperHinge, centre, s.highWhisker);
+    dataSegment(whiskers.path, view, centre - cap, s.highWhisker, centre + cap, s.highWhisker);
+    dataSegment(whiskers.path, view, centre, s.lowerHinge, centre, s.lowWhisker);
+    dataSegment(whiskers.path, view, centre - cap, s.lowWhisker, centre + cap, s.lowWhisker);
+    whiskers.stroke = {kInk, 1.2, {}, false};
+    whiskers.role = "mark whisker";
+    scene.items.emplace_back(std::move(whiskers));
+    ShapeItem body;
+    body.path = dataRectangle(view, box.x0, s.lowerHinge, box.x1, s.upperHinge);
+    body.filled = true;
+    body.fill = withAlpha(groupColor(layer, box.group), 200);
+    body.stroke = {kInk, 1.2, {}, false};
+    body.role = "mark box";
+    const Path region = body.path;
+    scene.items.emplace_back(std::move(body));
+    if (layer.styles) {
+      const double xa = view.px(box.x0, s.lowerHinge), ya = view.py(box.x0, s.lowerHinge);
+      const double xb = view.px(box.x1, s.upperHinge), yb = view.py(box.x1, s.upperHinge);
+      addHatch(scene, region,
+               {std::min(xa, xb), std::min(ya, yb), std::fabs(xb - xa), std::fabs(yb - ya)},
+               styleHatch(layer, box.style));
+    }
+    ShapeItem median;
+    dataSegment(median.path, view, box.x0, s.median, box.x1, s.median);
+    median.stroke = {kInk, 2.5, {}, false};
+    median.role = "mark box-median";
+    scene.items.emplace_back(std::move(median));
+    for (const auto& [values, batch] :
+         {std::pair{&s.outliers, &outliers}, std::pair{&s.extremes, &extremes}}) {
+      for (const double v : *values) {
+        batch->x.push_back(static_cast<float>(view.px(centre, v)));
+        batch->y.push_back(static_cast<float>(view.py(centre, v)));
+      }
+    }
+  }
+  if (!outliers.x.empty()) scene.items.emplace_back(std::move(outliers));
+  if (!extremes.x.empty()) {
+    extremes.outline = {kInk, 1.4, {}, false};
+    scene.items.emplace_back(std::move(extremes));
+  }
+}
+
+// Error bars: a line from low to high with caps, and a dot at the mean.
+void drawErrorBars(Scene& scene, const Layer& layer, const PanelView& view) {
+  PointBatch means;
+  means.shape = MarkerShape::kCircle;
+  means.size = 7;
+  means.role = "mark error-mean";
+  for (std::size_t g = 0; g < std::max<std::size_t>(1, groupCount(layer)); ++g) {
+    means.palette.push_back(groupColor(layer, g));
+  }
+  constexpr double kCapPixels = 6;  // half a cap on a number axis
+  for (const ErrorBar& bar : layer.errorBars) {
+    const double centre = (bar.x0 + bar.x1) / 2;
+    ShapeItem item;
+    dataSegment(item.path, view, centre, bar.low, centre, bar.high);
+    for (const double end : {bar.low, bar.high}) {
+      if (bar.x1 > bar.x0) {
+        dataSegment(item.path, view, bar.x0, end, bar.x1, end);
+      } else {
+        const double px = view.px(centre, end), py = view.py(centre, end);
+        const double dx = view.transposed ? 0 : kCapPixels, dy = view.transposed ? kCapPixels : 0;
+        item.path.moveTo(px - dx, py - dy);
+        item.path.lineTo(px + dx, py + dy);
+      }
+    }
+    item.stroke = {layer.groups ? groupColor(layer, bar.group) : kInk, 1.5,
+                   layer.styles ? styleDash(layer, bar.style) : std::vector<double>{}, false};
+    item.role = "mark error-bar";
+    scene.items.emplace_back(std::move(item));
+    means.x.push_back(static_cast<float>(view.px(centre, bar.centre)));
+    means.y.push_back(static_cast<float>(view.py(centre, bar.centre)));
+    means.colorIndex.push_back(bar.group);
+  }
+  if (!means.x.empty()) scene.items.emplace_back(std::move(means));
+}
+
+// A heat map's cells: the gradient's colour of their value, or their group's.
+void drawTiles(Scene& scene, const Layer& layer, const PanelView& view) {
+  for (const Tile& tile : layer.tiles) {
+    ShapeItem cell;
+    cell.path = dataRectangle(view, tile.x0, tile.y0, tile.x1, tile.y1);
+    cell.filled = true;
+    cell.fill = std::isnan(tile.value) ? groupColor(layer, tile.group) : gradientColor(tile.value);
+    // A thin seam parts cells large enough to show it; small ones would
+    // turn white under their seams.
+    const double w = std::fabs(view.px(tile.x1, tile.y1) - view.px(tile.x0, tile.y0));
+    const double h = std::fabs(view.py(tile.x1, tile.y1) - view.py(tile.x0, tile.y0));
+    if (std::min(w, h) >= 8) cell.stroke = {Color{255, 255, 255, 255}, 0.5, {}, false};
+    cell.role = "mark tile";
+    scene.items.emplace_back(std::move(cell));
+  }
+}
+
+// Contour lines, each level in the gradient's colour of its value.
+void drawContours(Scene& scene, const Layer& layer, const PanelView& view) {
+  const double span = layer.tileHi - layer.tileLo;
+  for (const ContourLine& line : layer.contours) {
+    ShapeItem item;
+    for (std::size_t i = 0; i + 3 < line.segments.size(); i += 4) {
+      dataSegment(item.path, view, line.segments[i], line.segments[i + 1], line.segments[i + 2],
+                  line.segments[i + 3]);
+    }
+    item.stroke = {
+        gradientColor(span > 0 ? (line.level - layer.tileLo) / span : 0.5), 1.6, {}, true};
+    item.role = "mark contour";
+    scene.items.emplace_back(std::move(item));
+  }
+}
+
+constexpr Font kMarkLabelFont{10, false};
+
+// Labels at their marks: above points, lines and bars (beside them when the
+// frame is transposed), in the middle of boxes and cells.
+void drawLabels(Scene& scene, const Layer& layer, const PanelView& view) {
+  const bool centred = layer.kind == LayerKind::kTiles || layer.kind == LayerKind::kBoxes;
+  // Cells label in white where their colour is dark.
+  const bool onTiles = layer.kind == LayerKind::kTiles && layer.labels.size() == layer.tiles.size();
+  for (std::size_t i = 0; i < layer.labels.size(); ++i) {
+    const MarkLabel& label = layer.labels[i];
+    TextItem item;
+    item.text = label.text;
+    item.font = kMarkLabelFont;
+    item.color = kTextColor;
+    if (onTiles) {
+      const Tile& tile = layer.tiles[i];
+      const Color fill =
+          std::isnan(tile.value) ? groupColor(layer, tile.group) : gradientColor(tile.value);
+      if (0.299 * fill.r + 0.587 * fill.g + 0.114 * fill.b < 128) item.color = {255, 255, 255, 255};
+    }
+    item.x = view.px(label.x, label.y);
+    item.y = view.py(label.x, label.y);
+    if (centred) {
+      item.hAlign = item.vAlign = 0.5;
+    } else if (layer.kind == LayerKind::kErrorBars) {
+      // Beside the mean, clear of the bar.
+      if (view.transposed) {
+        item.y -= 6;
+        item.hAlign = 0.5;
+        item.vAlign = 1;
+      } else {
+        item.x += 6;
+        item.vAlign = 0.5;
+      }
+    } else if (view.transposed) {
+      item.x += 4;
+      item.vAlign = 0.5;
+    } else {
+      item.y -= layer.kind == LayerKind::kPoints ? 5 : 3;
+      item.hAlign = 0.5;
+      item.vAlign = 1;
+    }
+    item.role = "mark-label";
+    scene.items.emplace_back(std::move(item));
+  }
+}
+
 }  // namespace
+
+MarkerShape styleShape(const Layer& layer, std::size_t style) {
+  if (layer.styleCycle != nullptr && !layer.styleCycle->empty()) {
+    const CycleStyle& entry = (*layer.styleCycle)[style % layer.styleCycle->size()];
+    if (const auto shape = shapeNamed(entry.shape)) return *shape;
+  }
+  return styleShape(style);
+}
+
+std::vector<double> styleDash(const Layer& layer, std::size_t style) {
+  if (layer.styleCycle != nullptr && !layer.styleCycle->empty()) {
+    const CycleStyle& entry = (*layer.styleCycle)[style % layer.styleCycle->size()];
+    if (!entry.dash.empty()) return entry.dash;
+  }
+  return styleDash(style);
+}
+
+std::size_t styleHatch(const Layer& layer, std::size_t style) {
+  if (layer.styleCycle != nullptr && !layer.styleCycle->empty()) {
+    const CycleStyle& entry = (*layer.styleCycle)[style % layer.styleCycle->size()];
+    if (entry.pattern) return static_cast<std::size_t>(*entry.pattern);
+  }
+  return style;
+}
+
+MarkerShape groupShape(const Layer& layer, std::size_t group) {
+  if (layer.groupCycle != nullptr && !layer.groupCycle->empty()) {
+    const CycleStyle& entry = (*layer.groupCycle)[group % layer.groupCycle->size()];
+    if (const auto shape = shapeNamed(entry.shape)) return *shape;
+  }
+  return categoryShape(group, groupCount(layer));
+}
+
+std::size_t alphaStep(double alpha) {
+  return static_cast<std::size_t>(
+      std::lround(std::clamp(alpha, 0.0, 1.0) * static_cast<double>(kAlphaSteps - 1)));
+}
+
+std::uint8_t alphaOfStep(std::size_t step) {
+  return static_cast<std::uint8_t>(
+      std::lround(255.0 * static_cast<double>(step) / static_cast<double>(kAlphaSteps - 1)));
+}
 
 MarkerShape styleShape(std::size_t style) {
   static constexpr MarkerShape kShapes[] = {MarkerShape::kCircle,  MarkerShape::kTriangle,
@@ -303,6 +524,14 @@ double markerSize(const Layer& layer, double value) {
 }
 
 Color groupColor(const Layer& layer, std::size_t group) {
+  if (layer.groupCycle != nullptr && !layer.groupCycle->empty()) {
+    const CycleStyle& entry = (*layer.groupCycle)[group % layer.groupCycle->size()];
+    if (entry.color) {
+      return Color{static_cast<std::uint8_t>(*entry.color >> 16),
+                   static_cast<std::uint8_t>(*entry.color >> 8),
+                   static_cast<std::uint8_t>(*entry.color), 255};
+    }
+  }
   return layer.groups ? categoryColor(group) : kSingleColor;
 }
 
@@ -329,7 +558,20 @@ void drawLayer(Scene& scene, const Layer& layer, const PanelView& view, const Po
       break;
     case LayerKind::kSlices:
       break;
+    case LayerKind::kBoxes:
+      drawBoxes(scene, layer, view);
+      break;
+    case LayerKind::kErrorBars:
+      drawErrorBars(scene, layer, view);
+      break;
+    case LayerKind::kTiles:
+      drawTiles(scene, layer, view);
+      break;
+    case LayerKind::kContours:
+      drawContours(scene, layer, view);
+      break;
   }
+  if (layer.kind != LayerKind::kSlices) drawLabels(scene, layer, view);
 }
 
 void drawSlices(Scene& scene, const Layer& layer, const Rect& area) {
@@ -356,72 +598,23 @@ void drawSlices(Scene& scene, const Layer& layer, const Rect& area) {
     const Path region = slice.path;
     scene.items.emplace_back(std::move(slice));
     if (layer.styles) {
-      addHatch(scene, region, {cx - radius, cy - radius, 2 * radius, 2 * radius}, cell % styles);
+      addHatch(scene, region, {cx - radius, cy - radius, 2 * radius, 2 * radius},
+               styleHatch(layer, cell % styles));
+    }
+    // A slice's label (its value) two thirds of the way out, mid-slice.
+    for (const MarkLabel& label : layer.labels) {
+      if (static_cast<std::size_t>(label.x) != cell) continue;
+      TextItem item;
+      item.text = label.text;
+      item.font = kMarkLabelFont;
+      item.color = kTextColor;
+      item.x = cx + radius * 0.65 * std::cos(angle + sweep / 2);
+      item.y = cy + radius * 0.65 * std::sin(angle + sweep / 2);
+      item.hAlign = item.vAlign = 0.5;
+      item.role = "mark-label";
+      scene.items.emplace_back(std::move(item));
     }
     angle += sweep;
-  }
-}
-
-void drawGuides(Scene& scene, const DataFrame& frame, const PanelView& view, ChartModel& model) {
-  const Rect& area = view.area;
-  for (const Guide& guide : frame.guides) {
-    if (guide.type == "line") {
-      for (const auto& [name, text] : guide.parameters) {
-        const auto value = parseValue(text);
-        const bool alongX = name == "x";
-        if (!value || (!alongX && name != "y")) {
-          model.skip("parameter '" + name + "' of reference line " + guide.id);
-          continue;
-        }
-        ShapeItem line;
-        // A reference at x is a vertical line (horizontal when transposed).
-        const bool vertical = alongX != view.transposed;
-        const AxisScale& scale = alongX ? *view.x : *view.y;
-        if (vertical) {
-          const double px = crisp(view.across(scale, *value));
-          line.path.moveTo(px, area.y);
-          line.path.lineTo(px, area.bottom());
-        } else {
-          const double py = crisp(view.up(scale, *value));
-          line.path.moveTo(area.x, py);
-          line.path.lineTo(area.right(), py);
-        }
-        line.stroke = {kGuideColor, 1.25, {6, 4}, false};
-        line.role = "guide reference-line";
-        scene.items.emplace_back(std::move(line));
-      }
-    } else if (guide.type == "function") {
-      const std::string* text = findParameter(guide.parameters, "y");
-      std::string problem;
-      const auto formula = text ? Formula::parse(*text, problem) : std::nullopt;
-      if (!formula) {
-        model.skip("function line " + guide.id + (problem.empty() ? "" : ": " + problem));
-        continue;
-      }
-      if (view.x->kind() == AxisScale::Kind::kBand) {
-        model.skip("function line " + guide.id + " over a categorical x");
-        continue;
-      }
-      int points = 1000;
-      if (const std::string* count = findParameter(guide.parameters, "numPoints")) {
-        points = static_cast<int>(parseValue(*count).value_or(1000));
-      }
-      points = std::clamp(points, kMinCurvePoints, kMaxCurvePoints);
-      Series curve;
-      const double lo = view.x->lo(), hi = view.x->hi();
-      for (int i = 0; i < points; ++i) {
-        const double x = lo + (hi - lo) * i / (points - 1);
-        curve.x.push_back(x);
-        curve.y.push_back((*formula)(x));
-      }
-      ShapeItem line;
-      line.path = seriesPath(curve, curve.y, view);
-      line.stroke = {kGuideColor, 1.75, {}, true};
-      line.role = "guide function";
-      if (!line.path.empty()) scene.items.emplace_back(std::move(line));
-    } else {
-      model.skip("guide " + guide.id + " of type '" + guide.type + "'");
-    }
   }
 }
 

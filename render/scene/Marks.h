@@ -1,5 +1,5 @@
-// Layers and guides as scene items: points, lines, areas, bars and slices
-// in a panel, and the reference lines and function lines of a frame.
+// Layers as scene items: points, lines, areas, bars and slices in a panel
+// (a frame's guides are drawn by scene/Guides.h).
 #pragma once
 
 #include <cstddef>
@@ -12,8 +12,9 @@
 
 namespace chartxml::render {
 
-// The colour of group `group` of a layer with `groups` categories (a layer
-// without groups draws in the single colour).
+// The colour of group `group` of a layer: its style cycle's colour when the
+// cycle gives one, else the palette's (a layer without groups draws in the
+// single colour).
 Color groupColor(const Layer& layer, std::size_t group);
 
 // Marker size and opacity for a chart of `points` points: big and opaque for
@@ -30,6 +31,18 @@ PointLook pointLook(std::size_t points);
 // plain).
 MarkerShape styleShape(std::size_t style);
 std::vector<double> styleDash(std::size_t style);
+// The same for a layer: its style cycle's entry when it says, else the above.
+MarkerShape styleShape(const Layer& layer, std::size_t style);
+std::vector<double> styleDash(const Layer& layer, std::size_t style);
+std::size_t styleHatch(const Layer& layer, std::size_t style);
+// The marker shape of colour group `group`: its cycle entry's shape when it
+// has one, else what tells the colours apart.
+MarkerShape groupShape(const Layer& layer, std::size_t group);
+
+// The opacity of a point whose transparency aesthetic gives it `alpha`
+// (0..1), in the kAlphaSteps steps points are drawn with.
+std::size_t alphaStep(double alpha);
+std::uint8_t alphaOfStep(std::size_t step);
 // Hatching over `region` (a closed path within `bounds`) for `style`.
 void addHatch(Scene& scene, const Path& region, const Rect& bounds, std::size_t style);
 
@@ -41,9 +54,5 @@ void drawLayer(Scene& scene, const Layer& layer, const PanelView& view, const Po
 // A pie's slices in `area`: the largest circle that fits, slices clockwise
 // from twelve o'clock in group order.
 void drawSlices(Scene& scene, const Layer& layer, const Rect& area);
-
-// Reference lines and function lines of `frame` in the panel. Guide kinds
-// not drawn are noted in `model`.
-void drawGuides(Scene& scene, const DataFrame& frame, const PanelView& view, ChartModel& model);
 
 }  // namespace chartxml::render

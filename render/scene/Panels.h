@@ -1,5 +1,6 @@
-// Panels: the cells a frame's data is drawn in. One panel; one per category
-// (or pair of categories) of the facet variables; or the cells of a
+// Panels: the cells a frame's data is drawn in. One panel; one per level of
+// the facets (crosses, nests and blends of facet variables: columns from
+// those of role x, rows from those of role y); or the cells of a
 // scatter-plot matrix, whose element's x and y are blends of variables,
 // each nested in a constant naming it ("v1/v1label + v2/v2label").
 #pragma once
@@ -21,6 +22,8 @@ struct Panel {
   std::size_t column = 0, row = 0;     // its place in the grid; row 0 at the top
   std::size_t xScale = 0, yScale = 0;  // which of the grid's scales it uses
   std::string columnLabel, rowLabel;   // facet labels; empty: none
+  // No panel lies beyond this one in that direction: its outer axes go here.
+  bool bottomEdge = true, topEdge = true, leftEdge = true, rightEdge = true;
   // A matrix cell of a variable against itself shows the variable's name.
   bool diagonal = false;
   std::string diagonalLabel;
@@ -34,6 +37,8 @@ struct PanelGrid {
   std::size_t columns = 1, rows = 1;
   std::size_t xScales = 1, yScales = 1;  // a matrix has a scale per column and per row
   bool matrix = false;
+  // Each panel has its own scale along x (y): the document asks for it.
+  bool ownX = false, ownY = false;
   std::deque<Element> made;  // the elements a matrix makes of its blends
 };
 

@@ -5,14 +5,17 @@
 #include <cmath>
 #include <tuple>
 
+#include "describe/Description.h"
 #include "scales/AxisScale.h"
 #include "scales/Palette.h"
 #include "scene/Axes.h"
 #include "scene/ChartLegends.h"
 #include "scene/Cube.h"
+#include "scene/Guides.h"
 #include "scene/Legend.h"
 #include "scene/Marks.h"
 #include "scene/Panels.h"
+#include "scene/Polar.h"
 #include "stats/Layers.h"
 
 namespace chartxml::render {
@@ -50,24 +53,6 @@ std::optional<double> numberOf(const std::string& text) {
   return value;
 }
 
-const char* kindWord(const Layer& layer) {
-  switch (layer.kind) {
-    case LayerKind::kPoints:
-      return layer.z ? "3-D points" : "points";
-    case LayerKind::kLines:
-      return "lines";
-    case LayerKind::kAreas:
-      return "areas";
-    case LayerKind::kBars:
-      return layer.element->statistic && layer.element->statistic->method == "histogram"
-                 ? "histogram"
-                 : "bars";
-    case LayerKind::kSlices:
-      return "pie";
-  }
-  return "marks";
-}
-
 // The variable a layer shows along `role`, if any.
 const BoundColumn* along(const Layer& layer, Role role) {
   switch (role) {
@@ -101,6 +86,55 @@ std::string wrapped(const std::string& content, const Font& font, double width,
     at = blank + 1;
   }
   if (!line.empty()) out += (out.empty() ? "" : "\n") + line;
+  return out;
+}
+
+// `text` cut to fit `width`, with an ellipsis for what was cut: from its
+// middle, so that the start and the end (which often tell panels apart:
+// "Region 1", "Region 2") both stay. Whole UTF-8 characters only.
+std::string ellipsized(const std::string& content, const Font& font, double width,
+                       TextEngine& engine) {
+  if (engine.measure(content, font).width <= width) return content;
+  std::vector<std::size_t> starts;  // where each character begins
+  for (std::size_t i = 0; i < content.size(); ++i) {
+    if ((static_cast<unsigned char>(content[i]) & 0xC0) != 0x80) starts.push_back(i);
+  }
+  const std::size_t n = starts.size();
+  const auto kept = [&](std::size_t keep) {
+    const std::size_t head = (keep + 1) / 2, tail = keep / 2;
+    std::string text = content.substr(0, starts[head]);
+    while (!text.empty() && text.back() == ' ') text.pop_back();
+    std::string end = tail > 0 ? content.substr(starts[n - tail]) : "";
+    while (!end.empty() && end.front() == ' ') end.erase(0, 1);
+    return text + "\u2026" + end;
+  };
+  // The most characters that fit, found by halving: widths grow with them.
+  std::size_t fits = 0, fails = n;
+  while (fails - fits > 1) {
+    const std::size_t keep = (fits + fails) / 2;
+    (engine.measure(kept(keep), font).width <= width ? fits : fails) = keep;
+  }
+  return kept(fits);
+}
+
+// A panel label in at most `lines` lines no wider than `width`: broken at
+// blanks, the last line (and any word wider than the room) cut short.
+std::string fittedLabel(const std::string& content, const Font& font, double width,
+                        std::size_t lines, TextEngine& engine) {
+  const std::string broken = wrapped(content, font, width, engine);
+  std::vector<std::string> parts;
+  std::size_t start = 0;
+  while (start <= broken.size() && parts.size() < lines) {
+    std::size_t end = broken.find('\n', start);
+    if (end == std::string::npos) end = broken.size();
+    parts.push_back(broken.substr(start, end - start));
+    start = end + 1;
+  }
+  if (start <= broken.size()) parts.back() += " " + broken.substr(start);  // what did not fit
+  std::string out;
+  for (std::size_t i = 0; i < parts.size(); ++i) {
+    out += (i > 0 ? "\n" : "") + ellipsized(parts[i], font, width, engine);
+  }
   return out;
 }
 
@@ -177,24 +211,46 @@ class Builder {
       return;
     }
     if (dates) scale.setKind(AxisScale::Kind::kDate);
-    if (dimension != nullptr && !dimension->scale.empty()) {
-      if (dimension->scale == "log" && !dates) {
+    if (dimension != nullptr && !dimension->scale.empty() && dimension->scale != "linear") {
+      const std::string& method = dimension->scale;
+      const bool power = method == "power" || method == "exponent";
+      if (method == "log" && !dates) {
         scale.setKind(AxisScale::Kind::kLog);
+      } else if (power && !dates && dimension->scaleParameter > 0) {
+        scale.usePower(dimension->scaleParameter);
+      } else if (power && !dates) {
+        model_.skip("power scale of the " + std::string(roleName(role)) +
+                    " dimension without an exponent (drawn linear)");
       } else {
-        model_.skip(dimension->scale + " scale of the " + roleName(role) + " dimension");
+        model_.skip(method + " scale of the " + roleName(role) + " dimension");
       }
     }
     forLayersOf(role, index, [&](const Layer& layer) { trainOn(scale, layer, role); });
-    for (const Guide& guide : frame_->guides) {
-      if (guide.type != "line") continue;
-      if (const std::string* value = findParameter(guide.parameters, roleName(role))) {
-        if (const auto number = numberOf(*value)) scale.train(*number);
-      }
-    }
+    trainOnReferences(scale, role);
     scale.finish(dimension);
     if (scale.dropped() > 0) {
       model_.skip(std::to_string(scale.dropped()) + " values of " + roleName(role) +
                   " that a log scale cannot show (zero or negative)");
+    }
+  }
+
+  // Reference lines widen the range to hold them, but only within one data
+  // span beyond it: a line much farther away (or at infinity, the host's mark
+  // of an estimate it has not got) is left to the clip instead of squeezing
+  // the data into a sliver.
+  void trainOnReferences(AxisScale& scale, Role role) const {
+    const bool log = scale.kind() == AxisScale::Kind::kLog;
+    const auto measure = [&](double value) { return log ? std::log10(value) : value; };
+    const bool data = scale.lo() <= scale.hi();
+    const double lo = data ? measure(scale.lo()) : 0, hi = data ? measure(scale.hi()) : 0;
+    const double reach = data ? std::max(hi - lo, std::max(std::fabs(lo), std::fabs(hi))) : 0;
+    for (const Guide& guide : frame_->guides) {
+      if (guide.type != "line") continue;
+      const std::string* value = findParameter(guide.parameters, roleName(role));
+      const auto number = value ? numberOf(*value) : std::nullopt;
+      if (!number || !std::isfinite(*number) || (log && *number <= 0)) continue;
+      const double at = measure(*number);
+      if (!data || (at >= lo - reach && at <= hi + reach)) scale.train(*number);
     }
   }
 
@@ -215,11 +271,24 @@ class Builder {
       scale.train(x ? bar.x0 : bar.y0);
       scale.train(x ? bar.x1 : bar.y1);
     }
-    if (layer.kind == LayerKind::kBars && !x) scale.anchorAt(0);
+    if (layer.kind == LayerKind::kBars && !x && !layer.spans) scale.anchorAt(0);
+    // Whiskers, outliers, error-bar ends and cell edges.
+    for (const double value : x ? layer.extentX : layer.extentY) scale.train(value);
+  }
+
+  // Bars in polar coordinates: a rose.
+  bool rose() const {
+    if (!polar_) return false;
+    for (const Panel& panel : grid_.panels) {
+      for (const Layer& layer : panel.layers) {
+        if (layer.kind == LayerKind::kBars) return true;
+      }
+    }
+    return false;
   }
 
   void trainScales() {
-    if (polar_) return;
+    if (polar_ && !rose()) return;
     if (cube_) {
       // Depth takes points only: anything else in a cube is noted.
       for (Panel& panel : grid_.panels) {
@@ -242,7 +311,9 @@ class Builder {
           layer.countsOnY || layer.summary == Summary::kCount || layer.summary == Summary::kValidN;
       (counted ? counts : other) = true;
     });
-    if (!grid_.matrix) yScales_[0].setWholeNumbers(counts && !other);
+    if (!grid_.matrix) {
+      for (AxisScale& scale : yScales_) scale.setWholeNumbers(counts && !other);
+    }
     // A layer whose positions its scales cannot show is left out.
     for (Panel& panel : grid_.panels) {
       const bool xBand = xScales_[panel.xScale].kind() == AxisScale::Kind::kBand;
@@ -270,8 +341,10 @@ class Builder {
       done = true;
       std::string title;
       if (counted) {
-        const bool percent = layer.summary == Summary::kPercent;
-        title = percent ? "Percent" : "Count";
+        const bool percent = layer.summary && isPercentage(*layer.summary);
+        const bool cumulative = layer.summary && isCumulative(*layer.summary);
+        title = cumulative ? (percent ? "Cumulative percent" : "Cumulative count")
+                           : (percent ? "Percent" : "Count");
         plan.format.kind = ValueFormat::Kind::kNumber;
         if (percent) plan.format.number.suffix = "%";
       } else {
@@ -279,10 +352,14 @@ class Builder {
         if (role == Role::kY && layer.summary) {
           title = std::string(summaryTitle(*layer.summary)) + " " + title;
         }
-        const bool counts = layer.summary == Summary::kCount ||
-                            layer.summary == Summary::kPercent || layer.summary == Summary::kValidN;
+        const bool counts =
+            layer.summary && (isCount(*layer.summary) || layer.summary == Summary::kValidN ||
+                              isPercentage(*layer.summary));
         if (role != Role::kY || !counts) plan.format = column->variable->format;
-        if (layer.summary == Summary::kPercent) plan.format.number.suffix = "%";
+        if (layer.summary && isPercentage(*layer.summary)) {
+          plan.format.kind = ValueFormat::Kind::kNumber;
+          plan.format.number.suffix = "%";
+        }
       }
       if (plan.title.empty()) plan.title = title;
     });
@@ -300,8 +377,14 @@ class Builder {
       plan.title = axis.title;
       plan.grid = axis.majorGrid;
       plan.angle = axis.labelAngle;
-      if (axis.minorTicks) model_.skip("minor ticks of axis " + axis.id);
-      if (axis.opposite) model_.skip("the opposite side of axis " + axis.id);
+      plan.minor = axis.minorTicks;
+      plan.minorGrid = axis.minorGrid;
+      plan.minorCount = axis.minorCount;
+      if (axis.opposite) {
+        plan.side = side == AxisSide::kBottom ? AxisSide::kTop
+                    : side == AxisSide::kLeft ? AxisSide::kRight
+                                              : side;
+      }
     }
     titleFromData(plan, role, index);
     if (dimension != nullptr && dimension->axis && dimension->axis->percent) {
@@ -323,32 +406,26 @@ class Builder {
     return kNone;
   }
 
+  // The paragraph a reader who cannot see the picture is told; each axis
+  // named and formatted as it is drawn.
   std::string describe() const {
-    if (frame_ == nullptr) return model_.title;
-    std::string out;
-    for (const Layer& layer : sampleLayers()) {
-      std::string part = kindWord(layer);
-      const auto name = [](const BoundColumn* column) { return column->variable->title(); };
-      if (grid_.matrix) {
-        part = "scatter-plot matrix";
-      } else if (layer.kind == LayerKind::kSlices) {
-        if (layer.groups) part += " of " + name(layer.groups);
-      } else if (layer.y != nullptr && layer.x != nullptr) {
-        part += " of " + (layer.summary ? std::string(summaryTitle(*layer.summary)) + " " : "") +
-                name(layer.y) + " by " + name(layer.x);
-        if (layer.z != nullptr) part += " and " + name(layer.z);
-      } else if (layer.x != nullptr) {
-        part += " of " + name(layer.x);
+    if (frame_ == nullptr) return "";
+    DescribedChart chart;
+    chart.model = &model_;
+    chart.frame = frame_;
+    chart.grid = &grid_;
+    for (const Role role : {Role::kX, Role::kY, Role::kZ}) {
+      AxisPlan plan;
+      const Dimension* dimension = frame_->dimension(role);
+      if (dimension != nullptr && dimension->axis) plan.title = dimension->axis->title;
+      titleFromData(plan, role, 0);
+      if (dimension != nullptr && dimension->axis && dimension->axis->percent) {
+        plan.format.kind = ValueFormat::Kind::kNumber;
+        plan.format.number.suffix = "%";
       }
-      if (layer.groups && layer.kind != LayerKind::kSlices) {
-        part += ", coloured by " + name(layer.groups);
-      }
-      out += (out.empty() ? "" : "; ") + part;
-      if (grid_.matrix) break;
+      chart.axes[static_cast<std::size_t>(role)] = {plan.title, plan.format};
     }
-    if (grid_.panels.size() > 1) out += ", in " + std::to_string(grid_.panels.size()) + " panels";
-    if (!model_.title.empty()) out = model_.title + (out.empty() ? "" : ": " + out);
-    return out;
+    return describeChart(chart);
   }
 
   // Titles at the top; returns the height they take.
@@ -414,6 +491,7 @@ class Builder {
   // (the columns' and rows' own in a matrix; transposed frames swap them).
   void planAxes(std::vector<AxisPlan>& bottom, std::vector<AxisPlan>& left) {
     if (polar_ || cube_) return;
+    // Each plan takes its side from its dimension's axis (bottom or top, left or right).
     const Role across = transposed_ ? Role::kY : Role::kX;
     const Role upward = transposed_ ? Role::kX : Role::kY;
     std::vector<AxisScale>& horizontal = transposed_ ? yScales_ : xScales_;
@@ -432,60 +510,162 @@ class Builder {
     return depth;
   }
 
+  // The room the panels leave one another and their outer margins: what
+  // their strips, axes and tick labels need. Recomputed each layout round.
+  struct Layout {
+    double stripDepth = 0, rowStripDepth = 0;        // 0: no strips of that kind
+    std::vector<std::string> columnTexts, rowTexts;  // each panel's fitted labels
+    double hGap = kPanelGap, vGap = kPanelGap;
+    double hLabels = 0, vLabels = 0;  // tick labels' depth beside an axis (no title)
+    bool ownH = false, ownV = false;  // every panel labels its own axis
+  };
+
+  static double labelsDepth(const std::vector<AxisPlan>& plans) {
+    double depth = 0;
+    for (const AxisPlan& plan : plans) {
+      if (plan.drawn) depth = std::max(depth, kTickLength + kLabelGap + plan.labelDepth);
+    }
+    return depth;
+  }
+
+  // Strip labels fitted to the panels' size: two lines at most, then cut
+  // short with an ellipsis.
+  void fitStrips(Layout& layout, double width, double height) {
+    const double lineHeight = text_.measure("Ag", kStripFont).height;
+    const auto fit = [&](const std::string& label, double room, std::vector<std::string>& out) {
+      out.push_back(fittedLabel(label, kStripFont, std::max(room - 2 * kStripPad, 8.0), 2, text_));
+      return static_cast<double>(std::count(out.back().begin(), out.back().end(), '\n') + 1);
+    };
+    double columnLines = 0, rowLines = 0;
+    layout.columnTexts.clear();
+    layout.rowTexts.clear();
+    for (const Panel& panel : grid_.panels) {
+      const double c =
+          panel.columnLabel.empty() ? 0 : fit(panel.columnLabel, width, layout.columnTexts);
+      if (panel.columnLabel.empty()) layout.columnTexts.emplace_back();
+      const double r = panel.rowLabel.empty() ? 0 : fit(panel.rowLabel, height, layout.rowTexts);
+      if (panel.rowLabel.empty()) layout.rowTexts.emplace_back();
+      columnLines = std::max(columnLines, c);
+      rowLines = std::max(rowLines, r);
+    }
+    layout.stripDepth = columnLines > 0 ? columnLines * lineHeight + 2 * kStripPad : 0;
+    layout.rowStripDepth = rowLines > 0 ? rowLines * lineHeight + 2 * kStripPad : 0;
+  }
+
+  // Whether the panel labels its horizontal (vertical) axis: every panel with
+  // scales of its own, else those at the grid's edge on the axis's side.
+  static bool labelsAcross(const Panel& panel, const Layout& layout, const AxisPlan& plan) {
+    return layout.ownH || (plan.side == AxisSide::kTop ? panel.topEdge : panel.bottomEdge);
+  }
+  static bool labelsUp(const Panel& panel, const Layout& layout, const AxisPlan& plan) {
+    return layout.ownV || (plan.side == AxisSide::kRight ? panel.rightEdge : panel.leftEdge);
+  }
+
   void drawPanels(const Rect& region) {
     std::vector<AxisPlan> bottom, left;
     planAxes(bottom, left);
     const bool axes = !bottom.empty();
-    const double stripDepth = text_.measure("Ag", kStripFont).height + 2 * kStripPad;
-    const bool columnStrips = !grid_.panels.front().columnLabel.empty();
-    const bool rowStrips = !grid_.panels.front().rowLabel.empty();
-    const double top = columnStrips ? stripDepth : 0;
-    const double side = rowStrips ? stripDepth + 2 : 0;
+    const AxisSide hSide = axes ? bottom.front().side : AxisSide::kBottom;
+    const AxisSide vSide = left.empty() ? AxisSide::kLeft : left.front().side;
+    Layout layout;
+    layout.ownH = transposed_ ? grid_.ownY : grid_.ownX;
+    layout.ownV = transposed_ ? grid_.ownX : grid_.ownY;
     const double columns = static_cast<double>(grid_.columns);
     const double rows = static_cast<double>(grid_.rows);
     Rect panels;
-    double panelWidth = 0, panelHeight = 0;
+    double panelWidth = region.width / columns, panelHeight = region.height / rows;
+    double topOuter = 0, rightOuter = 0;
     // Ticks depend on the panels' size and the panels on the labels' room:
     // a few rounds settle both.
-    for (int round = 0; round < 3; ++round) {
-      const double leftDepth = deepest(left), bottomDepth = deepest(bottom);
-      panels = {region.x + leftDepth, region.y + (axes ? 6 : 0),
-                region.width - leftDepth - std::max(axes ? 10.0 : 0.0, side + 4),
-                region.height - bottomDepth - (axes ? 6 : 0)};
-      panelWidth = std::max(kMinPanel, (panels.width - (columns - 1) * kPanelGap) / columns);
-      panelHeight =
-          std::max(kMinPanel, (panels.height - rows * top - (rows - 1) * kPanelGap) / rows);
+    for (int round = 0; round < 4; ++round) {
+      fitStrips(layout, panelWidth, panelHeight);
+      const double hDepth = deepest(bottom), vDepth = deepest(left);
+      layout.hLabels = labelsDepth(bottom);
+      layout.vLabels = labelsDepth(left);
+      // Neighbours' tick labels keep apart: what one panel's labels reach
+      // past its end and the next one's past its start, plus a space.
+      double hStart = 0, hEnd = 0, vStart = 0, vEnd = 0;
+      for (const AxisPlan& plan : bottom) {
+        hStart = std::max(hStart, labelOverhang(plan, panelWidth, false, text_));
+        hEnd = std::max(hEnd, labelOverhang(plan, panelWidth, true, text_));
+      }
+      for (const AxisPlan& plan : left) {
+        vStart = std::max(vStart, labelOverhang(plan, panelHeight, false, text_));
+        vEnd = std::max(vEnd, labelOverhang(plan, panelHeight, true, text_));
+      }
+      const double hReach = hStart + hEnd + kLabelSpace, vReach = vStart + vEnd + 2;
+      layout.hGap = std::max(kPanelGap, hReach) + (layout.ownV ? layout.vLabels : 0);
+      const double between = layout.stripDepth + (layout.ownH ? layout.hLabels : 0);
+      layout.vGap = std::max(kPanelGap + between, vReach);
+      // The outermost tick labels may reach past the panels' corners, into
+      // the picture's margin but no farther.
+      const double leftOuter = std::max(vSide == AxisSide::kLeft ? vDepth : 0, hStart - kOuter / 2);
+      const double bottomOuter =
+          std::max(hSide == AxisSide::kBottom ? hDepth : 0, vStart - kOuter / 2);
+      topOuter =
+          std::max((hSide == AxisSide::kTop ? hDepth : 0) + layout.stripDepth + (axes ? 6 : 0),
+                   vEnd - kOuter / 2);
+      rightOuter = (vSide == AxisSide::kRight ? vDepth : 0) +
+                   (layout.rowStripDepth > 0 ? layout.rowStripDepth + 6 : 0);
+      rightOuter = std::max({rightOuter, axes ? 10.0 : 0.0, hEnd - kOuter / 2});
+      panels = {region.x + leftOuter, region.y + topOuter, region.width - leftOuter - rightOuter,
+                region.height - topOuter - bottomOuter};
+      panelWidth = std::max(kMinPanel, (panels.width - (columns - 1) * layout.hGap) / columns);
+      panelHeight = std::max(kMinPanel, (panels.height - (rows - 1) * layout.vGap) / rows);
       for (AxisPlan& plan : bottom) planAxis(plan, panelWidth, text_);
       for (AxisPlan& plan : left) planAxis(plan, panelHeight, text_);
     }
     const PointLook look = pointLook(pointCount());
-    Rect span{panels.x, panels.y + top, 0, 0};
-    for (Panel& panel : grid_.panels) {
-      const double x = panels.x + static_cast<double>(panel.column) * (panelWidth + kPanelGap);
-      const double y =
-          panels.y + static_cast<double>(panel.row) * (panelHeight + kPanelGap + top) + top;
+    Rect span{panels.x, panels.y, 0, 0};
+    for (std::size_t i = 0; i < grid_.panels.size(); ++i) {
+      Panel& panel = grid_.panels[i];
+      const double x = panels.x + static_cast<double>(panel.column) * (panelWidth + layout.hGap);
+      const double y = panels.y + static_cast<double>(panel.row) * (panelHeight + layout.vGap);
       panel.area = {x, y, panelWidth, panelHeight};
       span.width = std::max(span.width, panel.area.right() - span.x);
       span.height = std::max(span.height, panel.area.bottom() - span.y);
-      drawStrips(panel, stripDepth);
+      // Strips sit beyond the tick labels of an axis on their side.
+      const bool topLabels =
+          axes && hSide == AxisSide::kTop && labelsAcross(panel, layout, bottom.front());
+      const bool rightLabels =
+          !left.empty() && vSide == AxisSide::kRight && labelsUp(panel, layout, left.front());
+      drawStrips(panel, layout, i, topLabels ? layout.hLabels : 0,
+                 rightLabels ? layout.vLabels : 0);
       if (polar_) {
         for (const Layer& layer : panel.layers) {
           if (layer.kind == LayerKind::kSlices) drawSlices(scene_, layer, panel.area);
+          if (layer.kind == LayerKind::kBars) {
+            drawRose(scene_, layer, panel.area, xScales_[panel.xScale], yScales_[panel.yScale]);
+          }
         }
       } else if (cube_) {
         drawCubePanel(panel, look);
       } else {
-        drawCartesian(panel, look, bottom, left);
+        drawCartesian(panel, look, bottom, left, layout);
       }
     }
-    for (const std::vector<AxisPlan>* plans : {&bottom, &left}) {
-      if (!plans->empty()) drawAxisTitle(scene_, plans->front(), span);
+    // Titles beyond the deepest labels of their side, and beyond the strips
+    // on the top and right.
+    for (std::vector<AxisPlan>* plans : {&bottom, &left}) {
+      if (plans->empty()) continue;
+      AxisPlan deepestPlan = plans->front();
+      for (const AxisPlan& plan : *plans) {
+        deepestPlan.labelDepth = std::max(deepestPlan.labelDepth, plan.labelDepth);
+      }
+      Rect titled = span;
+      if (deepestPlan.side == AxisSide::kTop) {
+        titled.y -= layout.stripDepth;
+        titled.height += layout.stripDepth;
+      } else if (deepestPlan.side == AxisSide::kRight && layout.rowStripDepth > 0) {
+        titled.width += layout.rowStripDepth + 4;
+      }
+      drawAxisTitle(scene_, deepestPlan, titled);
     }
     plotArea_ = span;
   }
 
   void drawCartesian(const Panel& panel, const PointLook& look, const std::vector<AxisPlan>& bottom,
-                     const std::vector<AxisPlan>& left) {
+                     const std::vector<AxisPlan>& left, const Layout& layout) {
     const PanelView view{panel.area, &xScales_[panel.xScale], &yScales_[panel.yScale], transposed_};
     const AxisPlan& across = bottom[transposed_ ? panel.yScale : panel.xScale];
     const AxisPlan& upward = left[transposed_ ? panel.xScale : panel.yScale];
@@ -497,11 +677,11 @@ class Builder {
       scene_.items.emplace_back(
           ClipBegin::rectangle(panel.area.x, panel.area.y, panel.area.width, panel.area.height));
       for (const Layer& layer : panel.layers) drawLayer(scene_, layer, view, look);
-      drawGuides(scene_, *frame_, view, model_);
+      drawFrameGuides(scene_, *frame_, view, model_);
       scene_.items.emplace_back(ClipEnd{});
     }
-    drawAxis(scene_, across, view, panel.row + 1 == grid_.rows);
-    drawAxis(scene_, upward, view, panel.column == 0);
+    drawAxis(scene_, across, view, labelsAcross(panel, layout, across));
+    drawAxis(scene_, upward, view, labelsUp(panel, layout, upward));
   }
 
   // A grey box with a text in its middle: panel labels and the matrix's
@@ -557,16 +737,18 @@ class Builder {
     drawCube(scene_, text_, panel.area, cube);
   }
 
-  void drawStrips(const Panel& panel, double depth) {
+  // The panel's labels: its column's above it (above its top tick labels,
+  // `lift`), its row's beside the last panel of the row (beyond `push`).
+  void drawStrips(const Panel& panel, const Layout& layout, std::size_t index, double lift,
+                  double push) {
     const Rect& area = panel.area;
-    const auto strip = [&](const Rect& box, const std::string& label, double angle) {
-      labelledBox(box, label, kStripFont, angle, "panel-strip");
-    };
     if (!panel.columnLabel.empty()) {
-      strip({area.x, area.y - depth, area.width, depth}, panel.columnLabel, 0);
+      labelledBox({area.x, area.y - lift - layout.stripDepth, area.width, layout.stripDepth},
+                  layout.columnTexts[index], kStripFont, 0, "panel-strip");
     }
-    if (!panel.rowLabel.empty() && panel.column + 1 == grid_.columns) {
-      strip({area.right() + 2, area.y, depth, area.height}, panel.rowLabel, 90);
+    if (!panel.rowLabel.empty() && panel.rightEdge) {
+      labelledBox({area.right() + push + 2, area.y, layout.rowStripDepth, area.height},
+                  layout.rowTexts[index], kStripFont, 90, "panel-strip");
     }
   }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <limits>
 #include <numeric>
 
 namespace chartxml::render {
@@ -23,12 +24,27 @@ std::string quoteVariable(const Variable& variable) {
 void bindCategories(const DataColumn& column, const Variable& variable, BoundColumn& out) {
   const std::size_t rows = column.numbers.size();
   // Distinct numbers and texts, then their order, then each row's code.
+  // Categories are few and rows many: the distinct numbers are gathered in
+  // order as they come, skipping runs of one value.
+  // Past a few thousand distinct values, all are sorted at once instead.
+  constexpr std::size_t kFewCategories = 4096;
   std::vector<double> numbers;
-  for (std::size_t row = 0; row < rows; ++row) {
-    if (!std::isnan(column.numbers[row])) numbers.push_back(column.numbers[row]);
+  double previous = std::numeric_limits<double>::quiet_NaN();
+  for (std::size_t row = 0; row < rows && numbers.size() <= kFewCategories; ++row) {
+    const double value = column.numbers[row];
+    if (std::isnan(value) || value == previous) continue;
+    previous = value;
+    const auto at = std::lower_bound(numbers.begin(), numbers.end(), value);
+    if (at == numbers.end() || *at != value) numbers.insert(at, value);
   }
-  std::sort(numbers.begin(), numbers.end());
-  numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
+  if (numbers.size() > kFewCategories) {
+    numbers.clear();
+    for (std::size_t row = 0; row < rows; ++row) {
+      if (!std::isnan(column.numbers[row])) numbers.push_back(column.numbers[row]);
+    }
+    std::sort(numbers.begin(), numbers.end());
+    numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
+  }
   std::vector<std::size_t> textOrder(column.texts.size());
   std::iota(textOrder.begin(), textOrder.end(), 0);
   std::sort(textOrder.begin(), textOrder.end(),

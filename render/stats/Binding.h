@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -25,7 +26,9 @@ struct BoundColumn {
   const Variable* variable = nullptr;
   const DataTable* table = nullptr;
   bool categorical = false;
-  std::vector<double> numbers;      // continuous: one per row, NaN when missing
+  // Continuous: one per row, NaN when missing: the data table's own numbers,
+  // which outlive the binding (a million rows are not copied).
+  std::span<const double> numbers;
   std::vector<std::int32_t> codes;  // categorical: one per row, -1 when missing
   Categories categories;
 

@@ -41,4 +41,19 @@ std::optional<Bins> makeBins(double lo, double hi, std::optional<double> width, 
   return bins;
 }
 
+std::optional<Bins> makeBinsByCount(double lo, double hi, std::size_t count, std::size_t maxBins) {
+  if (!std::isfinite(lo) || !std::isfinite(hi) || lo > hi || count == 0 || count > maxBins) {
+    return std::nullopt;
+  }
+  Bins bins;
+  bins.count = count;
+  if (hi > lo) {
+    bins.start = lo;
+    bins.width = (hi - lo) / static_cast<double>(count);
+  } else {
+    bins.start = lo - static_cast<double>(count) / 2;
+  }
+  return bins;
+}
+
 }  // namespace chartxml::render

@@ -24,4 +24,9 @@ struct Bins {
 std::optional<Bins> makeBins(double lo, double hi, std::optional<double> width, std::size_t cases,
                              std::size_t maxBins = 100000);
 
+// `count` bins of equal width from lo to hi exactly (a range of one value
+// gets bins of width 1 around it). Nothing for no bins or more than `maxBins`.
+std::optional<Bins> makeBinsByCount(double lo, double hi, std::size_t count,
+                                    std::size_t maxBins = 100000);
+
 }  // namespace chartxml::render

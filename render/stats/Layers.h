@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -14,7 +15,20 @@
 
 namespace chartxml::render {
 
-enum class LayerKind { kPoints, kLines, kAreas, kBars, kSlices };
+// kLines also draws paths (in data order); kBoxes are box plots (the
+// schema element), kErrorBars intervals around means, kTiles a heat map's
+// cells, kContours lines of equal value over a grid.
+enum class LayerKind {
+  kPoints,
+  kLines,
+  kAreas,
+  kBars,
+  kSlices,
+  kBoxes,
+  kErrorBars,
+  kTiles,
+  kContours
+};
 
 // One line or area: a group's points in x order. An area fills between y0
 // and y; NaN in y breaks a line.
@@ -30,6 +44,50 @@ struct Bar {
   std::uint16_t style = 0;
 };
 
+// A box plot's box at x0..x1 (see boxStats for its parts).
+struct Box {
+  double x0 = 0, x1 = 0;
+  BoxStats stats;
+  std::uint16_t group = 0;
+  std::uint16_t style = 0;
+};
+
+// An error bar from low to high at x, capped over x0..x1, through `centre`.
+struct ErrorBar {
+  double x0 = 0, x1 = 0;
+  double low = 0, centre = 0, high = 0;
+  std::uint16_t group = 0;
+  std::uint16_t style = 0;
+};
+
+// A heat map's cell: a rectangle filled by its value's colour (`value` is a
+// share 0..1 of the layer's tile range, or NaN when it is coloured by its
+// group instead).
+struct Tile {
+  double x0 = 0, x1 = 0, y0 = 0, y1 = 0;
+  double value = 0;
+  std::uint16_t group = 0;
+};
+
+// A line of equal value: segments (x, y pairs: ax ay bx by) at `level`.
+struct ContourLine {
+  double level = 0;
+  std::vector<double> segments;
+};
+
+// A mark's own label: the value it draws, at its anchor in data units.
+struct MarkLabel {
+  double x = 0, y = 0;
+  std::string text;
+};
+
+// A column the statistics make for a layer of their own: the one category
+// of a box plot without an x, say.
+struct OwnColumn {
+  Variable variable;
+  BoundColumn column;
+};
+
 struct Layer {
   LayerKind kind = LayerKind::kPoints;
   const Element* element = nullptr;
@@ -42,12 +100,24 @@ struct Layer {
   // The size aesthetic's variable (points), and the range of its values.
   const BoundColumn* sizes = nullptr;
   double sizeLo = 0, sizeHi = 0;
+  bool sizesCount = false;  // sizes show counts of cases (binned points), not the variable
   // A scale variable colouring points from a gradient, and its range.
   const BoundColumn* shades = nullptr;
   double shadeLo = 0, shadeHi = 0;
-  std::optional<Summary> summary;  // what y shows of the data, if summarised
-  bool countsOnY = false;          // y counts cases (histograms, counts without a y)
-  bool overlapping = false;        // groups drawn over one another: draw translucent
+  std::optional<Summary> summary;        // what y shows of the data, if summarised
+  SummaryArgs summaryArgs;               // the percentile or cuts it takes
+  const BoundColumn* weights = nullptr;  // what each case weighs, or null
+  // The transparency aesthetic: a categorical or continuous variable and
+  // the range of its values (continuous only).
+  const BoundColumn* transparency = nullptr;
+  double transparencyLo = 0, transparencyHi = 0;
+  // The style cycles the groups and the style-by categories take, in order;
+  // null or empty: the renderer's own colours, shapes, dashes and hatching.
+  const std::vector<CycleStyle>* groupCycle = nullptr;
+  const std::vector<CycleStyle>* styleCycle = nullptr;
+  bool countsOnY = false;    // y counts cases (histograms, counts without a y)
+  bool overlapping = false;  // groups drawn over one another: draw translucent
+  bool spans = false;        // bars span their values' range instead of standing on 0
 
   // kPoints; pz in 3-D frames
   std::vector<double> px, py, pz;
@@ -55,6 +125,7 @@ struct Layer {
   std::vector<std::uint16_t> pointStyle;  // when styles
   std::vector<double> pointSize;          // when sizes: the size variable's values
   std::vector<double> pointShade;         // when shades: the colour variable's values
+  std::vector<double> pointAlpha;         // when transparency: 0 (clear) .. 1 (opaque)
   // kLines, kAreas
   std::vector<Series> series;
   // kBars
@@ -63,7 +134,32 @@ struct Layer {
   // at g * styleCount + s; a pair with no cases: 0)
   std::vector<double> slices;
   std::size_t styleCount = 1;
+  // kBoxes, kErrorBars, kTiles, kContours
+  std::vector<Box> boxes;
+  std::vector<ErrorBar> errorBars;
+  std::vector<Tile> tiles;
+  double tileLo = 0, tileHi = 0;  // the range of tile or contour values
+  std::vector<ContourLine> contours;
+  // Values the axes must show beyond the marks' own positions: whisker
+  // ends, outliers, error-bar ends, cell edges.
+  std::vector<double> extentX, extentY;
+  // The element's labeling: a label at each mark.
+  std::vector<MarkLabel> labels;
+  std::shared_ptr<const OwnColumn> ownX;  // x when the layer made its own
 };
+
+// How many steps of opacity the transparency aesthetic draws points in.
+inline constexpr std::size_t kAlphaSteps = 16;
+
+// The opacity (0..1) the transparency aesthetic gives category `index` of
+// `count` (the first opaque, the last a quarter), and a value of lo..hi (the
+// largest opaque).
+inline double categoryOpacity(std::size_t index, std::size_t count) {
+  return count < 2 ? 1.0 : 1.0 - 0.75 * static_cast<double>(index) / static_cast<double>(count - 1);
+}
+inline double valueOpacity(double value, double lo, double hi) {
+  return 0.25 + 0.75 * (hi > lo ? (value - lo) / (hi - lo) : 1.0);
+}
 
 // The rows of one panel (all rows when the frame has no facets).
 using RowSet = std::vector<std::uint32_t>;

@@ -94,9 +94,11 @@ struct TextEngine::Impl {
     pango_context_set_round_glyph_positions(context, FALSE);
 
     layout = pango_layout_new(context);
-    // Alignment is ours (TextLine::left), never pango's: a right-to-left
-    // paragraph must not move its lines within the box on its own.
-    pango_layout_set_auto_dir(layout, FALSE);
+    // Each paragraph takes the direction of its first strong character, so
+    // an Arabic or Hebrew title reads from the right, numbers and all.
+    // Alignment stays ours (TextLine::left): lines are drawn one by one, so
+    // pango's flipping of a right-to-left paragraph's alignment never shows.
+    pango_layout_set_auto_dir(layout, TRUE);
 
     description = pango_font_description_new();
     pango_font_description_set_family(description, familyList());
@@ -153,6 +155,7 @@ struct TextEngine::Impl {
       placed.width = fromPango(logical.width);
       placed.left = (laidBox.width - placed.width) * fraction;
       placed.baseline = fromPango(pango_layout_iter_get_baseline(iter) - laidLogical.y);
+      placed.rightToLeft = line->resolved_dir == PANGO_DIRECTION_RTL;
       const auto start = static_cast<std::size_t>(std::max(line->start_index, 0));
       const auto length = static_cast<std::size_t>(std::max(line->length, 0));
       if (start <= laidText.size()) {

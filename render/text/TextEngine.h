@@ -31,6 +31,9 @@ struct TextLine {
   double left = 0;
   double baseline = 0;
   double width = 0;
+  // Its paragraph runs right to left (its first strong character is
+  // Arabic, Hebrew, ...): writers that lay text out themselves must say so.
+  bool rightToLeft = false;
 };
 
 class TextEngine {

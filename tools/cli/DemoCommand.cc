@@ -284,7 +284,9 @@ int runDemo(std::span<char* const> args) {
       for (const std::string& part : drawn.skipped) {
         std::fprintf(stderr, "chartxml demo: %s: not drawn yet: %s\n", stem.c_str(), part.c_str());
       }
-      gallery.push_back({stem, request.description, drawn.skipped});
+      // The picture's alt text is what the renderer saw in the chart it drew,
+      // not what the chart was asked to be.
+      gallery.push_back({stem, request.description, drawn.description, drawn.skipped});
     }
     set.session.stop();
     return true;

@@ -58,8 +58,9 @@ bool writeGallery(const std::string& dir, const std::string& heading,
   for (const GalleryEntry& entry : entries) {
     const std::string stem = escapeHtml(entry.stem);
     const std::string description = escapeHtml(entry.description);
+    const std::string alt = escapeHtml(entry.altText.empty() ? entry.description : entry.altText);
     page += "<figure id=\"" + stem + "\">\n<a href=\"" + stem + ".svg\"><img src=\"" + stem +
-            ".png\" width=\"800\" height=\"600\" alt=\"" + description + "\"></a>\n<figcaption>" +
+            ".png\" width=\"800\" height=\"600\" alt=\"" + alt + "\"></a>\n<figcaption>" +
             description + "\n<span class=\"files\"><a href=\"" + stem + ".svg\">SVG</a><a href=\"" +
             stem + ".xml\">document</a><a href=\"" + stem + ".source0.csv\">data</a></span>\n";
     if (!entry.skipped.empty()) {

@@ -10,6 +10,7 @@ namespace chartxml::cli {
 struct GalleryEntry {
   std::string stem;                  // "chart-0001": the files are STEM.png, STEM.svg, STEM.xml
   std::string description;           // what the chart shows, in one line
+  std::string altText;               // the renderer's description of the picture
   std::vector<std::string> skipped;  // parts not drawn yet
 };
 

@@ -47,6 +47,7 @@ bool drawLastSent(const std::vector<std::string>& paths, DrawnChart& drawn, std:
     return false;
   }
   drawn.skipped = renderer.skipped();
+  drawn.description = renderer.description();
   for (const std::string& path : paths) {
     if (!renderer.write(path)) {
       error = renderer.error();

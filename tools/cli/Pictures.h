@@ -18,6 +18,7 @@ const char* pictureExtension(PictureFormat format);
 struct DrawnChart {
   std::vector<std::string> files;    // the pictures written
   std::vector<std::string> skipped;  // what the renderer could not draw yet
+  std::string description;           // what the chart shows, in the renderer's words
 };
 
 // Draws the most recently sent chart into each of `paths`, in the format of

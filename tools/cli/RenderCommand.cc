@@ -12,23 +12,29 @@
 namespace chartxml::cli {
 namespace {
 
-constexpr std::array<Option, 5> kOptions{{
+constexpr std::array<Option, 6> kOptions{{
     {"data", "DIR", "where the chart's data files are (default: the document's folder)"},
     {"out", "FILE",
      "the picture to write: .png, .svg or .pdf (default: the document's name with .png)", 'o'},
     {"width", "PX", "the picture's width in pixels (default 800)"},
     {"height", "PX", "the picture's height in pixels (default 600)"},
     {"scale", "N", "multiplies a PNG's pixels, for sharp pictures on dense screens (default 1)"},
+    {"describe", "",
+     "print what the chart shows, in words, instead of drawing it (both with --out)"},
 }};
 
 constexpr const char* kHelpText =
     "usage: chartxml render CHART.xml [--data DIR] [-o OUT.png|OUT.svg|OUT.pdf]\n"
-    "                      [--width PX] [--height PX] [--scale N]\n"
+    "                      [--width PX] [--height PX] [--scale N] [--describe]\n"
     "\n"
     "Draws a sent chart from its document and its data: each data source S of\n"
     "DIR/chart-NNNN.xml is read from DIR/chart-NNNN.S.csv, as the host writes\n"
     "them. What the document asks that cannot be drawn yet is named on\n"
     "standard error; the rest is drawn.\n"
+    "\n"
+    "--describe prints a paragraph of what the chart shows (its kind, each\n"
+    "axis's variable and range, the cases, groups, panels and lines), the\n"
+    "text that the SVG's <desc> holds, on standard output.\n"
     "\n"
     "Exit status: 0 drawn, 1 the document, its data or the picture's file\n"
     "refused, 2 the command line is wrong.\n"
@@ -85,9 +91,11 @@ int runRender(std::span<char* const> args) {
     }
     options.scale = *scale;
   }
+  const bool describe = parsed->has("describe");
+  const bool draw = !describe || parsed->value("out");
   std::string out = parsed->value("out").value_or(
       std::filesystem::path(document).replace_extension(".png").string());
-  if (!pictureFormatOf(out)) {
+  if (draw && !pictureFormatOf(out)) {
     return complain("render", "--out " + out + ": name the picture .png, .svg or .pdf", kExitUsage);
   }
 
@@ -99,8 +107,12 @@ int runRender(std::span<char* const> args) {
     std::fprintf(stderr, "chartxml render: %s: not drawn yet: %s\n", document.c_str(),
                  part.c_str());
   }
-  if (!renderer.write(out)) return complain("render", renderer.error(), kExitFailure);
-  std::printf("wrote %s\n", out.c_str());
+  if (draw && !renderer.write(out)) return complain("render", renderer.error(), kExitFailure);
+  if (describe) {
+    std::printf("%s\n", renderer.description().c_str());
+  } else {
+    std::printf("wrote %s\n", out.c_str());
+  }
   return kExitOk;
 }
 

@@ -1,0 +1,349 @@
+// Drawing large scatters: a sent chart of N points in five colour groups,
+// from its document and data in the host's memory to the finished PNG (time
+// and peak memory), and its SVG's bytes per point. Prints each figure with
+// its goal and exits non-zero when one misses it.
+//
+//   bench_render                      every benchmark
+//   bench_render --benchmark_filter=1000000   the 1M ones only
+#include <benchmark/benchmark.h>
+
+#include <malloc.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <map>
+#include <new>
+#include <string>
+
+#include "chartxml/chartxml_host.h"
+#include "chartxml/cx.h"
+#include "chartxml/render.h"
+#include "device/MarkerBlit.h"
+#include "read/DataTable.h"
+
+namespace {
+
+// Bytes the program holds through operator new, and the most it held since
+// the last reset: the renderer's own memory, as the C++ library sees it.
+std::atomic<std::int64_t> liveBytes{0};
+std::atomic<std::int64_t> peakBytes{0};
+
+void resetPeak() {
+  peakBytes.store(liveBytes.load());
+}
+
+// The process's peak resident memory since the last resetRssPeak, and its
+// resident memory now, in bytes (Linux /proc): this counts what C libraries
+// (cairo, pango, zlib) take with malloc too.
+std::int64_t statusField(const char* field) {
+  std::ifstream in("/proc/self/status");
+  std::string line;
+  const std::string prefix = std::string(field) + ":";
+  while (std::getline(in, line)) {
+    if (line.compare(0, prefix.size(), prefix) == 0) {
+      return std::atoll(line.c_str() + prefix.size()) * 1024;
+    }
+  }
+  return 0;
+}
+
+void resetRssPeak() {
+  std::ofstream("/proc/self/clear_refs") << "5";
+}
+
+constexpr int kGroups = 5;
+
+// Word codes of the chart vocabulary, as the command-line tool uses them.
+constexpr int64_t kPoint = 23;
+constexpr int64_t kScatter = 96;
+constexpr int64_t kColor = 35;
+constexpr int64_t kNone = -1;
+constexpr int64_t kNo = 0;
+constexpr int64_t kYes = 1;
+constexpr int64_t kFirst = 1;
+void* const kAllOnes = reinterpret_cast<void*>(~std::uintptr_t{0});
+
+// The same data as bench/render_vs_matplotlib.py makes: five round clouds
+// of normal points (Box-Muller over a fixed linear congruential sequence),
+// point i in group i % 5.
+struct Cloud {
+  std::uint64_t state = 42;
+  double uniform() {
+    state = state * 6364136223846793005ULL + 1442695040888963407ULL;
+    return (static_cast<double>(state >> 11) + 0.5) / 9007199254740992.0;
+  }
+  void point(int group, double& x, double& y) {
+    const double r = std::sqrt(-2 * std::log(uniform())), t = 2 * M_PI * uniform();
+    x = group * 2.0 + r * std::cos(t);
+    y = (group % 2) * 3.0 + r * std::sin(t);
+  }
+};
+
+bool need(int64_t status, const char* step) {
+  if (status >= 0) return true;
+  std::fprintf(stderr, "bench_render: %s failed\n", step);
+  return false;
+}
+
+// Sends the host a scatter of `points` points coloured by group, built
+// through the library's entry points as a procedure builds it: its index
+// among the sent charts, or -1.
+int sendScatter(int points) {
+  // The variables need a data source with the columns' names; its rows
+  // come from the feed.
+  char path[] = "/tmp/bench_render_XXXXXX.csv";
+  const int fd = mkstemps(path, 4);
+  if (fd < 0) return -1;
+  close(fd);
+  std::ofstream(path) << "x,y,group\n0,0,1\n";
+  void* source = cxh_open_csv(path);
+  std::remove(path);
+  if (source == nullptr) return -1;
+  auto* dictionary = static_cast<VORN_FortranDictionary*>(source);
+  const std::string procedure = "bench";
+  const int64_t length = static_cast<int64_t>(procedure.size());
+  int64_t chart = kNone, data = kNone, graph = kNone, frame = kNone, element = kNone;
+  int64_t xStyle = kNone, xAxis = kNone, yStyle = kNone, yAxis = kNone;
+  int64_t style = kNone, legend = kNone;
+  int64_t vars[3];
+  bool ok = need(CX_INIT(kAllOnes, &dictionary, procedure.data(), &length), "CX_INIT") &&
+            need(CX_CREATECHARTEX(kAllOnes, &dictionary, procedure.data(), &length, &chart, &data,
+                                  &graph, &frame),
+                 "CX_CREATECHARTEX");
+  for (int64_t c = 0; ok && c < 3; ++c) {
+    const int64_t categorical = c == 2 ? kYes : kNo;
+    vars[c] = CX_ADDVARIABLE(&chart, &data, &c, &categorical);
+    ok = need(vars[c], "CX_ADDVARIABLE");
+  }
+  ok = ok &&
+       need(CX_ADDXYDIMENSIONWITHAXIS(&chart, &frame, &kNone, &kNone, &kNo, &kNo, &xStyle, &xAxis,
+                                      &yStyle, &yAxis),
+            "CX_ADDXYDIMENSIONWITHAXIS") &&
+       need(CX_ADDXYELEMENTEX(&chart, &frame, &kFirst, &kPoint, &vars[0], &vars[1], &kScatter,
+                              &element),
+            "CX_ADDXYELEMENTEX") &&
+       need(CX_ADDCOLOR(&chart, &element, &vars[2]), "CX_ADDCOLOR") &&
+       need(CX_ADDLEGENDFRAME(&chart, &graph, &element, &kFirst, &kColor, nullptr, &style, &legend),
+            "CX_ADDLEGENDFRAME");
+  Cloud cloud;
+  for (int i = 0; ok && i < points; ++i) {
+    double x = 0, y = 0;
+    cloud.point(i % kGroups, x, y);
+    const double group = i % kGroups + 1;
+    ok = CX_ADDROW(&chart, &data) >= 0 && CX_ADDDOUBLEDATAVALUE(&chart, &data, &vars[0], &x) >= 0 &&
+         CX_ADDDOUBLEDATAVALUE(&chart, &data, &vars[1], &y) >= 0 &&
+         CX_ADDDOUBLEDATAVALUE(&chart, &data, &vars[2], &group) >= 0;
+  }
+  ok = ok && need(CX_ENDCHART(&chart), "CX_ENDCHART");
+  CX_TERMINATE();
+  cxh_close(source);
+  return ok ? cxh_sent_count() - 1 : -1;
+}
+
+int sentScatter(int points) {
+  static std::map<int, int> sent;
+  const auto it = sent.find(points);
+  if (it != sent.end()) return it->second;
+  return sent[points] = sendScatter(points);
+}
+
+// What the runs measured, for the goals after them.
+struct Figures {
+  double seconds = 0;
+  double peakMb = 0;     // operator new
+  double rssPeakMb = 0;  // the whole process
+  double bytesPerPoint = 0;
+};
+std::map<std::string, Figures> figures;
+
+void drawScatter(benchmark::State& state, chartxml::PictureFormat format) {
+  const int points = static_cast<int>(state.range(0));
+  const int chart = sentScatter(points);
+  if (chart < 0) {
+    state.SkipWithError("the scatter could not be sent");
+    return;
+  }
+  chartxml::ChartRenderer renderer;
+  // Fonts and the text engine start once per process, not per chart.
+  if (!renderer.loadSent(chart) || !renderer.picture(format)) {
+    state.SkipWithError(renderer.error().c_str());
+    return;
+  }
+  std::int64_t peak = 0, rssPeak = 0;
+  std::size_t bytes = 0;
+  for (auto _ : state) {
+    resetPeak();
+    const std::int64_t before = liveBytes.load();
+    resetRssPeak();
+    const std::int64_t rssBefore = statusField("VmRSS");
+    const bool loaded = renderer.loadSent(chart);
+    const auto picture = loaded ? renderer.picture(format) : std::nullopt;
+    if (!picture) {
+      state.SkipWithError(renderer.error().c_str());
+      return;
+    }
+    bytes = picture->size();
+    peak = std::max(peak, peakBytes.load() - before);
+    rssPeak = std::max(rssPeak, statusField("VmHWM") - rssBefore);
+  }
+  Figures& f =
+      figures[(format == chartxml::PictureFormat::kPng ? "png/" : "svg/") + std::to_string(points)];
+  f.peakMb = static_cast<double>(peak) / 1e6;
+  f.rssPeakMb = static_cast<double>(rssPeak) / 1e6;
+  f.bytesPerPoint = static_cast<double>(bytes) / points;
+  state.counters["peak_MB"] = f.peakMb;
+  state.counters["rss_peak_MB"] = f.rssPeakMb;
+  state.counters["bytes"] = static_cast<double>(bytes);
+  state.counters["bytes_per_point"] = f.bytesPerPoint;
+  state.SetItemsProcessed(state.iterations() * points);
+}
+
+void BM_ScatterPng(benchmark::State& state) {
+  drawScatter(state, chartxml::PictureFormat::kPng);
+}
+BENCHMARK(BM_ScatterPng)
+    ->Arg(1000000)
+    ->Arg(10000000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->MinTime(2.0);
+
+void BM_ScatterSvg(benchmark::State& state) {
+  drawScatter(state, chartxml::PictureFormat::kSvg);
+}
+BENCHMARK(BM_ScatterSvg)->Arg(1000000)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// The stages alone, to see where the time of a whole chart goes.
+
+// Parsing the host's CSV text of a sent chart.
+void BM_ReadCsv(benchmark::State& state) {
+  const int points = static_cast<int>(state.range(0));
+  const int chart = sentScatter(points);
+  const char* csv = chart < 0 ? nullptr : cxh_sent_data_csv(chart, "source0");
+  if (csv == nullptr) {
+    state.SkipWithError("the scatter could not be sent");
+    return;
+  }
+  const std::string_view text(csv);
+  std::string error;
+  for (auto _ : state) {
+    auto table = chartxml::render::readCsv(text, "bench", error);
+    benchmark::DoNotOptimize(table);
+  }
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
+}
+BENCHMARK(BM_ReadCsv)->Arg(1000000)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// Blending markers of 2 pixels in five translucent colours, spread evenly
+// over an 800x600 image, as the 1M chart's panel holds them.
+void BM_BlitPoints(benchmark::State& state) {
+  namespace device = chartxml::render::device;
+  const int points = static_cast<int>(state.range(0));
+  chartxml::render::PointBatch batch;
+  batch.size = 2;
+  batch.palette = {{230, 159, 0, 90},
+                   {86, 180, 233, 90},
+                   {0, 158, 115, 90},
+                   {0, 114, 178, 90},
+                   {213, 94, 0, 90}};
+  Cloud cloud;
+  for (int i = 0; i < points; ++i) {
+    batch.x.push_back(static_cast<float>(cloud.uniform() * 800));
+    batch.y.push_back(static_cast<float>(cloud.uniform() * 600));
+    batch.colorIndex.push_back(static_cast<std::uint16_t>(i % kGroups));
+  }
+  std::vector<std::uint32_t> pixels(800 * 600, 0xFFFFFFFFu);
+  const device::PixelImage image{reinterpret_cast<unsigned char*>(pixels.data()), 800, 600,
+                                 800 * 4};
+  for (auto _ : state) {
+    if (!device::blitPoints(batch, {}, {0, 0, 800, 600}, image)) {
+      state.SkipWithError("no masks");
+      return;
+    }
+    benchmark::ClobberMemory();
+  }
+  state.SetItemsProcessed(state.iterations() * points);
+}
+BENCHMARK(BM_BlitPoints)->Arg(1000000)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// Keeps each benchmark's mean wall time per iteration.
+class Recorder : public benchmark::ConsoleReporter {
+ public:
+  void ReportRuns(const std::vector<Run>& runs) override {
+    for (const Run& run : runs) {
+      if (run.run_type != Run::RT_Iteration || run.error_occurred) continue;
+      // "BM_ScatterPng/1000000/min_time:2.000/real_time" is "png/1000000".
+      std::string name = run.benchmark_name();
+      const bool png = name.rfind("BM_ScatterPng/", 0) == 0;
+      name = name.substr(name.find('/') + 1);
+      name = (png ? "png/" : "svg/") + name.substr(0, name.find('/'));
+      figures[name].seconds = run.GetAdjustedRealTime() / 1e3;  // the unit is milliseconds
+    }
+    ConsoleReporter::ReportRuns(runs);
+  }
+};
+
+bool check(const std::string& what, double value, double limit, const char* unit) {
+  const bool ok = value <= limit;
+  std::printf("%-50s %10.4g %-6s (goal <= %g) %s\n", what.c_str(), value, unit, limit,
+              ok ? "ok" : "MISSED");
+  return ok;
+}
+
+}  // namespace
+
+// Blocks are counted at their usable size, the same on the way in and out.
+void* operator new(std::size_t size) {
+  void* block = std::malloc(size == 0 ? 1 : size);
+  if (block == nullptr) throw std::bad_alloc();
+  const auto bytes = static_cast<std::int64_t>(malloc_usable_size(block));
+  const std::int64_t live = liveBytes.fetch_add(bytes) + bytes;
+  std::int64_t peak = peakBytes.load();
+  while (live > peak && !peakBytes.compare_exchange_weak(peak, live)) {
+  }
+  return block;
+}
+void operator delete(void* p) noexcept {
+  if (p == nullptr) return;
+  liveBytes.fetch_sub(static_cast<std::int64_t>(malloc_usable_size(p)));
+  std::free(p);
+}
+void operator delete(void* p, std::size_t) noexcept {
+  operator delete(p);
+}
+
+int main(int argc, char** argv) {
+  cxh_set_quiet(1);
+  cxh_set_output_dir(nullptr);
+  cxh_set_string_tables(CHARTXML_SOURCE_STRINGS_DIR);
+  benchmark::Initialize(&argc, argv);
+  Recorder recorder;
+  benchmark::RunSpecifiedBenchmarks(&recorder);
+
+  bool ok = true;
+  std::printf("\n");
+  const auto have = [](const char* name) { return figures.count(name) > 0; };
+  if (have("png/1000000")) {
+    const Figures& f = figures["png/1000000"];
+    ok &= check("1M points, 5 groups, sent chart to PNG: time", f.seconds, 0.1, "s");
+    ok &= check("  peak memory (operator new)", f.peakMb, 60, "MB");
+    ok &= check("  new resident memory (whole process)", f.rssPeakMb, 60, "MB");
+  }
+  if (have("png/10000000")) {
+    const Figures& f = figures["png/10000000"];
+    ok &= check("10M points, 5 groups, sent chart to PNG: time", f.seconds, 1.0, "s");
+    ok &= check("  peak memory (operator new)", f.peakMb, 400, "MB");
+    ok &= check("  new resident memory (whole process)", f.rssPeakMb, 400, "MB");
+  }
+  if (have("svg/1000000")) {
+    const Figures& f = figures["svg/1000000"];
+    ok &= check("1M points to SVG: bytes per point", f.bytesPerPoint, 16, "B");
+  }
+  std::printf("\n%s\n", ok ? "all goals met" : "some goals MISSED");
+  return ok ? 0 : 1;
+}

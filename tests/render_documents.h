@@ -1,0 +1,169 @@
+// Small chart documents and readers of what the renderer draws from them,
+// shared by the render suites that check marks against hand-worked values.
+#pragma once
+
+#include <cairo.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <regex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "chartxml/render.h"
+
+namespace rendertest {
+
+// A document of one data frame around `body` (dimensions, elements), with
+// `variables`, a title and `extra` (legends) beside the data frame, and
+// `top` (style cycles) at the end of the document.
+inline std::string document(const std::string& variables, const std::string& body,
+                            const std::string& extra = "", const std::string& top = "") {
+  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<visualization>\n"
+         "<source id=\"source0\"/>\n" +
+         variables + "<frame id=\"frame_graph_1\">\n<frame id=\"frame_data_1\">\n" + body +
+         "</frame>\n<frame id=\"frame_title_1\"><label id=\"label_title_1\">The title</label>"
+         "</frame>\n" +
+         extra + "</frame>\n" + top + "</visualization>\n";
+}
+
+inline std::string variable(const std::string& id, const std::string& column, bool categorical,
+                            const std::string& inner = "") {
+  return "<variable id=\"" + id + "\" label=\"" + id + "\" source=\"source0\" sourceName=\"" +
+         column + "\" categorical=\"" + (categorical ? "true" : "false") + "\">" + inner +
+         "</variable>\n";
+}
+
+// Axes with a margin around the data, so that no mark sits on an axis line.
+inline const std::string kAxes =
+    "<dimension role=\"x\" lowerMargin=\"8%\" upperMargin=\"8%\"><axis id=\"axis_x\">"
+    "<majorTicks/></axis></dimension>\n"
+    "<dimension role=\"y\" lowerMargin=\"8%\" upperMargin=\"8%\"><axis id=\"axis_y\">"
+    "<majorTicks/></axis></dimension>\n";
+
+inline std::size_t count(const std::string& text, const std::string& piece) {
+  std::size_t n = 0;
+  for (std::size_t at = text.find(piece); at != std::string::npos; at = text.find(piece, at + 1)) {
+    ++n;
+  }
+  return n;
+}
+
+// The texts of the <text> elements of class `role`, in document order.
+inline std::vector<std::string> texts(const std::string& svg, const std::string& role) {
+  std::vector<std::string> out;
+  const std::regex pattern("<text class=\"" + role + "\"[^>]*>(.*?)</text>");
+  for (auto it = std::sregex_iterator(svg.begin(), svg.end(), pattern);
+       it != std::sregex_iterator(); ++it) {
+    out.push_back(std::regex_replace((*it)[1].str(), std::regex("<[^>]*>"), ""));
+  }
+  return out;
+}
+
+// The numbers of the path data of each <path> of class `role`, in order.
+inline std::vector<std::vector<double>> paths(const std::string& svg, const std::string& role) {
+  std::vector<std::vector<double>> out;
+  const std::regex pattern("<path class=\"" + role + "\" d=\"([^\"]*)\"");
+  const std::regex number("-?[0-9]+(\\.[0-9]+)?");
+  for (auto it = std::sregex_iterator(svg.begin(), svg.end(), pattern);
+       it != std::sregex_iterator(); ++it) {
+    const std::string d = (*it)[1].str();
+    std::vector<double> numbers;
+    for (auto n = std::sregex_iterator(d.begin(), d.end(), number); n != std::sregex_iterator();
+         ++n) {
+      numbers.push_back(std::stod(n->str()));
+    }
+    out.push_back(std::move(numbers));
+  }
+  return out;
+}
+
+// The centres of the circles inside the group of class `role`.
+inline std::vector<std::pair<double, double>> circles(const std::string& svg,
+                                                      const std::string& role) {
+  std::vector<std::pair<double, double>> out;
+  const std::regex group("<g class=\"" + role + "\"[^>]*>([^]*?)</g>");
+  const std::regex circle("<circle cx=\"([-0-9.]+)\" cy=\"([-0-9.]+)\"");
+  for (auto g = std::sregex_iterator(svg.begin(), svg.end(), group); g != std::sregex_iterator();
+       ++g) {
+    const std::string inner = (*g)[1].str();
+    for (auto it = std::sregex_iterator(inner.begin(), inner.end(), circle);
+         it != std::sregex_iterator(); ++it) {
+      out.emplace_back(std::stod((*it)[1].str()), std::stod((*it)[2].str()));
+    }
+  }
+  return out;
+}
+
+// A linear map from data to picture pixels along one axis, learnt from two
+// of its tick labels and their ticks.
+struct AxisMap {
+  double a = 0, b = 0;  // pixel = a + b * value
+  double operator()(double value) const { return a + b * value; }
+};
+
+// The map of axis `axis` ("x" or "y") from its numeric tick labels.
+inline std::optional<AxisMap> axisMap(const std::string& svg, const std::string& axis) {
+  const std::vector<std::string> labels = texts(svg, "tick-label " + axis);
+  std::vector<double> at;
+  const std::regex tick("<path class=\"tick " + axis + "\" d=\"M([-0-9.]+) ([-0-9.]+)");
+  for (auto it = std::sregex_iterator(svg.begin(), svg.end(), tick); it != std::sregex_iterator();
+       ++it) {
+    at.push_back(std::stod((*it)[axis == "x" ? 1 : 2].str()));
+  }
+  if (labels.size() != at.size() || labels.size() < 2) return std::nullopt;
+  const double v0 = std::stod(labels.front()), v1 = std::stod(labels.back());
+  if (v0 == v1) return std::nullopt;
+  AxisMap map;
+  map.b = (at.back() - at.front()) / (v1 - v0);
+  map.a = at.front() - map.b * v0;
+  return map;
+}
+
+// `png` decoded by cairo; the caller destroys it. Its status is an error
+// when `png` does not decode.
+inline cairo_surface_t* decodePng(const std::string& png) {
+  std::string_view rest(png);
+  return cairo_image_surface_create_from_png_stream(
+      [](void* closure, unsigned char* out, unsigned int length) {
+        auto* left = static_cast<std::string_view*>(closure);
+        if (left->size() < length) return CAIRO_STATUS_READ_ERROR;
+        std::copy_n(left->data(), length, out);
+        left->remove_prefix(length);
+        return CAIRO_STATUS_SUCCESS;
+      },
+      &rest);
+}
+
+// The colour of pixel (x, y) of a PNG as 0xRRGGBB (0xFFFFFFFF when it does
+// not decode).
+inline unsigned pixel(const std::string& png, int x, int y) {
+  cairo_surface_t* surface = decodePng(png);
+  unsigned value = 0xFFFFFFFF;
+  if (cairo_surface_status(surface) == CAIRO_STATUS_SUCCESS) {
+    const unsigned char* row =
+        cairo_image_surface_get_data(surface) + y * cairo_image_surface_get_stride(surface);
+    value = reinterpret_cast<const std::uint32_t*>(row)[x] & 0xFFFFFF;
+  }
+  cairo_surface_destroy(surface);
+  return value;
+}
+
+// A renderer loaded with a document and source0's data.
+class Drawn {
+ public:
+  bool load(const std::string& xml, const std::string& csv) {
+    return renderer.loadText(xml, "test.xml", [csv](const std::string& source) {
+      return source == "source0" ? std::optional<std::string>(csv) : std::nullopt;
+    });
+  }
+  std::string svg() { return renderer.picture(chartxml::PictureFormat::kSvg).value_or(""); }
+  std::string png() { return renderer.picture(chartxml::PictureFormat::kPng).value_or(""); }
+
+  chartxml::ChartRenderer renderer;
+};
+
+}  // namespace rendertest

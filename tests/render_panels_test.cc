@@ -1,0 +1,425 @@
+// Panels, coordinates, axes and guides of drawn charts: the facet algebra's
+// panels and labels, scales per panel, power and percent axes, minor ticks,
+// axes on the opposite side, roses, and the fitted-curve and reference lines.
+// Expected values are worked out by hand from each test's data.
+#include <gtest/gtest.h>
+
+#include <cairo.h>
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "chartxml/render.h"
+#include "render_documents.h"
+#include "stats/Formula.h"
+#include "text/TextEngine.h"
+
+namespace {
+
+using chartxml::ChartRenderer;
+using chartxml::PictureFormat;
+using rendertest::pixel;
+
+std::string document(const std::string& variables, const std::string& body) {
+  return "<?xml version=\"1.0\"?>\n<visualization><source id=\"s\"/>" + variables +
+         "<frame id=\"frame_graph_1\"><frame id=\"frame_data_1\">" + body +
+         "</frame></frame></visualization>\n";
+}
+
+std::string variable(const std::string& id, const std::string& column, bool categorical) {
+  return "<variable id=\"" + id + "\" label=\"" + id + "\" source=\"s\" sourceName=\"" + column +
+         "\" categorical=\"" + (categorical ? "true" : "false") + "\"/>";
+}
+
+const std::string kPoints =
+    "<element id=\"e\" type=\"point\"><x variable=\"vx\"/><y variable=\"vy\"/></element>";
+
+std::string dimension(const std::string& role, const std::string& attributes,
+                      const std::string& axis) {
+  return "<dimension role=\"" + role + "\" " + attributes + "><axis id=\"axis_" + role + "\">" +
+         axis + "</axis></dimension>";
+}
+
+std::size_t count(const std::string& text, const std::string& piece) {
+  std::size_t n = 0;
+  for (auto at = text.find(piece); at != std::string::npos; at = text.find(piece, at + 1)) ++n;
+  return n;
+}
+
+// Each match of `pattern`'s first group as text.
+std::vector<std::string> matches(const std::string& text, const std::string& pattern) {
+  std::vector<std::string> out;
+  const std::regex re(pattern);
+  for (auto it = std::sregex_iterator(text.begin(), text.end(), re); it != std::sregex_iterator();
+       ++it) {
+    out.push_back((*it)[1].str());
+  }
+  return out;
+}
+
+// The texts of class `role`, their lines' tspans joined by "|".
+std::vector<std::string> texts(const std::string& svg, const std::string& role) {
+  std::vector<std::string> out;
+  for (std::string inner : matches(svg, "<text class=\"" + role + "\"[^>]*>(.*?)</text>")) {
+    inner = std::regex_replace(inner, std::regex("</tspan><tspan[^>]*>"), "|");
+    out.push_back(std::regex_replace(inner, std::regex("<[^>]*>"), ""));
+  }
+  return out;
+}
+
+// The first number pair of each path of class `role`: "M<x> <y>".
+std::vector<std::pair<double, double>> starts(const std::string& svg, const std::string& role) {
+  std::vector<std::pair<double, double>> out;
+  const std::regex re("<path class=\"" + role + "\" d=\"M([-0-9.e]+) ([-0-9.e]+)");
+  for (auto it = std::sregex_iterator(svg.begin(), svg.end(), re); it != std::sregex_iterator();
+       ++it) {
+    out.emplace_back(std::stod((*it)[1].str()), std::stod((*it)[2].str()));
+  }
+  return out;
+}
+
+// Every coordinate of the paths of class `role`.
+std::vector<double> coordinates(const std::string& svg, const std::string& role) {
+  std::vector<double> out;
+  for (const std::string& d : matches(svg, "<path class=\"" + role + "\" d=\"([^\"]*)\"")) {
+    for (const std::string& n : matches(d, "([-0-9.e]+)")) out.push_back(std::stod(n));
+  }
+  return out;
+}
+
+class RenderPanels : public ::testing::Test {
+ protected:
+  void draw(const std::string& xml, const std::string& csv) {
+    ASSERT_TRUE(renderer.loadText(xml, "t.xml", [csv](const std::string&) {
+      return std::optional<std::string>(csv);
+    })) << renderer.error();
+    svg = renderer.picture(PictureFormat::kSvg).value_or("");
+  }
+  std::string png() { return renderer.picture(PictureFormat::kPng).value_or(""); }
+
+  ChartRenderer renderer;
+  std::string svg;
+};
+
+// Cases of A (a, b) and B (p, q): (a, p) once, (b, p) and (b, q); (a, q) never.
+const std::string kLevels = "X,Y,A,B\n1,1,a,p\n2,2,b,p\n3,3,b,q\n";
+const std::string kLevelVariables = variable("vx", "X", false) + variable("vy", "Y", false) +
+                                    variable("va", "A", true) + variable("vb", "B", true);
+
+std::string facets(const std::string& algebra) {
+  return "<coordinateFacet>" + algebra + "</coordinateFacet>" +
+         dimension("x", "", "<majorTicks/>") + dimension("y", "", "<majorTicks/>") + kPoints;
+}
+
+TEST_F(RenderPanels, CrossNestAndBlendMakeTheirPanels) {
+  const std::string a = "<facetVariable role=\"x\" variable=\"va\"/>";
+  const std::string b = "<facetVariable role=\"x\" variable=\"vb\"/>";
+  // A cross: every combination, the empty (a, q) too.
+  draw(document(kLevelVariables, facets("<cross>" + a + b + "</cross>")), kLevels);
+  EXPECT_EQ(texts(svg, "panel-label"),
+            (std::vector<std::string>{"a / p", "a / q", "b / p", "b / q"}));
+  EXPECT_EQ(count(svg, "<circle"), 3u);
+  // A nest: only the combinations with cases, outer level first.
+  draw(document(kLevelVariables, facets("<nest>" + a + b + "</nest>")), kLevels);
+  EXPECT_EQ(texts(svg, "panel-label"), (std::vector<std::string>{"a / p", "b / p", "b / q"}));
+  EXPECT_EQ(count(svg, "<circle"), 3u);
+  // A blend: A's levels then B's, each case in its A panel and its B panel.
+  draw(document(kLevelVariables, facets("<blend>" + a + b + "</blend>")), kLevels);
+  EXPECT_EQ(texts(svg, "panel-label"), (std::vector<std::string>{"a", "b", "p", "q"}));
+  EXPECT_EQ(count(svg, "<circle"), 6u);
+  // A across and B down: a 2 × 2 grid, labelled along the top and the right.
+  draw(document(kLevelVariables, facets(a + "<facetVariable role=\"y\" variable=\"vb\"/>")),
+       kLevels);
+  EXPECT_EQ(texts(svg, "panel-label"), (std::vector<std::string>{"a", "b", "p", "a", "b", "q"}));
+  EXPECT_TRUE(renderer.skipped().empty()) << renderer.skipped().front();
+  // A nest of A across in B down: the grid's (a, q) cell stays empty, and
+  // each row is labelled beside its last panel.
+  draw(document(kLevelVariables,
+                facets("<nest>" + a + "<facetVariable role=\"y\" variable=\"vb\"/></nest>")),
+       kLevels);
+  EXPECT_EQ(texts(svg, "panel-label"), (std::vector<std::string>{"a", "b", "p", "b", "q"}));
+  EXPECT_EQ(count(svg, "class=\"panel-strip\""), 5u);
+}
+
+TEST_F(RenderPanels, LongLevelNamesAreCutAndNeighboursNeverCollide) {
+  // Eight panels side by side, each about 80 pixels wide: a long name takes
+  // two lines at most and ends in an ellipsis.
+  std::string csv = "X,Y,A\n";
+  const std::string name = "An extraordinarily long level name that no panel strip holds";
+  for (int i = 0; i < 8; ++i) {
+    csv += std::to_string(1000000 * i) + "," + std::to_string(i) + "," + name + " " +
+           std::to_string(i) + "\n";
+  }
+  draw(document(kLevelVariables, facets("<facetVariable role=\"x\" variable=\"va\"/>")), csv);
+  const auto labels = texts(svg, "panel-label");
+  ASSERT_EQ(labels.size(), 8u);
+  // Cut from the middle: each keeps the number that tells it apart.
+  for (std::size_t i = 0; i < labels.size(); ++i) {
+    EXPECT_LE(count(labels[i], "|"), 1u) << labels[i];
+    EXPECT_NE(labels[i].find("\u2026"), std::string::npos) << labels[i];
+    EXPECT_EQ(labels[i].back(), '0' + static_cast<char>(i)) << labels[i];
+  }
+  // The x tick labels (millions) of neighbouring panels: each one ends
+  // before the next begins, measured with the engine that drew them.
+  chartxml::render::TextEngine engine;
+  const auto lefts = matches(svg, "<text class=\"tick-label x\"[^>]*><tspan x=\"([-0-9.]+)");
+  const auto words = texts(svg, "tick-label x");
+  ASSERT_EQ(lefts.size(), words.size());
+  ASSERT_GT(words.size(), 8u);
+  for (std::size_t i = 1; i < words.size(); ++i) {
+    const double width = engine.measure(words[i - 1], {11, false}).width;
+    EXPECT_LE(std::stod(lefts[i - 1]) + width, std::stod(lefts[i]) + 0.01)
+        << words[i - 1] << " runs into " << words[i];
+  }
+}
+
+TEST_F(RenderPanels, ScalesAreSharedUnlessTheDocumentSeparatesThem) {
+  // Panel a holds y 1..2, panel b 1000..2000.
+  const std::string csv = "X,Y,A\n1,1,a\n2,2,a\n1,1000,b\n2,2000,b\n";
+  const std::string facet =
+      "<coordinateFacet><facetVariable role=\"x\" variable=\"va\"/>"
+      "</coordinateFacet>";
+  const auto yTicks = [&](const std::string& shared) {
+    draw(document(kLevelVariables, facet + dimension("x", "", "<majorTicks/>") +
+                                       dimension("y", shared, "<majorTicks/>") + kPoints),
+         csv);
+    return texts(svg, "tick-label y");
+  };
+  // Shared: one axis on the left, up to 2,000 or so.
+  const auto shared = yTicks("facetsShareScale=\"true\"");
+  EXPECT_EQ(std::count(shared.begin(), shared.end(), "1"), 0) << "1..2 is a sliver of 0..2000";
+  // Separate: each panel labels its own, so 1..2 shows its tenths.
+  const auto own = yTicks("facetsShareScale=\"false\"");
+  EXPECT_GT(own.size(), shared.size());
+  EXPECT_EQ(std::count(shared.begin(), shared.end(), "1.2"), 0);
+  EXPECT_NE(std::find(own.begin(), own.end(), "1.2"), own.end());
+  EXPECT_NE(std::find(own.begin(), own.end(), "1800"), own.end());
+}
+
+TEST_F(RenderPanels, PowerScaleSpacesTicksByTheRootOfTheirValue) {
+  // y from 0 to 100 fixed by its domain, exponent 0.5: value v lies at
+  // sqrt(v / 100) of the way up, so 25 halfway and 81 at nine tenths.
+  const std::string xml =
+      document("<domain id=\"d\"><interval min=\"0\" max=\"100\"/></domain>" + kLevelVariables,
+               dimension("x", "", "<majorTicks/>") +
+                   "<dimension role=\"y\" domain=\"d\"><scale method=\"power\">"
+                   "<parameter name=\"exponent\" value=\"0.5\"/></scale>"
+                   "<axis id=\"ay\"><majorTicks/></axis></dimension>" +
+                   kPoints);
+  draw(xml, "X,Y\n0,25\n1,25\n2,25\n");
+  const auto labels = texts(svg, "tick-label y");
+  const auto ticks = starts(svg, "tick y");
+  ASSERT_EQ(labels.size(), ticks.size());
+  ASSERT_EQ(labels.front(), "0");
+  ASSERT_EQ(labels.back(), "100");
+  const double bottom = ticks.front().second, top = ticks.back().second;
+  for (std::size_t i = 0; i < labels.size(); ++i) {
+    const double share = std::sqrt(std::stod(labels[i]) / 100);
+    EXPECT_NEAR(ticks[i].second, bottom - share * (bottom - top), 1.0) << labels[i];
+  }
+  // The points (y 25) sit halfway up, not a quarter of the way.
+  const std::string picture = png();
+  const auto xTicks = starts(svg, "tick x");  // 0 to 2, symmetric about the middle point
+  const int x = static_cast<int>(xTicks[xTicks.size() / 2].first);
+  const int half = static_cast<int>(std::lround((bottom + top) / 2));
+  const int quarter = static_cast<int>(std::lround(bottom - (bottom - top) / 4));
+  EXPECT_NE(pixel(picture, x, half), 0xFFFFFFu);
+  EXPECT_EQ(pixel(picture, x, quarter), 0xFFFFFFu);
+  // The builders write the method as "exponent": the same scale.
+  std::string named = xml;
+  named.replace(named.find("method=\"power\""), 14, "method=\"exponent\"");
+  draw(named, "X,Y\n0,25\n1,25\n2,25\n");
+  EXPECT_EQ(texts(svg, "tick-label y"), labels);
+  EXPECT_EQ(starts(svg, "tick y"), ticks);
+}
+
+TEST_F(RenderPanels, PercentMinorAndOppositeAxes) {
+  // y 0..100 fixed: majors at nice steps, four minors between each pair;
+  // labels with %. x on the top, y on the right.
+  const std::string xml = document(
+      "<domain id=\"d\"><interval min=\"0\" max=\"100\"/></domain>" + kLevelVariables,
+      "<dimension role=\"x\"><axis id=\"ax\" opposite=\"true\"><majorTicks/></axis></dimension>"
+      "<dimension role=\"y\" domain=\"d\"><axis id=\"ay\" opposite=\"true\"><majorTicks/>"
+      "<minorTicks number=\"4\"><gridLines/></minorTicks><transform method=\"percent\"/>"
+      "</axis></dimension>" +
+          kPoints);
+  draw(xml, "X,Y\n1,10\n2,90\n");
+  const auto labels = texts(svg, "tick-label y");
+  ASSERT_GE(labels.size(), 3u);
+  for (const std::string& label : labels) EXPECT_EQ(label.back(), '%') << label;
+  EXPECT_EQ(count(svg, "class=\"minor-tick y\""), 4 * (labels.size() - 1));
+  EXPECT_EQ(count(svg, "class=\"minor-grid y\""), 4 * (labels.size() - 1));
+  // The y ticks point right from the panel's right edge, x ticks up from its top.
+  const auto yTick = coordinates(svg, "tick y");
+  EXPECT_GT(yTick[2], yTick[0]);
+  const auto xTick = coordinates(svg, "tick x");
+  const auto xLine = coordinates(svg, "axis-line x");
+  EXPECT_LT(xTick[3], xTick[1]);
+  EXPECT_DOUBLE_EQ(xTick[1], xLine[1]);
+  // The x axis line is drawn at the top; nothing crosses the panel's foot.
+  const std::string picture = png();
+  const int middle = static_cast<int>((xLine[0] + xLine[2]) / 2);
+  EXPECT_NE(pixel(picture, middle, static_cast<int>(xLine[1])), 0xFFFFFFu);
+  const double foot = starts(svg, "tick y").front().second;  // the 0% tick
+  EXPECT_EQ(pixel(picture, middle, static_cast<int>(foot)), 0xFFFFFFu);
+
+  // On a log x from 1 to 1000, minors stand at 1..9 × 10^k (27 of them, and
+  // 1000) wherever no major does.
+  draw(document("<domain id=\"d\"><interval min=\"1\" max=\"1000\"/></domain>" + kLevelVariables,
+                "<dimension role=\"x\" domain=\"d\"><scale method=\"log\"/><axis id=\"ax\">"
+                "<majorTicks/><minorTicks/></axis></dimension>" +
+                    dimension("y", "", "<majorTicks/>") + kPoints),
+       "X,Y\n1,1\n1000,2\n");
+  EXPECT_EQ(count(svg, "class=\"minor-tick x\""), 28 - texts(svg, "tick-label x").size());
+}
+
+TEST_F(RenderPanels, RoseWedgesTakeEqualAnglesAndRadiiByValue) {
+  // Four categories, sums 4, 2, 1 and 3: quarter turns clockwise from
+  // twelve o'clock, radii in proportion 4 : 2 : 1 : 3.
+  const std::string xml = document(
+      variable("vc", "C", true) + variable("vy", "Y", false),
+      "<coordinateTransform method=\"polar\"/><dimension role=\"x\"/><dimension role=\"y\"/>"
+      "<element id=\"e\" type=\"interval\"><statistic method=\"sum\"/>"
+      "<x variable=\"vc\"/><y variable=\"vy\"/></element>");
+  draw(xml, "C,Y\nn,4\ne,1\ne,1\ns,1\nw,3\n");
+  const std::regex wedge(
+      "class=\"mark wedge\" d=\"M([-0-9.]+) ([-0-9.]+) ?A[^L]*L([-0-9.]+) ([-0-9.]+)");
+  std::vector<double> angles, radii;
+  for (auto it = std::sregex_iterator(svg.begin(), svg.end(), wedge); it != std::sregex_iterator();
+       ++it) {
+    const double dx = std::stod((*it)[1].str()) - std::stod((*it)[3].str());
+    const double dy = std::stod((*it)[2].str()) - std::stod((*it)[4].str());
+    angles.push_back(std::atan2(dy, dx) * 180 / std::numbers::pi);
+    radii.push_back(std::hypot(dx, dy));
+  }
+  // Categories in text order: e, n, s, w.
+  ASSERT_EQ(angles.size(), 4u) << svg;
+  const double expected[] = {-90, 0, 90, 180};
+  for (std::size_t i = 0; i < 4; ++i) {
+    EXPECT_NEAR(std::remainder(angles[i] - expected[i], 360), 0, 0.1) << i;
+  }
+  EXPECT_NEAR(radii[0] / radii[1], 2.0 / 4, 0.01);
+  EXPECT_NEAR(radii[2] / radii[1], 1.0 / 4, 0.01);
+  EXPECT_NEAR(radii[3] / radii[1], 3.0 / 4, 0.01);
+  EXPECT_EQ(texts(svg, "tick-label x"), (std::vector<std::string>{"e", "n", "s", "w"}));
+}
+
+TEST(FittedCurves, EveryFamilyEvaluatesInPlainAndDateForm) {
+  using chartxml::render::Formula;
+  const std::string d = "datetodouble(\"1582-10-14T00:00:00.000\")";
+  // a = 2, b = 0.5 (c = 3, d = 0.25) at x = 4; the date forms measure x from
+  // the calendar's start, which is date value 0, so they agree.
+  struct Family {
+    std::string plain, date;
+    double expected;
+  };
+  const Family families[] = {
+      {"0.5 * x + 2", "0.5 * (x - " + d + " ) + 2", 4},
+      {"2 + 0.5 * log(x)", "2 + 0.5 * log(x - " + d + ")", 2 + 0.5 * std::log(4.0)},
+      {"2 + 0.5 / x", "2 + 0.5 / (x - " + d + " )", 2.125},
+      {"2 + 0.5 * x + 3 * x*x",
+       "2 + 0.5 * (x - " + d + " ) + 3 * (x - " + d + " )*(x - " + d + " )", 52},
+      {"2 + 0.5 * x + 3 * x*x + 0.25 * x*x*x",
+       "2 + 0.5 * (x - " + d + ") + 3 * (x - " + d + ")*(x - " + d + ") + 0.25 * (x - " + d +
+           ")*(x - " + d + ")*(x - " + d + " )",
+       68},
+      {"2 * 0.5**x", "2 * 0.5**(x - " + d + " )", 0.125},
+      {"2 * x**0.5", "2 * (x - " + d + " )**0.5", 4},
+      {"exp( 2 + 0.5 / x )", "exp( 2 + 0.5 / (x - " + d + " ) )", std::exp(2.125)},
+      {"exp( 2 + 0.5 * x )", "exp( 2 + 0.5 * (x - " + d + " ) )", std::exp(4.0)},
+      {"2 * exp( 0.5 * x )", "2 * exp( 0.5 * (x  - " + d + " ) )", 2 * std::exp(2.0)},
+      {"1 / ( 3 + 2 * 0.5**x )", "1 / ( 3 + 2 * 0.5**(x - " + d + " ) )", 1 / 3.125},
+  };
+  for (const Family& family : families) {
+    for (const std::string& text : {family.plain, family.date}) {
+      std::string error;
+      const auto formula = Formula::parse(text, error);
+      ASSERT_TRUE(formula) << error;
+      EXPECT_NEAR((*formula)(4), family.expected, 1e-12 * std::fabs(family.expected)) << text;
+    }
+  }
+}
+
+TEST_F(RenderPanels, DateFormLineRunsThroughThePointsItWasFittedTo) {
+  // 1 January 1960 and 2000 in seconds since 14 October 1582, with y 1000
+  // and 5000: slope b = 4000 / 1262304000, intercept a = 1000 - b * 11903760000,
+  // in the date form's text; the curve starts and ends on the two points.
+  const std::string d = "datetodouble(&quot;1582-10-14T00:00:00.000&quot;)";
+  const std::string xml = document(
+      "<variable id=\"vx\" label=\"vx\" source=\"s\" sourceName=\"X\" categorical=\"false\">"
+      "<meta><dateTimeFormat pattern=\"yyyy\"/></meta></variable>" +
+          variable("vy", "Y", false),
+      dimension("x", "", "<majorTicks/>") + dimension("y", "", "<majorTicks/>") +
+          "<element id=\"e\" type=\"line\"><x variable=\"vx\"/><y variable=\"vy\"/></element>"
+          "<guide id=\"f\" type=\"function\"><parameter name=\"y\" value=\"3.168808781402895e-06 "
+          "* (x - " +
+          d + " ) + -36720.73921971252\"/></guide>");
+  draw(xml, "X,Y\n11903760000,1000\n13166064000,5000\n");
+  const auto line = coordinates(svg, "mark line");
+  const auto curve = coordinates(svg, "guide function");
+  ASSERT_EQ(line.size(), 4u);
+  ASSERT_GE(curve.size(), 4u);
+  EXPECT_NEAR(curve[0], line[0], 1);
+  EXPECT_NEAR(curve[1], line[1], 1);
+  EXPECT_NEAR(curve[curve.size() - 2], line[2], 1);
+  EXPECT_NEAR(curve.back(), line[3], 1);
+}
+
+TEST_F(RenderPanels, GuidesStayInsideTheDataArea) {
+  // Data from (0, 0) to (10, 10), no margins. The line y = x + 1 runs from
+  // (0, 1) to (9, 10); 1 / (x - 5) + 5 leaves the panel through its foot
+  // left of 5 and comes back through its top right of it; a quadratic with
+  // an infinite coefficient lies wholly above the panel, and reference lines
+  // at 1e300 and infinity neither stretch the scale nor show.
+  const auto frame = [&](const std::string& guides) {
+    return document(kLevelVariables, dimension("x", "", "<majorTicks/>") +
+                                         dimension("y", "", "<majorTicks/>") + kPoints + guides);
+  };
+  const auto function = [](const std::string& id, const std::string& formula) {
+    return "<guide id=\"" + id + "\" type=\"function\"><parameter name=\"y\" value=\"" + formula +
+           "\"/><parameter name=\"numPoints\" value=\"1000\"/></guide>";
+  };
+  const auto reference = [](const std::string& value) {
+    return "<guide id=\"r" + value + "\" type=\"line\"><parameter name=\"y\" value=\"" + value +
+           "\"/></guide>";
+  };
+  const std::string csv = "X,Y\n0,0\n10,10\n";
+  draw(frame(""), csv);
+  const auto plainTicks = texts(svg, "tick-label y");
+  draw(frame(function("f1", "x + 1") + function("f2", "1 / (x - 5) + 5") +
+             function("f3", "1 + inf * x + x*x") + reference("1e300") + reference("inf") +
+             reference("5")),
+       csv);
+  EXPECT_EQ(texts(svg, "tick-label y"), plainTicks) << "far guides leave the scale alone";
+  EXPECT_EQ(count(svg, "class=\"guide reference-line\""), 1u);
+  // The panel's corners from its ticks at 0 and 10.
+  const auto xs = starts(svg, "tick x"), ys = starts(svg, "tick y");
+  const double left = xs.front().first, right = xs.back().first;
+  const double bottom = ys.front().second, top = ys.back().second;
+  const auto paths = matches(svg, "<path class=\"guide function\" d=\"([^\"]*)\"");
+  ASSERT_EQ(paths.size(), 2u) << "nothing of the infinite quadratic is inside";
+  for (const std::string& d : paths) {
+    const auto numbers = matches(d, "([-0-9.e]+)");
+    for (std::size_t i = 0; i + 1 < numbers.size(); i += 2) {
+      EXPECT_GE(std::stod(numbers[i]), left - 1);
+      EXPECT_LE(std::stod(numbers[i]), right + 1);
+      EXPECT_GE(std::stod(numbers[i + 1]), top - 1);
+      EXPECT_LE(std::stod(numbers[i + 1]), bottom + 1);
+    }
+  }
+  // y = x + 1 starts at (0, 1) and ends where it meets the top, at x = 9.
+  const auto line = matches(paths[0], "([-0-9.e]+)");
+  const double unitX = (right - left) / 10, unitY = (bottom - top) / 10;
+  EXPECT_NEAR(std::stod(line[0]), left, 1);
+  EXPECT_NEAR(std::stod(line[1]), bottom - unitY, 1);
+  EXPECT_NEAR(std::stod(line[line.size() - 2]), left + 9 * unitX, 1);
+  EXPECT_NEAR(std::stod(line.back()), top, 1);
+  // 1 / (x - 5) + 5 is cut in two near x = 5.
+  EXPECT_EQ(count(paths[1], "M"), 2u) << "no line joins the pole's two sides";
+}
+
+}  // namespace

@@ -1,0 +1,295 @@
+// Markers of large batches: blended straight into the PNG's pixels, and
+// written compact into the SVG. Checked through the files produced: PNG
+// pixels decoded by cairo, SVG path data parsed back.
+#include <cairo.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <map>
+#include <regex>
+#include <set>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "device/Devices.h"
+#include "device/MarkerBlit.h"
+#include "device/PngWriter.h"
+
+namespace chartxml::render {
+namespace {
+
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+const Color kRed{255, 0, 0, 255};
+const Color kBlue{0, 0, 255, 255};
+
+// A PNG decoded by cairo: premultiplied ARGB pixels, none when it does not decode.
+struct Decoded {
+  explicit Decoded(const std::string& png) {
+    std::string_view rest(png);
+    cairo_surface_t* image = cairo_image_surface_create_from_png_stream(
+        [](void* closure, unsigned char* out, unsigned int length) {
+          auto* left = static_cast<std::string_view*>(closure);
+          if (left->size() < length) return CAIRO_STATUS_READ_ERROR;
+          std::memcpy(out, left->data(), length);
+          left->remove_prefix(length);
+          return CAIRO_STATUS_SUCCESS;
+        },
+        &rest);
+    if (cairo_surface_status(image) == CAIRO_STATUS_SUCCESS) {
+      width = cairo_image_surface_get_width(image);
+      height = cairo_image_surface_get_height(image);
+      for (int y = 0; y < height; ++y) {
+        const auto* row = reinterpret_cast<const std::uint32_t*>(
+            cairo_image_surface_get_data(image) + y * cairo_image_surface_get_stride(image));
+        pixels.insert(pixels.end(), row, row + width);
+      }
+    }
+    cairo_surface_destroy(image);
+  }
+  // As 0xRRGGBB (the pictures here are opaque).
+  std::uint32_t rgb(int x, int y) const {
+    return pixels.at(static_cast<std::size_t>(y * width + x)) & 0xFFFFFF;
+  }
+  int width = 0, height = 0;
+  std::vector<std::uint32_t> pixels;
+};
+
+Scene canvas(double width, double height) {
+  Scene scene;
+  scene.width = width;
+  scene.height = height;
+  return scene;
+}
+
+PointBatch batch(double size, std::vector<Color> palette,
+                 std::vector<std::pair<float, float>> points, std::vector<std::uint16_t> colors) {
+  PointBatch out;
+  out.size = size;
+  out.palette = std::move(palette);
+  for (const auto& [x, y] : points) {
+    out.x.push_back(x);
+    out.y.push_back(y);
+  }
+  out.colorIndex = std::move(colors);
+  out.role = "mark point";
+  return out;
+}
+
+Decoded png(const Scene& scene, double scale = 1) {
+  TextEngine text;
+  std::string out, error;
+  EXPECT_TRUE(drawPng(scene, text, scale, out, error)) << error;
+  return Decoded(out);
+}
+
+TEST(RenderPoints, BlittedMarkersLandWhereTheyMust) {
+  // A red disc of diameter 10 centred on the corner shared by pixels (9, 9)
+  // and (10, 10): it covers x and y from 5 to 15.
+  Scene scene = canvas(40, 30);
+  scene.items.emplace_back(batch(10, {kRed}, {{10, 10}}, {}));
+  const Decoded picture = png(scene);
+  ASSERT_EQ(picture.width, 40);
+  EXPECT_EQ(picture.rgb(9, 9), 0xFF0000u);
+  EXPECT_EQ(picture.rgb(10, 10), 0xFF0000u);
+  EXPECT_EQ(picture.rgb(6, 10), 0xFF0000u) << "its far corner (6, 11) is 4.1 from the centre";
+  EXPECT_EQ(picture.rgb(16, 10), 0xFFFFFFu) << "beyond the radius";
+  EXPECT_EQ(picture.rgb(14, 14), 0xFFFFFFu) << "its near corner (14, 14) is 5.7 from the centre";
+  // Pixel (14, 12) is cut by the circle (its corners lie 4.5 and 5.8 from
+  // the centre): red over white in part, so red stays full and green and
+  // blue fall between.
+  const std::uint32_t edge = picture.rgb(14, 12);
+  EXPECT_EQ(edge >> 16, 0xFFu);
+  EXPECT_GT(edge & 0xFF, 0u);
+  EXPECT_LT(edge & 0xFF, 0xFFu);
+  EXPECT_EQ((edge >> 8) & 0xFF, edge & 0xFF);
+
+  // Points are blended band by band of rows; a marker taller than a band
+  // of a wide picture is blended whole, once. Discs of diameter 60 at
+  // (100, 110) and (110, 110), both half blue, reach across two bands:
+  // where both cover a pixel, blue is blended twice (white -> 127,127,255
+  // -> 63,63,255).
+  Scene wide = canvas(3000, 200);
+  const Color halfBlue{0, 0, 255, 128};
+  wide.items.emplace_back(batch(60, {halfBlue}, {{100, 110}, {110, 110}}, {}));
+  const Decoded banded = png(wide);
+  ASSERT_EQ(banded.width, 3000);
+  EXPECT_EQ(banded.rgb(75, 110), 0x7F7FFFu) << "the first disc alone";
+  EXPECT_EQ(banded.rgb(105, 90), 0x3F3FFFu) << "both discs, upper band";
+  EXPECT_EQ(banded.rgb(105, 135), 0x3F3FFFu) << "both discs, lower band";
+  EXPECT_EQ(banded.rgb(135, 110), 0x7F7FFFu) << "the second disc alone";
+  EXPECT_EQ(banded.rgb(145, 110), 0xFFFFFFu);
+
+  // Twice the scale: twice the distances.
+  const Decoded sharp = png(scene, 2);
+  ASSERT_EQ(sharp.width, 80);
+  EXPECT_EQ(sharp.rgb(20, 20), 0xFF0000u);
+  EXPECT_EQ(sharp.rgb(11, 20), 0xFF0000u);
+  EXPECT_EQ(sharp.rgb(31, 20), 0xFFFFFFu);
+}
+
+TEST(RenderPoints, ClipsSkipsAndBlendsInOrder) {
+  Scene scene = canvas(40, 30);
+  // Clipped at x = 20: a disc on the clip's edge keeps its left half, one
+  // beyond it nothing; a disc on the picture's left edge keeps its right
+  // half; a point without a position and one without a colour draw nothing.
+  scene.items.emplace_back(ClipBegin::rectangle(0, 0, 20, 30));
+  scene.items.emplace_back(batch(10, {kRed, kBlue},
+                                 {{20, 20}, {0, 5}, {kNaN, 20}, {30, 20}, {10, 20}, {30, 8}},
+                                 {0, 0, 1, 1, 7, 1}));
+  scene.items.emplace_back(ClipEnd{});
+  // Blue then red, each half opaque, on (30, 20), and red then blue on
+  // (36, 26): discs of diameter 4 that cover those pixels wholly.
+  const Color halfBlue{0, 0, 255, 128}, halfRed{255, 0, 0, 128};
+  scene.items.emplace_back(batch(4, {halfBlue, halfRed}, {{30, 20}, {30, 20}}, {0, 1}));
+  scene.items.emplace_back(batch(4, {halfBlue, halfRed}, {{36, 26}, {36, 26}}, {1, 0}));
+  const Decoded picture = png(scene);
+  ASSERT_EQ(picture.width, 40);
+  EXPECT_EQ(picture.rgb(17, 20), 0xFF0000u) << "inside the clip";
+  EXPECT_EQ(picture.rgb(20, 20), 0xFFFFFFu) << "right of the clip";
+  EXPECT_EQ(picture.rgb(23, 20), 0xFFFFFFu);
+  EXPECT_EQ(picture.rgb(1, 5), 0xFF0000u) << "the part inside the picture";
+  EXPECT_EQ(picture.rgb(10, 20), 0xFFFFFFu) << "colour index 7 of a palette of two";
+  EXPECT_EQ(picture.rgb(30, 8), 0xFFFFFFu) << "outside the clip";
+  // The blue disc on (30, 20) lay outside the clip; the translucent pair
+  // after the clip's end drew. White, then blue of
+  // alpha 128 (premultiplied 0,0,128): 255 * 127 / 255 = 127 left of red and
+  // green, 128 + 127 of blue; then red: 128 + 127 * 127 / 255 (63) = 191,
+  // 63, 255 * 127 / 255 = 127.
+  EXPECT_EQ(picture.rgb(30, 20), 0xBF3F7Fu);
+  // The other order: red first (255, 127, 127), then blue: 127, 63, 191.
+  EXPECT_EQ(picture.rgb(36, 26), 0x7F3FBFu);
+}
+
+TEST(RenderPoints, PngDecodesToThePixelsDrawn) {
+  // Premultiplied pixels, translucent ones too: written as RGBA without the
+  // alpha, and multiplied back by cairo's reader to the same values.
+  const std::uint32_t drawn[6] = {0xFFFF0000u, 0x80400000u, 0x00000000u,
+                                  0x0A050403u, 0xFF123456u, 0xC0C0C0C0u};
+  std::vector<std::uint32_t> pixels(drawn, drawn + 6);
+  const device::PixelImage image{reinterpret_cast<unsigned char*>(pixels.data()), 3, 2, 12};
+  std::string file, error;
+  ASSERT_TRUE(device::writePng(image, file, error)) << error;
+  EXPECT_EQ(file[25], 6) << "colour type RGBA";
+  const Decoded decoded(file);
+  ASSERT_EQ(decoded.width, 3);
+  ASSERT_EQ(decoded.height, 2);
+  EXPECT_EQ(decoded.pixels, pixels);
+
+  // An opaque picture is written as RGB.
+  pixels = {0xFF000000u, 0xFFFFFFFFu, 0xFF808080u, 0xFF010203u, 0xFFFEFDFCu, 0xFF00FF00u};
+  file.clear();
+  ASSERT_TRUE(device::writePng(image, file, error)) << error;
+  EXPECT_EQ(file[25], 2) << "colour type RGB";
+  EXPECT_EQ(Decoded(file).pixels, pixels);
+}
+
+// Each path of a compact marker group: its stroke colour and the absolute
+// positions (tenths of a pixel) its subpaths start at.
+std::vector<std::pair<std::string, std::vector<std::pair<long, long>>>> dotPaths(
+    const std::string& svg) {
+  std::vector<std::pair<std::string, std::vector<std::pair<long, long>>>> out;
+  const std::regex path("<path stroke=\"#([0-9a-f]{6})\"[^>]* d=\"([^\"]*)\"");
+  const std::regex move("([Mm])(-?[0-9]+) ?(-?[0-9]+)h0");
+  for (auto it = std::sregex_iterator(svg.begin(), svg.end(), path); it != std::sregex_iterator();
+       ++it) {
+    const std::string d = (*it)[2].str();
+    std::vector<std::pair<long, long>> starts;
+    long x = 0, y = 0;
+    std::size_t consumed = 0;
+    for (auto m = std::sregex_iterator(d.begin(), d.end(), move); m != std::sregex_iterator();
+         ++m) {
+      EXPECT_EQ(static_cast<std::size_t>(m->position()), consumed) << "nothing between dots";
+      consumed += static_cast<std::size_t>(m->length());
+      const long a = std::stol((*m)[2].str()), b = std::stol((*m)[3].str());
+      if ((*m)[1].str() == "M") {
+        x = a;
+        y = b;
+      } else {
+        x += a;
+        y += b;
+      }
+      starts.emplace_back(x, y);
+    }
+    EXPECT_EQ(consumed, d.size());
+    out.emplace_back((*it)[1].str(), std::move(starts));
+  }
+  return out;
+}
+
+TEST(RenderPoints, SvgWritesManyPointsAsOnePathPerColour) {
+  // 1,200 dots of 3 pixels on a grid 10 pixels apart (none touches
+  // another), alternating two colours, plus one without a position and one
+  // far outside the picture.
+  Scene scene = canvas(400, 300);
+  PointBatch dots = batch(3, {kRed, kBlue}, {}, {});
+  std::map<std::string, std::set<std::pair<long, long>>> expected;
+  for (int i = 0; i < 1200; ++i) {
+    const float x = 5.04f + static_cast<float>(i % 40) * 10,
+                y = 4.96f + static_cast<float>(i / 40) * 10;
+    dots.x.push_back(x);
+    dots.y.push_back(y);
+    dots.colorIndex.push_back(static_cast<std::uint16_t>(i % 2));
+    // Tenths of a pixel, rounded: 5.04 -> 50, 4.96 -> 50.
+    expected[i % 2 == 0 ? "ff0000" : "0000ff"].insert({50 + (i % 40) * 100, 50 + (i / 40) * 100});
+  }
+  dots.x.insert(dots.x.end(), {kNaN, 5000});
+  dots.y.insert(dots.y.end(), {10, 10});
+  dots.colorIndex.insert(dots.colorIndex.end(), {0, 0});
+  scene.items.emplace_back(std::move(dots));
+  TextEngine text;
+  std::string svg, error;
+  ASSERT_TRUE(drawSvg(scene, text, svg, error)) << error;
+  EXPECT_NE(svg.find("<g class=\"mark point\" transform=\"scale(.1)\" fill=\"none\" "
+                     "stroke-linecap=\"round\" stroke-width=\"30\">"),
+            std::string::npos);
+  const auto paths = dotPaths(svg);
+  ASSERT_EQ(paths.size(), 2u) << "one path per colour";
+  std::size_t subpaths = 0;
+  for (const auto& [color, starts] : paths) {
+    subpaths += starts.size();
+    using Places = std::set<std::pair<long, long>>;
+    EXPECT_EQ(Places(starts.begin(), starts.end()), expected[color]) << color;
+  }
+  EXPECT_EQ(subpaths, 1200u) << "the NaN point and the one outside are not written";
+  EXPECT_LT(svg.size(), 16u * 1200) << "under 16 bytes a point";
+}
+
+TEST(RenderPoints, SvgKeepsOverlappingMarkersInTheirOrder) {
+  // Red over blue at (20, 20), blue over red at (60, 20): within one path,
+  // overlapping dots would paint once; layers keep each drawn, in order.
+  Scene scene = canvas(100, 50);
+  PointBatch dots = batch(6, {kRed, kBlue}, {{20, 20}, {20, 20}, {60, 20}, {60, 20}}, {1, 0, 0, 1});
+  for (int i = 0; i < 1000; ++i) {  // enough points to be written compact, off to the side
+    dots.x.push_back(static_cast<float>(5 + (i % 10) * 9));
+    dots.y.push_back(45);
+    dots.colorIndex.push_back(0);
+  }
+  scene.items.emplace_back(std::move(dots));
+  TextEngine text;
+  std::string svg, error;
+  ASSERT_TRUE(drawSvg(scene, text, svg, error)) << error;
+  // Where each of the four dots is written: path number, in document order.
+  const auto paths = dotPaths(svg);
+  const auto pathOf = [&](const std::string& color, std::pair<long, long> at) {
+    for (std::size_t p = 0; p < paths.size(); ++p) {
+      if (paths[p].first != color) continue;
+      for (const auto& start : paths[p].second) {
+        if (start == at) return static_cast<int>(p);
+      }
+    }
+    return -1;
+  };
+  const int blueLeft = pathOf("0000ff", {200, 200}), redLeft = pathOf("ff0000", {200, 200});
+  const int redRight = pathOf("ff0000", {600, 200}), blueRight = pathOf("0000ff", {600, 200});
+  ASSERT_GE(blueLeft, 0);
+  ASSERT_GE(redRight, 0);
+  EXPECT_LT(blueLeft, redLeft);
+  EXPECT_LT(redRight, blueRight);
+}
+
+}  // namespace
+}  // namespace chartxml::render

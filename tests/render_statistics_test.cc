@@ -1,0 +1,306 @@
+// The statistics an element's statistic can name, worked out by hand from
+// small samples: weighted summaries, percentiles and their grouped forms,
+// cuts, running totals, bins by number, box-plot hinges and the t quantiles
+// behind confidence intervals; then the same through whole layers.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "model/ModelBuilder.h"
+#include "read/DataTable.h"
+#include "read/XmlTree.h"
+#include "stats/Bins.h"
+#include "stats/Layers.h"
+#include "stats/Summary.h"
+
+namespace {
+
+using namespace chartxml::render;
+
+double of(Summary summary, std::vector<double> values, std::vector<double> weights = {},
+          SummaryArgs args = {}) {
+  Sample sample;
+  sample.values = std::move(values);
+  sample.weights = std::move(weights);
+  for (std::size_t i = 0; i < sample.values.size(); ++i) {
+    sample.cases += sample.weights.empty() ? 1 : sample.weights[i];
+  }
+  Totals totals;
+  totals.cases = 10;
+  totals.sum = 40;
+  return summarize(summary, sample, totals, args);
+}
+
+TEST(RenderStatistics, WeightsCountCasesAsManyTimesAsTheyWeigh) {
+  // 1 weighing 3 and 5 weighing 1 are the four cases 1, 1, 1, 5.
+  const std::vector<double> values{1, 5}, weights{3, 1};
+  EXPECT_EQ(of(Summary::kMean, values, weights), 2);
+  EXPECT_EQ(of(Summary::kSum, values, weights), 8);
+  EXPECT_EQ(of(Summary::kCount, values, weights), 4);
+  EXPECT_EQ(of(Summary::kValidN, values, weights), 4);
+  EXPECT_EQ(of(Summary::kMode, values, weights), 1);
+  // Squares about the mean 2: 3 * 1 + 9 = 12, over 4 - 1.
+  EXPECT_EQ(of(Summary::kVariance, values, weights), 4);
+  EXPECT_EQ(of(Summary::kStdDev, values, weights), 2);
+  // Ranks (4 + 1) p: the median at 2.5 (1 and 1), the 75th at 3.75 (1 to 5).
+  EXPECT_EQ(of(Summary::kMedian, values, weights), 1);
+  EXPECT_EQ(of(Summary::kPercentile, values, weights, {75, 0}), 4);
+  // Percentages against the totals: 4 of 10 cases, 8 of a sum of 40.
+  EXPECT_EQ(of(Summary::kPercent, values, weights), 40);
+  EXPECT_EQ(of(Summary::kPercentOfSum, values, weights), 20);
+}
+
+TEST(RenderStatistics, PercentilesCutsAndGroupedMedians) {
+  // Ranks (n + 1) p / 100 of 1, 2, 3, 4: 1.25 for the 25th, held at the ends.
+  EXPECT_EQ(of(Summary::kPercentile, {4, 2, 1, 3}, {}, {25, 0}), 1.25);
+  EXPECT_EQ(of(Summary::kPercentile, {4, 2, 1, 3}, {}, {0, 0}), 1);
+  EXPECT_EQ(of(Summary::kPercentile, {4, 2, 1, 3}, {}, {100, 0}), 4);
+  EXPECT_EQ(of(Summary::kMedian, {4, 2, 1, 3}), 2.5);
+  // Classes of 1, 2, 2, 3 are [0.5, 1.5], [1.5, 2.5] (two cases), [2.5, 3.5]:
+  // half of the four cases lies at 1.5 + 1/2; a quarter at the end of the first.
+  EXPECT_EQ(of(Summary::kGroupedMedian, {1, 2, 2, 3}), 2);
+  EXPECT_EQ(of(Summary::kGroupedPercentile, {1, 2, 2, 3}, {}, {25, 0}), 1.5);
+  EXPECT_EQ(of(Summary::kGroupedPercentile, {1, 2, 2, 3}, {}, {10, 0}), 0.9);
+  // Cuts are strict below and above, inclusive inside.
+  EXPECT_EQ(of(Summary::kPercentBelow, {1, 2, 3, 4}, {}, {3, 0}), 50);
+  EXPECT_EQ(of(Summary::kNumberAbove, {1, 2, 3, 4}, {}, {2, 0}), 2);
+  EXPECT_EQ(of(Summary::kNumberBelow, {1, 2, 3, 4}, {}, {1, 0}), 0);
+  EXPECT_EQ(of(Summary::kPercentInside, {1, 2, 3, 4}, {}, {2, 3}), 50);
+  EXPECT_EQ(of(Summary::kNumberInside, {1, 2, 3, 4}, {2, 1, 1, 1}, {1, 2}), 3);
+  EXPECT_TRUE(std::isnan(of(Summary::kPercentile, {})));
+  // Every word of the summary functions names its summary.
+  for (const char* word :
+       {"percentile", "gMedian", "gPtile", "percentageBelow", "percentageAbove", "numberBelow",
+        "numberAbove", "percentageInside", "numberInside", "cumulativeSum",
+        "cumulativeNumberOfCases", "cumulativePercentageOfCases"}) {
+    EXPECT_TRUE(summaryOf(word)) << word;
+  }
+  EXPECT_TRUE(isCumulative(*summaryOf("cumulativePercentageOfCases")));
+  EXPECT_TRUE(isPercentage(*summaryOf("cumulativePercentageOfCases")));
+  EXPECT_FALSE(isAdditive(*summaryOf("percentile")));
+}
+
+TEST(RenderStatistics, BoxesTakeTukeysHingesAndFences) {
+  // 1..9, 20, 30: the median is the 6th value; each half holds it: hinges
+  // 3.5 (of 1..6) and 8.5 (of 6..9, 20, 30). Spread 5: inner fences -4 and
+  // 16, outer -11.5 and 23.5.
+  std::vector<double> values{30, 1, 2, 3, 4, 5, 6, 7, 8, 9, 20};
+  const BoxStats box = boxStats(values);
+  EXPECT_EQ(box.median, 6);
+  EXPECT_EQ(box.lowerHinge, 3.5);
+  EXPECT_EQ(box.upperHinge, 8.5);
+  EXPECT_EQ(box.lowWhisker, 1);
+  EXPECT_EQ(box.highWhisker, 9);
+  EXPECT_EQ(box.outliers, std::vector<double>{20});
+  EXPECT_EQ(box.extremes, std::vector<double>{30});
+  // 2, 4, 6, 8: halves 2, 4 and 6, 8.
+  std::vector<double> even{8, 2, 6, 4};
+  const BoxStats small = boxStats(even);
+  EXPECT_EQ(small.lowerHinge, 3);
+  EXPECT_EQ(small.median, 5);
+  EXPECT_EQ(small.upperHinge, 7);
+  EXPECT_EQ(small.lowWhisker, 2);
+  EXPECT_EQ(small.highWhisker, 8);
+  std::vector<double> one{7};
+  EXPECT_EQ(boxStats(one).highWhisker, 7);
+}
+
+TEST(RenderStatistics, IntervalsOfTheMean) {
+  // Two-sided t quantiles as printed in statistical tables.
+  EXPECT_NEAR(studentQuantile(0.95, 1), 12.7062, 1e-4);
+  EXPECT_NEAR(studentQuantile(0.95, 4), 2.7764, 1e-4);
+  EXPECT_NEAR(studentQuantile(0.99, 10), 3.1693, 1e-4);
+  EXPECT_NEAR(studentQuantile(0.90, 1000), 1.6464, 1e-3);
+  EXPECT_TRUE(std::isnan(studentQuantile(0.95, 0.5)));
+  // 4 and 6: mean 5, deviation sqrt 2, standard error 1.
+  Sample sample;
+  sample.values = {4, 6};
+  sample.cases = 2;
+  const auto se = meanInterval(sample, Spread::kStandardError, 2);
+  ASSERT_TRUE(se);
+  EXPECT_DOUBLE_EQ(se->low, 3);
+  EXPECT_DOUBLE_EQ(se->high, 7);
+  const auto ci = meanInterval(sample, Spread::kConfidence, 95);
+  ASSERT_TRUE(ci);
+  EXPECT_NEAR(ci->high, 5 + 12.7062, 1e-4);
+  const auto sd = meanInterval(sample, Spread::kStandardDeviation, 1);
+  EXPECT_NEAR(sd->low, 5 - std::sqrt(2.0), 1e-12);
+  sample.values = {4};
+  EXPECT_FALSE(meanInterval(sample, Spread::kStandardError, 2)) << "one case has no spread";
+}
+
+TEST(RenderStatistics, BinsByTheirNumberShareTheRangeEqually) {
+  // 0..11 in three bins of width 11/3: 0-3, 4-7 and 8-11, four values each.
+  const auto bins = makeBinsByCount(0, 11, 3);
+  ASSERT_TRUE(bins);
+  std::vector<int> counts(3);
+  for (int v = 0; v <= 11; ++v) counts[*bins->binOf(v)] += 1;
+  EXPECT_EQ(counts, (std::vector<int>{4, 4, 4}));
+  EXPECT_FALSE(makeBinsByCount(0, 1, 0));
+  EXPECT_EQ(makeBinsByCount(5, 5, 2)->binOf(5), 1u) << "one value: bins of width 1 around it";
+}
+
+ChartModel modelOf(const std::string& xml) {
+  std::string error;
+  const auto tree = parseXml(xml, error);
+  EXPECT_TRUE(tree) << error;
+  auto model = buildModel(*tree, error);
+  EXPECT_TRUE(model) << error;
+  return model ? std::move(*model) : ChartModel{};
+}
+
+// The layer of the one element of `body` over `csv` (columns C, G, Y, W);
+// `weight` marks W as the chart's weight variable.
+struct Made {
+  ChartModel model;
+  std::map<std::string, DataTable> tables;
+  std::unique_ptr<DataBinder> binder;
+  std::optional<Layer> layer;
+};
+
+std::unique_ptr<Made> layerOf(const std::string& body, const std::string& csv,
+                              bool weight = false) {
+  auto made = std::make_unique<Made>();
+  made->model = modelOf(
+      "<visualization><variable id=\"c\" source=\"s\" sourceName=\"C\" categorical=\"true\"/>"
+      "<variable id=\"g\" source=\"s\" sourceName=\"G\" categorical=\"true\"/>"
+      "<variable id=\"y\" source=\"s\" sourceName=\"Y\"/>"
+      "<variable id=\"w\" source=\"s\" sourceName=\"W\">" +
+      std::string(weight ? "<meta weight=\"true\"/>" : "") + "</variable><frame><frame id=\"f\">" +
+      body + "</frame></frame></visualization>");
+  std::string error;
+  made->tables.emplace("s", *readCsv(csv, "s.csv", error));
+  made->binder = std::make_unique<DataBinder>(made->model, made->tables);
+  made->layer = computeLayer(made->model.frames[0].elements[0], made->model.frames[0], nullptr,
+                             *made->binder, made->model, error);
+  EXPECT_TRUE(made->layer) << error;
+  return made;
+}
+
+TEST(RenderStatistics, LayersRunTotalsWeighCasesAndBinByNumber) {
+  // Sums per category 1, 5, 4: running 1, 6, 10, the last being the total.
+  const std::string data = "C,G,Y,W\na,p,1,1\nb,p,2,1\nb,p,3,1\nc,p,4,2\n";
+  auto sums = layerOf(
+      "<element id=\"e\" type=\"interval\"><statistic method=\"cumulativeSum\"/>"
+      "<x variable=\"c\"/><y variable=\"y\"/></element>",
+      data);
+  ASSERT_TRUE(sums->layer);
+  std::vector<double> tops;
+  for (const Bar& bar : sums->layer->bars) tops.push_back(bar.y1);
+  EXPECT_EQ(tops, (std::vector<double>{1, 6, 10}));
+  // Weighted by W, c's 4 counts twice: running 1, 6, 14; counts 1, 3, 5.
+  auto weighted = layerOf(
+      "<element id=\"e\" type=\"line\"><statistic method=\"cumulativeSum\"/>"
+      "<x variable=\"c\"/><y variable=\"y\"/></element>",
+      data, true);
+  ASSERT_TRUE(weighted->layer && weighted->layer->series.size() == 1);
+  EXPECT_EQ(weighted->layer->series[0].y, (std::vector<double>{1, 6, 14}));
+  auto counts = layerOf(
+      "<element id=\"e\" type=\"interval\"><statistic method=\"cumulativeNumberOfCases\">"
+      "<parameter name=\"wgt\" value=\"w\"/></statistic><x variable=\"c\"/></element>",
+      data);
+  ASSERT_TRUE(counts->layer && counts->layer->bars.size() == 3);
+  EXPECT_EQ(counts->layer->bars[2].y1, 5);
+  // A chart weight without data of its own leaves every case weighing 1.
+  auto unweighed = layerOf(
+      "<element id=\"e\" type=\"interval\"><statistic method=\"sum\"/>"
+      "<x variable=\"c\"/><y variable=\"y\"/></element>",
+      "C,G,Y\na,p,1\nb,p,2\nb,p,3\nc,p,4\n", true);
+  ASSERT_TRUE(unweighed->layer && unweighed->layer->bars.size() == 3);
+  EXPECT_EQ(unweighed->layer->bars[2].y1, 4);
+  EXPECT_EQ(unweighed->model.skipped,
+            std::vector<std::string>{
+                "weights of element e (the weight variable w cannot be read: cases weigh 1)"});
+  // Cumulative percentages of cases end at 100.
+  auto percents = layerOf(
+      "<element id=\"e\" type=\"interval\"><statistic method=\"cumulativePercentageOfCases\"/>"
+      "<x variable=\"c\"/></element>",
+      data);
+  ASSERT_TRUE(percents->layer && percents->layer->bars.size() == 3);
+  EXPECT_EQ(percents->layer->bars[0].y1, 25);
+  EXPECT_EQ(percents->layer->bars[2].y1, 100);
+  // A histogram of Y 1..4 in two bins by number: 1-2.5 and 2.5-4, weighted
+  // 1 + 1 and 1 + 2.
+  auto histogram = layerOf(
+      "<element id=\"e\" type=\"interval\"><statistic method=\"histogram\">"
+      "<parameter name=\"bins\" value=\"2\"/></statistic><x variable=\"y\"/></element>",
+      data, true);
+  ASSERT_TRUE(histogram->layer && histogram->layer->bars.size() == 2);
+  EXPECT_EQ(histogram->layer->bars[0].x0, 1);
+  EXPECT_EQ(histogram->layer->bars[1].x1, 4);
+  EXPECT_EQ(histogram->layer->bars[0].y1, 2);
+  EXPECT_EQ(histogram->layer->bars[1].y1, 3);
+}
+
+TEST(RenderStatistics, RangeBarsSpanTheirValuesAndBinnedPointsCountTheirCells) {
+  // a holds 1, 5 and 3: its bar spans 1 to 5; b's one value spans nothing.
+  auto ranges = layerOf(
+      "<element id=\"e\" type=\"interval\"><statistic method=\"range\"/>"
+      "<x variable=\"c\"/><y variable=\"y\"/></element>",
+      "C,G,Y,W\na,p,1,1\na,p,5,1\na,p,3,1\nb,p,2,1\n");
+  ASSERT_TRUE(ranges->layer && ranges->layer->bars.size() == 2);
+  EXPECT_EQ(ranges->layer->bars[0].y0, 1);
+  EXPECT_EQ(ranges->layer->bars[0].y1, 5);
+  EXPECT_EQ(ranges->layer->bars[1].y0, 2);
+  EXPECT_EQ(ranges->layer->bars[1].y1, 2);
+  // Two square cells a side over 0..10: (0, 0) and (1, 1) fall in the cell
+  // centred on (2.5, 2.5), (9, 1) in (7.5, 2.5), (9, 9) and (10, 10) in
+  // (7.5, 7.5), the greatest values closing the last cell.
+  auto binned = layerOf(
+      "<element id=\"e\" type=\"point\"><position><statistic method=\"bin\">"
+      "<parameter name=\"location\" value=\"grid\"/><parameter name=\"bins\" value=\"2\"/>"
+      "</statistic><x variable=\"w\"/><y variable=\"y\"/></position></element>",
+      "C,G,Y,W\na,p,0,0\na,p,1,1\na,p,9,9\na,p,10,10\na,p,1,9\n");
+  ASSERT_TRUE(binned->layer);
+  const Layer& points = *binned->layer;
+  ASSERT_EQ(points.px.size(), 3u);
+  std::map<std::pair<double, double>, double> sizes;
+  for (std::size_t i = 0; i < points.px.size(); ++i) {
+    sizes[{points.px[i], points.py[i]}] = points.pointSize[i];
+  }
+  EXPECT_EQ(sizes, (std::map<std::pair<double, double>, double>{
+                       {{2.5, 2.5}, 2}, {{7.5, 2.5}, 1}, {{7.5, 7.5}, 2}}));
+  EXPECT_TRUE(points.sizesCount);
+  EXPECT_EQ(points.sizeLo, 1);
+  EXPECT_EQ(points.sizeHi, 2);
+}
+
+TEST(RenderStatistics, ContourLinesFollowTheGridsLevels) {
+  // v = x + y on a 3 x 3 grid: each line of level L is the diagonal x + y = L.
+  std::string csv = "C,G,Y,W,X,V\n";
+  for (int x = 0; x < 3; ++x) {
+    for (int y = 0; y < 3; ++y) {
+      csv += "a,p," + std::to_string(y) + ",1," + std::to_string(x) + "," + std::to_string(x + y) +
+             "\n";
+    }
+  }
+  auto made = std::make_unique<Made>();
+  made->model = modelOf(
+      "<visualization><variable id=\"x\" source=\"s\" sourceName=\"X\"/>"
+      "<variable id=\"y\" source=\"s\" sourceName=\"Y\"/>"
+      "<variable id=\"v\" source=\"s\" sourceName=\"V\"/><frame><frame id=\"f\">"
+      "<element id=\"e\" type=\"contour\"><x variable=\"x\"/><y variable=\"y\"/>"
+      "<color variable=\"v\"/></element></frame></frame></visualization>");
+  std::string error;
+  made->tables.emplace("s", *readCsv(csv, "s.csv", error));
+  DataBinder binder(made->model, made->tables);
+  const auto layer = computeLayer(made->model.frames[0].elements[0], made->model.frames[0], nullptr,
+                                  binder, made->model, error);
+  ASSERT_TRUE(layer) << error;
+  ASSERT_FALSE(layer->contours.empty());
+  EXPECT_EQ(layer->tileLo, 0);
+  EXPECT_EQ(layer->tileHi, 4);
+  for (const ContourLine& line : layer->contours) {
+    EXPECT_GT(line.level, 0);
+    EXPECT_LT(line.level, 4);
+    ASSERT_EQ(line.segments.size() % 4, 0u);
+    for (std::size_t i = 0; i < line.segments.size(); i += 2) {
+      EXPECT_NEAR(line.segments[i] + line.segments[i + 1], line.level, 1e-12);
+    }
+  }
+}
+
+}  // namespace
