@@ -39,7 +39,9 @@ TEST(RenderData, ReadsNumbersTextsAndMissingCellsAsTheSinkWritesThem) {
       "d.csv", error);
   ASSERT_TRUE(table) << error;
   ASSERT_EQ(table->rows(), 4u);
-  EXPECT_EQ(table->rowLines, (std::vector<std::int32_t>{2, 3, 5, 6}));
+  // Rows start on lines 2, 3, 5 (the quoted field above spans two), 6.
+  for (std::size_t row = 0; row < 4; ++row)
+    EXPECT_EQ(table->line(row), row < 2 ? row + 2 : row + 3);
   const DataColumn& n = table->columns[0];
   EXPECT_EQ(n.numbers[0], 1.5);
   EXPECT_EQ(n.numbers[1], -std::numeric_limits<double>::infinity());
@@ -65,12 +67,58 @@ TEST(RenderData, ReadsNumbersTextsAndMissingCellsAsTheSinkWritesThem) {
   // Old Mac line ends, also inside a quoted field.
   const auto mac = readCsv("a\r\"x\ry\"\r2\r", "d.csv", error);
   ASSERT_TRUE(mac) << error;
-  EXPECT_EQ(mac->rowLines, (std::vector<std::int32_t>{2, 4}));
+  EXPECT_EQ(mac->line(0), 2);
+  EXPECT_EQ(mac->line(1), 4);
   // One column: an empty line is a case whose value is missing.
   const auto single = readCsv("v\n1\n\n3\n", "d.csv", error);
   ASSERT_TRUE(single);
   EXPECT_EQ(single->rows(), 3u);
   EXPECT_TRUE(single->columns[0].missing(1));
+  // Blank lines shift the rows after them: rows start on lines 2, 5, 6, 7,
+  // counted from the text, and the count runs on after the last jump.
+  const auto gaps = readCsv("a,b\n1,2\n\n\n3,4\n5,6\n7,8\n", "d.csv", error);
+  ASSERT_TRUE(gaps) << error;
+  ASSERT_EQ(gaps->rows(), 4u);
+  EXPECT_EQ(gaps->line(0), 2);
+  EXPECT_EQ(gaps->line(1), 5);
+  EXPECT_EQ(gaps->line(2), 6);
+  EXPECT_EQ(gaps->line(3), 7);
+}
+
+TEST(RenderData, ReadsRowsOfNumbersAndTheOddFieldAmongThem) {
+  std::string error;
+  // Short decimals are read digit by digit; a field that is not one, or a
+  // text, must come out as the general number reader gives it.
+  const auto table = readCsv(
+      "a,b,c\n-0.25,12.,1e3\n.5,,+7\n-,1.2.3,x\n1234567890.12345,-inf,nan\n3,4,5", "d.csv", error);
+  ASSERT_TRUE(table) << error;
+  ASSERT_EQ(table->rows(), 5u);
+  const DataColumn& a = table->columns[0];
+  const DataColumn& b = table->columns[1];
+  const DataColumn& c = table->columns[2];
+  EXPECT_EQ(a.numbers[0], -0.25);
+  EXPECT_EQ(b.numbers[0], 12);
+  EXPECT_EQ(c.numbers[0], 1000);
+  EXPECT_EQ(a.numbers[1], 0.5);
+  EXPECT_TRUE(b.missing(1));
+  EXPECT_EQ(c.numbers[1], 7);
+  // "-", "1.2.3" and "x" are texts; the rows before them keep no text.
+  ASSERT_NE(a.text(2), nullptr);
+  EXPECT_EQ(*a.text(2), "-");
+  EXPECT_EQ(a.text(0), nullptr);
+  EXPECT_EQ(*b.text(2), "1.2.3");
+  EXPECT_EQ(*c.text(2), "x");
+  // 15 digits is the longest mantissa read as digits; the rows after the
+  // texts take no text, and the last line needs no line end.
+  EXPECT_EQ(a.numbers[3], 1234567890.12345);
+  EXPECT_EQ(a.text(3), nullptr);
+  EXPECT_EQ(b.numbers[3], -std::numeric_limits<double>::infinity());
+  EXPECT_TRUE(c.missing(3));
+  EXPECT_EQ(c.numbers[4], 5);
+  EXPECT_EQ(c.text(4), nullptr);
+  // A row with a field too few or too many is still reported by its line.
+  EXPECT_FALSE(readCsv("a,b\n1,2\n3,4,5\n", "d.csv", error));
+  EXPECT_EQ(error, "line 3: 3 fields, but the header names 2 columns");
 }
 
 ChartModel modelOf(const std::string& xml) {

@@ -227,6 +227,14 @@ class CsvScanner {
 
 }  // namespace
 
+int DataTable::line(std::size_t row) const {
+  auto it = std::upper_bound(lineBreaks.begin(), lineBreaks.end(), row,
+                             [](std::size_t r, const auto& mark) { return r < mark.first; });
+  if (it == lineBreaks.begin()) return static_cast<int>(row) + 2;
+  --it;
+  return it->second + static_cast<int>(row - it->first);
+}
+
 const DataColumn* DataTable::column(std::string_view name) const {
   for (const DataColumn& column : columns) {
     if (column.name == name) return &column;
@@ -243,9 +251,9 @@ bool readRows(CsvScanner& scanner, DataTable& table, std::string& error) {
   // Room for every row at once: growing a column of millions of numbers
   // step by step copies it over and over.
   const std::size_t expected = scanner.linesLeft();
-  table.rowLines.reserve(expected);
   for (DataColumn& column : table.columns) column.numbers.reserve(expected);
   std::vector<std::unordered_map<std::string, std::int32_t>> textCodes(table.columns.size());
+  int previousLine = 0;
   while (!scanner.done()) {
     const int line = scanner.line();
     if (scanner.plainRecord(table.columns.size(), fields)) {
@@ -263,8 +271,9 @@ bool readRows(CsvScanner& scanner, DataTable& table, std::string& error) {
               " fields, but the header names " + std::to_string(table.columns.size()) + " columns";
       return false;
     }
-    const std::size_t row = table.rowLines.size();
-    table.rowLines.push_back(line);
+    const std::size_t row = table.rowCount++;
+    if (row == 0 || line != previousLine + 1) table.lineBreaks.emplace_back(row, line);
+    previousLine = line;
     for (std::size_t i = 0; i < fields.size(); ++i) {
       DataColumn& column = table.columns[i];
       const std::optional<double> number = numberOf(fields[i], quoted[i]);

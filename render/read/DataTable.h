@@ -14,6 +14,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace chartxml::render {
@@ -41,9 +42,16 @@ struct DataColumn {
 struct DataTable {
   std::string origin;  // the file (or "sent chart N, source S") the rows came from, for messages
   std::vector<DataColumn> columns;
-  std::vector<std::int32_t> rowLines;  // the line each row starts on in the origin
+  std::size_t rowCount = 0;
+  // The rows that do not start on the line after the previous row's start
+  // (the first row, a row after blank lines or a field spanning lines), with
+  // the line they start on: a line per row costs megabytes on big files and
+  // is only read for error messages.
+  std::vector<std::pair<std::size_t, std::int32_t>> lineBreaks;
 
-  std::size_t rows() const { return rowLines.size(); }
+  std::size_t rows() const { return rowCount; }
+  // The line `row` starts on in the origin.
+  int line(std::size_t row) const;
   const DataColumn* column(std::string_view name) const;
 };
 

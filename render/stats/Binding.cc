@@ -75,7 +75,7 @@ bool bindNumbers(const DataColumn& column, const Variable& variable, const DataT
   const std::size_t rows = column.numbers.size();
   for (std::size_t row = 0; row < rows; ++row) {
     if (const std::string* text = column.text(row); text != nullptr) {
-      error = table.origin + ": line " + std::to_string(table.rowLines[row]) + ": '" + *text +
+      error = table.origin + ": line " + std::to_string(table.line(row)) + ": '" + *text +
               "' in column " + column.name + " is not a number, but " + quoteVariable(variable) +
               " is numeric";
       return false;
