@@ -306,6 +306,11 @@ TEST_F(RenderPanels, RoseWedgesTakeEqualAnglesAndRadiiByValue) {
   EXPECT_NEAR(radii[2] / radii[1], 1.0 / 4, 0.01);
   EXPECT_NEAR(radii[3] / radii[1], 3.0 / 4, 0.01);
   EXPECT_EQ(texts(svg, "tick-label x"), (std::vector<std::string>{"e", "n", "s", "w"}));
+  // The rings' values stand over the wedges, each on a backing of its own.
+  const std::size_t values = texts(svg, "tick-label y").size();
+  EXPECT_GE(values, 2u) << svg;
+  EXPECT_EQ(count(svg, "class=\"tick-label-backing y\""), values) << svg;
+  EXPECT_NE(svg.find("<desc id=\"chart-desc\">Rose chart of "), std::string::npos) << svg;
 }
 
 TEST(FittedCurves, EveryFamilyEvaluatesInPlainAndDateForm) {

@@ -252,7 +252,9 @@ std::string kindPhrase(const DescribedChart& chart, const Layer& layer) {
       return "Area chart of " + measure(layer, y) + by;
     case LayerKind::kBars:
       if (isHistogram(layer)) return "Histogram of " + nameOf(layer.x);
-      return std::string(transposed ? "Horizontal bar chart of " : "Bar chart of ") +
+      return std::string(chart.frame->coordinates == "polar" ? "Rose chart of "
+                         : transposed                        ? "Horizontal bar chart of "
+                                                             : "Bar chart of ") +
              measure(layer, y) + by;
     case LayerKind::kSlices: {
       const std::string value = pieValueName(*chart.model, layer);

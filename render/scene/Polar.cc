@@ -21,7 +21,7 @@ double roseAngle(const AxisScale& categories, double x) {
 }
 
 void drawRose(Scene& scene, const Layer& layer, const Rect& area, const AxisScale& categories,
-              const AxisScale& values) {
+              const AxisScale& values, TextEngine& text) {
   if (categories.kind() != AxisScale::Kind::kBand || categories.categories() == nullptr) return;
   const double radius = std::max(4.0, std::min(area.width, area.height) / 2 - kRimRoom);
   const double cx = area.x + area.width / 2, cy = area.y + area.height / 2;
@@ -96,11 +96,19 @@ void drawRose(Scene& scene, const Layer& layer, const Rect& area, const AxisScal
     TextItem label;
     label.text = ticks.labels[i];
     label.font = kTickFont;
-    label.color = kMutedTextColor;
+    label.color = kTextColor;
     label.x = cx + 3;
     label.y = cy - reach(ticks.values[i]);
     label.vAlign = 1;
     label.role = "tick-label y";
+    // A light backing keeps the value legible over a wedge's colour.
+    const TextBox box = text.measure(label.text, label.font);
+    ShapeItem backing;
+    backing.path.rectangle(label.x - 1.5, label.y - box.height, box.width + 3, box.height);
+    backing.filled = true;
+    backing.fill = Color{255, 255, 255, 210};
+    backing.role = "tick-label-backing y";
+    scene.items.emplace_back(std::move(backing));
     scene.items.emplace_back(std::move(label));
   }
   // The category names outside the rim, each at its wedge's middle.

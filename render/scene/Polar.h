@@ -9,6 +9,7 @@
 #include "scales/AxisScale.h"
 #include "scene/Scene.h"
 #include "stats/Layers.h"
+#include "text/TextEngine.h"
 
 namespace chartxml::render {
 
@@ -16,7 +17,9 @@ namespace chartxml::render {
 // band scale `categories`: twelve o'clock at the first band's start.
 double roseAngle(const AxisScale& categories, double x);
 
+// `text` measures the rings' value labels, which get a backing of their own
+// where they stand over the wedges.
 void drawRose(Scene& scene, const Layer& layer, const Rect& area, const AxisScale& categories,
-              const AxisScale& values);
+              const AxisScale& values, TextEngine& text);
 
 }  // namespace chartxml::render

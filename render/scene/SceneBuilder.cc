@@ -635,7 +635,8 @@ class Builder {
         for (const Layer& layer : panel.layers) {
           if (layer.kind == LayerKind::kSlices) drawSlices(scene_, layer, panel.area);
           if (layer.kind == LayerKind::kBars) {
-            drawRose(scene_, layer, panel.area, xScales_[panel.xScale], yScales_[panel.yScale]);
+            drawRose(scene_, layer, panel.area, xScales_[panel.xScale], yScales_[panel.yScale],
+                     text_);
           }
         }
       } else if (cube_) {
