@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "device/Devices.h"
+#include "render_documents.h"
 
 namespace chartxml::render {
 namespace {
@@ -30,16 +31,7 @@ const Color kBlue{0, 0, 255, 255};
 // its premultiplied pixels are plain colours); no pixels when it does not decode.
 struct Picture {
   explicit Picture(const std::string& png) {
-    std::string_view rest(png);
-    cairo_surface_t* image = cairo_image_surface_create_from_png_stream(
-        [](void* closure, unsigned char* out, unsigned int length) {
-          auto* left = static_cast<std::string_view*>(closure);
-          if (left->size() < length) return CAIRO_STATUS_READ_ERROR;
-          std::memcpy(out, left->data(), length);
-          left->remove_prefix(length);
-          return CAIRO_STATUS_SUCCESS;
-        },
-        &rest);
+    cairo_surface_t* image = rendertest::decodePng(png);
     if (cairo_surface_status(image) == CAIRO_STATUS_SUCCESS) {
       width = cairo_image_surface_get_width(image);
       height = cairo_image_surface_get_height(image);

@@ -22,6 +22,7 @@ namespace {
 
 using chartxml::ChartRenderer;
 using chartxml::PictureFormat;
+using rendertest::count;
 using rendertest::pixel;
 
 std::string document(const std::string& variables, const std::string& body) {
@@ -42,12 +43,6 @@ std::string dimension(const std::string& role, const std::string& attributes,
                       const std::string& axis) {
   return "<dimension role=\"" + role + "\" " + attributes + "><axis id=\"axis_" + role + "\">" +
          axis + "</axis></dimension>";
-}
-
-std::size_t count(const std::string& text, const std::string& piece) {
-  std::size_t n = 0;
-  for (auto at = text.find(piece); at != std::string::npos; at = text.find(piece, at + 1)) ++n;
-  return n;
 }
 
 // Each match of `pattern`'s first group as text.

@@ -18,6 +18,7 @@
 #include "device/Devices.h"
 #include "device/MarkerBlit.h"
 #include "device/PngWriter.h"
+#include "render_documents.h"
 
 namespace chartxml::render {
 namespace {
@@ -29,16 +30,7 @@ const Color kBlue{0, 0, 255, 255};
 // A PNG decoded by cairo: premultiplied ARGB pixels, none when it does not decode.
 struct Decoded {
   explicit Decoded(const std::string& png) {
-    std::string_view rest(png);
-    cairo_surface_t* image = cairo_image_surface_create_from_png_stream(
-        [](void* closure, unsigned char* out, unsigned int length) {
-          auto* left = static_cast<std::string_view*>(closure);
-          if (left->size() < length) return CAIRO_STATUS_READ_ERROR;
-          std::memcpy(out, left->data(), length);
-          left->remove_prefix(length);
-          return CAIRO_STATUS_SUCCESS;
-        },
-        &rest);
+    cairo_surface_t* image = rendertest::decodePng(png);
     if (cairo_surface_status(image) == CAIRO_STATUS_SUCCESS) {
       width = cairo_image_surface_get_width(image);
       height = cairo_image_surface_get_height(image);

@@ -2,20 +2,46 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <vector>
 
 #include <xercesc/dom/DOMNode.hpp>
 #include <xercesc/dom/DOMNodeList.hpp>
 
 namespace cxtest {
 
+namespace {
+
+// The scratch folders made in this process, removed as it ends (each test
+// runs in a process of its own under CTest), so that none outlives its test.
+struct ScratchFolders {
+  std::vector<std::filesystem::path> made;
+  ~ScratchFolders() {
+    for (const auto& dir : made) {
+      std::error_code ec;
+      std::filesystem::remove_all(dir, ec);
+    }
+  }
+};
+
+ScratchFolders& scratchFolders() {
+  static ScratchFolders folders;
+  return folders;
+}
+
+}  // namespace
+
 std::string scratchDir(const std::string& stem) {
   const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
-  const std::filesystem::path dir =
-      std::filesystem::path(::testing::TempDir()) /
-      (stem + "-" + std::to_string(getpid()) + "-" + test->test_suite_name() + "." + test->name());
+  // Parameterised tests have "/" in their names: one folder, not a tree.
+  std::string name =
+      stem + "-" + std::to_string(getpid()) + "-" + test->test_suite_name() + "." + test->name();
+  std::replace(name.begin(), name.end(), '/', '_');
+  const std::filesystem::path dir = std::filesystem::path(::testing::TempDir()) / name;
   std::filesystem::remove_all(dir);
   std::filesystem::create_directories(dir);
+  scratchFolders().made.push_back(dir);
   return dir.string();
 }
 

@@ -52,7 +52,8 @@ inline VORN_DataSource* openCsv(const char* path) {
   return static_cast<VORN_DataSource*>(static_cast<VORN_FortranDictionary*>(cxh_open_csv(path)));
 }
 
-// A fresh folder of this test's own: ctest runs tests side by side.
+// A fresh folder of this test's own (ctest runs tests side by side),
+// removed when the test process ends.
 std::string scratchDir(const std::string& stem);
 
 inline std::u16string widen(const std::string& ascii) {
