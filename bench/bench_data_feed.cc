@@ -4,22 +4,18 @@
 // misses its target.
 #include <benchmark/benchmark.h>
 
-#include <atomic>
 #include <cstdio>
-#include <cstdlib>
-#include <map>
-#include <new>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "bench_support.h"
 #include "chartxml/ChartXml.h"
 #include "chartxml/chartxml_host.h"
 #include "chartxml/host/VORN_DataSource.h"
 #include "chartxml/host/VarDataProcessor.h"
 
 namespace {
-
-std::atomic<std::size_t> allocations{0};
 
 constexpr int kRows = 1000000;
 constexpr double kMaxRatio = 4.0;
@@ -106,76 +102,43 @@ void BM_VectorBaseline(benchmark::State& state) {
 }
 BENCHMARK(BM_VectorBaseline)->Unit(benchmark::kMillisecond)->MinTime(1.0);
 
-// Keeps each benchmark's mean time per iteration.
-class Recorder : public benchmark::ConsoleReporter {
- public:
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const Run& run : runs) {
-      if (run.run_type != Run::RT_Iteration) continue;
-      // Names carry their arguments ("BM_FacadeFeed/min_time:1.000").
-      const std::string name = run.benchmark_name();
-      times[name.substr(0, name.find('/'))] = run.GetAdjustedCPUTime();
-    }
-    ConsoleReporter::ReportRuns(runs);
-  }
-  std::map<std::string, double> times;
-};
-
-bool check(const char* what, double value, double limit, const char* unit) {
-  const bool ok = value <= limit;
-  std::printf("%-52s %10.4g %-8s (target <= %g) %s\n", what, value, unit, limit,
-              ok ? "ok" : "MISSED");
-  return ok;
-}
-
 }  // namespace
-
-void* operator new(std::size_t size) {
-  allocations.fetch_add(1, std::memory_order_relaxed);
-  if (void* p = std::malloc(size == 0 ? 1 : size)) return p;
-  throw std::bad_alloc();
-}
-void operator delete(void* p) noexcept {
-  std::free(p);
-}
-void operator delete(void* p, std::size_t) noexcept {
-  std::free(p);
-}
 
 int main(int argc, char** argv) {
   cxh_set_quiet(1);
   cxh_set_string_tables(CHARTXML_SOURCE_STRINGS_DIR);
   benchmark::Initialize(&argc, argv);
-  Recorder recorder;
+  bench::Recorder recorder;
   benchmark::RunSpecifiedBenchmarks(&recorder);
 
   bool ok = true;
   std::printf("\n");
-  const double facade = recorder.times["BM_FacadeFeed"];
-  const double baseline = recorder.times["BM_VectorBaseline"];
+  const double facade = recorder.of("BM_FacadeFeed").cpu;
+  const double baseline = recorder.of("BM_VectorBaseline").cpu;
   if (facade > 0 && baseline > 0) {
     std::printf("%-52s %10.3f ns\n", "facade, per value", facade * 1e6 / (3.0 * kRows));
     std::printf("%-52s %10.3f ns\n", "reserved vectors, per value", baseline * 1e6 / (3.0 * kRows));
-    ok &= check("facade / reserved vectors", facade / baseline, kMaxRatio, "x");
+    ok &= bench::check("facade / reserved vectors", facade / baseline, kMaxRatio, "x");
   }
 
   ChartXml* cx = ChartXml::Initialize();
   {
     // Allocations while feeding: only the columns' geometric growth may allocate.
     FeedChart chart(cx, source());
-    const std::size_t before = allocations.load();
+    const std::size_t before = bench::newCalls();
     chart.feed(kRows);
-    const std::size_t during = allocations.load() - before;
+    const std::size_t during = bench::newCalls() - before;
     std::printf("%-52s %10zu\n", "operator new calls while feeding 3,000,000 values", during);
     // The columns' growth and the progress line every 10,000 rows allocate;
     // a value does not.
-    ok &= check("allocations per value", static_cast<double>(during) / (3.0 * kRows), 1e-4, "");
+    ok &= bench::check("allocations per value", static_cast<double>(during) / (3.0 * kRows), 1e-4,
+                       "");
 
     VarDataProcessor* feed = cx->getDataProcessor(chart.chart);
     std::printf("%-52s %10zu\n", "storage allocations of the feed (growth)", feed->Allocations());
-    ok &= check("numeric column, bytes per value",
-                static_cast<double>(feed->BytesUsed("source0", "V1")) / kRows, kMaxNumericBytes,
-                "bytes");
+    ok &= bench::check("numeric column, bytes per value",
+                       static_cast<double>(feed->BytesUsed("source0", "V1")) / kRows,
+                       kMaxNumericBytes, "bytes");
   }
   {
     // A column of strings over five distinct texts.
@@ -183,20 +146,19 @@ int main(int argc, char** argv) {
     const char* texts[] = {"north", "south", "east", "west", "centre"};
     int handles[5];
     for (int i = 0; i < 5; ++i) handles[i] = cx->NStringNoTranslate(texts[i]);
-    const std::size_t before = allocations.load();
+    const std::size_t before = bench::newCalls();
     for (int r = 0; r < kRows; ++r) {
       cx->AddRow(chart.chart, chart.src);
       cx->AddDataValue(chart.chart, chart.src, chart.vars[0], handles[r % 5]);
     }
-    const std::size_t during = allocations.load() - before;
+    const std::size_t during = bench::newCalls() - before;
     std::printf("%-52s %10zu\n", "operator new calls while feeding 1,000,000 texts", during);
-    ok &= check("allocations per text value", static_cast<double>(during) / kRows, 1e-3, "");
+    ok &= bench::check("allocations per text value", static_cast<double>(during) / kRows, 1e-3, "");
     VarDataProcessor* feed = cx->getDataProcessor(chart.chart);
-    ok &= check("string column (5 distinct), bytes per value",
-                static_cast<double>(feed->BytesUsed("source0", "V1")) / kRows, kMaxStringBytes,
-                "bytes");
+    ok &= bench::check("string column (5 distinct), bytes per value",
+                       static_cast<double>(feed->BytesUsed("source0", "V1")) / kRows,
+                       kMaxStringBytes, "bytes");
   }
   ChartXml::Terminate();
-  std::printf("\n%s\n", ok ? "all targets met" : "some targets MISSED");
-  return ok ? 0 : 1;
+  return bench::verdict(ok);
 }

@@ -10,8 +10,8 @@
 #include <cstdio>
 #include <map>
 #include <string>
-#include <vector>
 
+#include "bench_support.h"
 #include "chartxml/ChartXml.h"
 #include "chartxml/chartxml_host.h"
 
@@ -72,23 +72,6 @@ BENCHMARK(BM_SiblingElements)
     ->MinTime(2.0)
     ->Unit(benchmark::kMillisecond);
 
-// Keeps each run's CPU time per item, by benchmark and size.
-class Recorder : public benchmark::ConsoleReporter {
- public:
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const Run& run : runs) {
-      if (run.run_type != Run::RT_Iteration) continue;
-      // Names carry their size ("BM_SiblingFrames/1000").
-      const std::string name = run.benchmark_name();
-      const std::size_t slash = name.find('/');
-      const int n = std::stoi(name.substr(slash + 1));
-      perItem[name.substr(0, slash)][n] = run.GetAdjustedCPUTime() / n;
-    }
-    ConsoleReporter::ReportRuns(runs);
-  }
-  std::map<std::string, std::map<int, double>> perItem;  // in the run's unit
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -100,23 +83,26 @@ int main(int argc, char** argv) {
   cxh_set_quiet(1);
   cxh_set_string_tables(CHARTXML_SOURCE_STRINGS_DIR);
   benchmark::Initialize(&argc, argv);
-  Recorder recorder;
+  bench::Recorder recorder;
   benchmark::RunSpecifiedBenchmarks(&recorder);
 
+  // CPU time per item, by benchmark and size ("BM_SiblingFrames/1000").
+  std::map<std::string, std::map<int, double>> perItem;
+  for (const auto& [name, times] : recorder.times) {
+    const std::size_t slash = name.find('/');
+    const int n = std::stoi(name.substr(slash + 1));
+    perItem[name.substr(0, slash)][n] = times.cpu / n;
+  }
   bool ok = true;
   std::printf("\n");
-  for (const auto& [name, sizes] : recorder.perItem) {
+  for (const auto& [name, sizes] : perItem) {
     for (const auto& [n, time] : sizes) {
       std::printf("%-20s N = %-7d %10.2f us per item\n", name.c_str(), n, time * 1e3);
     }
     if (sizes.size() < 2) continue;
-    const double growth = sizes.rbegin()->second / sizes.begin()->second;
-    const bool met = growth <= kMaxGrowth;
-    std::printf("%-20s per-item time, largest N / smallest N %6.2f x (target <= %g) %s\n",
-                name.c_str(), growth, kMaxGrowth, met ? "ok" : "MISSED");
-    ok &= met;
+    ok &= bench::check(name + ", per-item time, largest N / smallest N",
+                       sizes.rbegin()->second / sizes.begin()->second, kMaxGrowth, "x");
   }
   ChartXml::Terminate();
-  std::printf("\n%s\n", ok ? "all targets met" : "some targets MISSED");
-  return ok ? 0 : 1;
+  return bench::verdict(ok);
 }

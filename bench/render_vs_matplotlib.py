@@ -61,13 +61,15 @@ def run(argv):
 
 
 def best(argv, runs):
-    """The fastest of `runs` runs, and the largest peak memory of them."""
+    """The fastest of `runs` runs, the largest peak memory of them, and the
+    median time (others share the machine: the median tells how steady)."""
     times, peaks = [], []
     for _ in range(runs):
         seconds, peak = run(argv)
         times.append(seconds)
         peaks.append(peak)
-    return min(times), max(peaks)
+    times.sort()
+    return times[0], max(peaks), times[len(times) // 2]
 
 
 MPL_SCRIPT = r"""
@@ -164,13 +166,16 @@ def report(figures):
         print("%-46s %9.3f %-3s (goal <= %g) %s%s" % (what, value, unit, goal,
                                                       "ok" if ok else "MISSED", ratio))
 
-    seconds, peak = figures["scatter1m"]
+    print("load average (1, 5, 15 minutes) after the runs: %.2f %.2f %.2f" % os.getloadavg())
+    seconds, peak, median = figures["scatter1m"]
     line("chartxml render, 1M points, whole process", seconds, "s", 0.25,
          mpl[0] if mpl else None)
+    print("%-46s %9.3f s" % ("  median of the runs", median))
     print("%-46s %9.1f MB%s" % ("  its peak resident memory", peak,
                                 "  (matplotlib: %.1f MB)" % mpl[1] if mpl else ""))
-    seconds, peak = figures["scatter50"]
+    seconds, peak, median = figures["scatter50"]
     line("chartxml render, 50 points, whole process", seconds * 1000, "ms", 30)
+    print("%-46s %9.1f ms" % ("  median of the runs", median * 1000))
     line("SVG of 1M points, bytes per point", figures["svg_bytes_per_point"], "B", 16)
     if "mpl_in_memory" in figures:
         print("%-46s %9.3f s   (its fastest marker path, from data in memory)" %

@@ -34,9 +34,18 @@ def read_operations():
     text = SOURCE.read_text()
     table = text[text.index("constexpr Operation kOperations[] = {"):]
     table = table[:table.index("\n};")]
+    # Shapes many operations share: "setText<CX_...>" stands for its call.
+    shapes = {
+        shape.group(1): " ".join(shape.group(2).split())
+        for shape in re.finditer(r"constexpr Play (\w+) = (call<\w+, Entry(?:, [^>]*(?:<\w+>[^>]*)*)?>);",
+                                 text)
+    }
     operations = {}
     for index, match in enumerate(re.finditer(r'\{"([^"]+)",\s*(.*?)\},?\s*(?=\{"|$)', table, re.S)):
         name, body = match.group(1), " ".join(match.group(2).split())
+        shaped = re.match(r"(\w+)<\w+>$", body)
+        if shaped and shaped.group(1) in shapes:
+            body = shapes[shaped.group(1)]
         call = re.match(r"call<(\w+), \w+(?:, (.*))?>$", body)
         if call:
             kinds = [k.strip() for k in call.group(2).split(",")] if call.group(2) else []

@@ -19,20 +19,12 @@ namespace {
 
 using chartxml::ChartRenderer;
 using chartxml::PictureFormat;
+using rendertest::count;
+using rendertest::document;
 using rendertest::pixel;
+using rendertest::texts;
 
-// A document of one data frame around `body` (dimensions, elements,
-// guides), with `variables` and optional legend and title.
-std::string document(const std::string& variables, const std::string& body,
-                     const std::string& extra = "") {
-  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<visualization>\n"
-         "<source id=\"source0\"/>\n" +
-         variables + "<frame id=\"frame_graph_1\">\n<frame id=\"frame_data_1\">\n" + body +
-         "</frame>\n<frame id=\"frame_title_1\"><label id=\"label_title_1\">The title</label>"
-         "</frame>\n" +
-         extra + "</frame>\n</visualization>\n";
-}
-
+// A variable labelled "<id> label", so that titles show where labels go.
 std::string variable(const std::string& id, const std::string& column, bool categorical,
                      const std::string& inner = "") {
   return "<variable id=\"" + id + "\" label=\"" + id + " label\" source=\"source0\" sourceName=\"" +
@@ -40,110 +32,83 @@ std::string variable(const std::string& id, const std::string& column, bool cate
          "</variable>\n";
 }
 
+// Two numeric variables, and a point element of the one by the other.
+const std::string kXY = variable("vx", "X", false) + variable("vy", "Y", false);
+const std::string kPointXY =
+    "<element id=\"e\" type=\"point\"><x variable=\"vx\"/><y variable=\"vy\"/>";
+
 const std::string kAxes =
     "<dimension role=\"x\" lowerMargin=\"5%\" upperMargin=\"5%\"><axis id=\"axis_x\">"
     "<majorTicks/></axis></dimension>\n"
     "<dimension role=\"y\" lowerMargin=\"5%\" upperMargin=\"5%\"><axis id=\"axis_y\">"
     "<majorTicks/></axis></dimension>\n";
 
-std::size_t count(const std::string& text, const std::string& piece) {
-  std::size_t n = 0;
-  for (std::size_t at = text.find(piece); at != std::string::npos; at = text.find(piece, at + 1)) {
-    ++n;
-  }
-  return n;
-}
-
-// The texts of the <text> elements of class `role`, in document order.
-std::vector<std::string> texts(const std::string& svg, const std::string& role) {
-  std::vector<std::string> out;
-  const std::regex pattern("<text class=\"" + role + "\"[^>]*>(.*?)</text>");
-  for (auto it = std::sregex_iterator(svg.begin(), svg.end(), pattern);
-       it != std::sregex_iterator(); ++it) {
-    // Lines are tspans; a one-line text is one.
-    out.push_back(std::regex_replace((*it)[1].str(), std::regex("<[^>]*>"), ""));
+// The left and right x of each bar, in order: "M<x0> <y0> L<x1> ...".
+std::vector<std::pair<double, double>> barSpans(const std::string& svg) {
+  std::vector<std::pair<double, double>> out;
+  for (const auto& d : rendertest::paths(svg, "mark bar")) {
+    if (d.size() >= 3) out.emplace_back(d[0], d[2]);
   }
   return out;
 }
 
-// The y of each tick of the left axis, in label order: "M<x> <y>L...".
-std::vector<double> tickRows(const std::string& svg) {
-  std::vector<double> out;
-  const std::regex pattern("<path class=\"tick y\" d=\"M[-0-9.]+ ([-0-9.]+)");
-  for (auto it = std::sregex_iterator(svg.begin(), svg.end(), pattern);
-       it != std::sregex_iterator(); ++it) {
-    out.push_back(std::stod((*it)[1].str()));
-  }
-  return out;
-}
-
-class RenderChart : public ::testing::Test {
- protected:
-  // Loads `xml` with `csv` as source0's data.
-  bool load(const std::string& xml, const std::string& csv) {
-    return renderer.loadText(xml, "test.xml", [csv](const std::string& source) {
-      return source == "source0" ? std::optional<std::string>(csv) : std::nullopt;
-    });
-  }
-  std::string svg() { return renderer.picture(PictureFormat::kSvg).value_or(""); }
-
-  ChartRenderer renderer;
+// The centre and fill of each circle, in document order.
+struct Dot {
+  double x, y, r;
+  std::string fill;
 };
+std::vector<Dot> dots(const std::string& svg) {
+  std::vector<Dot> out;
+  const std::regex circle(
+      "<circle cx=\"([-0-9.]+)\" cy=\"([-0-9.]+)\" r=\"([0-9.]+)\"[^>]*fill=\"#([0-9a-f]{6})\"");
+  for (auto it = std::sregex_iterator(svg.begin(), svg.end(), circle); it != std::sregex_iterator();
+       ++it) {
+    out.push_back({std::stod((*it)[1].str()), std::stod((*it)[2].str()), std::stod((*it)[3].str()),
+                   (*it)[4].str()});
+  }
+  return out;
+}
+
+class RenderChart : public ::testing::Test, public rendertest::Drawn {};
 
 TEST_F(RenderChart, RefusesWhatIsNotAChartOrHasNoUsableData) {
-  EXPECT_FALSE(load("<html><body/></html>", ""));
-  EXPECT_EQ(renderer.error(),
-            "test.xml: not a chart document: its root element is <html>, not <visualization>");
-  EXPECT_FALSE(load("<visualization><frame></visualization>", ""));
-  EXPECT_NE(renderer.error().find("test.xml: XML is not well-formed at line 1"), std::string::npos)
-      << renderer.error();
-  EXPECT_FALSE(
-      load("<!DOCTYPE v [<!ENTITY e SYSTEM \"file:///etc/passwd\">]><visualization/>", ""));
-  EXPECT_NE(renderer.error().find("DOCTYPE"), std::string::npos) << renderer.error();
-  EXPECT_FALSE(load("<?xml version=\"1.5\"?><visualization/>", ""));
-  EXPECT_EQ(renderer.error(),
-            "test.xml: XML version \"1.5\" is not supported: a chart document is XML 1.0 or 1.1");
-  EXPECT_FALSE(renderer.picture(PictureFormat::kPng)) << "a refused chart leaves nothing to draw";
-
-  const std::string xy = document(variable("vx", "X", false) + variable("vy", "Y", false),
-                                  kAxes +
-                                      "<element id=\"e\" type=\"point\"><x variable=\"vx\"/>"
-                                      "<y variable=\"vy\"/></element>");
+  const std::string xy = document(kXY, kAxes +
+                                           "<element id=\"e\" type=\"point\"><x variable=\"vx\"/>"
+                                           "<y variable=\"vy\"/></element>");
+  const std::string source = "test.xml (data source source0): ";
+  // The document, its data, and a piece of the error they are refused with.
+  const std::vector<std::tuple<std::string, std::string, std::string>> cases{
+      {"<html><body/></html>", "",
+       "test.xml: not a chart document: its root element is <html>, not <visualization>"},
+      {"<visualization><frame></visualization>", "", "test.xml: XML is not well-formed at line 1"},
+      {"<!DOCTYPE v [<!ENTITY e SYSTEM \"file:///etc/passwd\">]><visualization/>", "", "DOCTYPE"},
+      {"<?xml version=\"1.5\"?><visualization/>", "",
+       "test.xml: XML version \"1.5\" is not supported: a chart document is XML 1.0 or 1.1"},
+      {xy, "X,Z\n1,2\n", source + "has no column Y for variable 'vy label' (vy)"},
+      {xy, "X,Y\n1,2\n3,high\n",
+       source + "line 3: 'high' in column Y is not a number, but variable 'vy label' (vy) is "
+                "numeric"},
+      {xy, "X,Y\n", source + "holds no rows of data, only its header"},
+      {xy, "X,Y\n1,2,3\n", source + "line 2: 3 fields, but the header names 2 columns"},
+  };
+  for (const auto& [xml, csv, error] : cases) {
+    EXPECT_FALSE(load(xml, csv)) << error;
+    EXPECT_NE(renderer.error().find(error), std::string::npos) << renderer.error();
+    EXPECT_FALSE(renderer.picture(PictureFormat::kPng)) << "a refused chart leaves nothing to draw";
+  }
   EXPECT_FALSE(renderer.loadText(xy, "test.xml", [](const std::string&) { return std::nullopt; }));
-  EXPECT_EQ(renderer.error(),
-            "test.xml (data source source0): not found (the data of source "
-            "'source0' of test.xml)");
-  EXPECT_FALSE(load(xy, "X,Z\n1,2\n"));
-  EXPECT_EQ(renderer.error(),
-            "test.xml (data source source0): has no column Y for variable "
-            "'vy label' (vy)");
-  EXPECT_FALSE(load(xy, "X,Y\n1,2\n3,high\n"));
-  EXPECT_EQ(renderer.error(),
-            "test.xml (data source source0): line 3: 'high' in column Y is not "
-            "a number, but variable 'vy label' (vy) is numeric");
-  EXPECT_FALSE(load(xy, "X,Y\n"));
-  EXPECT_EQ(renderer.error(),
-            "test.xml (data source source0): holds no rows of data, only its header");
-  EXPECT_FALSE(load(xy, "X,Y\n1,2,3\n"));
-  EXPECT_NE(renderer.error().find("line 2: 3 fields, but the header names 2 columns"),
-            std::string::npos)
-      << renderer.error();
+  EXPECT_EQ(renderer.error(), source + "not found (the data of source 'source0' of test.xml)");
 }
 
 TEST_F(RenderChart, ScatterHasAPointPerCaseAndALegendInCategoryOrder) {
   const std::string xml =
-      document(variable("vx", "X", false) + variable("vy", "Y", false) +
-                   variable("vg", "G", true,
-                            "<relabel from=\"1\" to=\"One\"/><relabel from=\"2\" to=\"Two\"/>"),
-               kAxes +
-                   "<element id=\"e\" type=\"point\"><x variable=\"vx\"/><y variable=\"vy\"/>"
-                   "<color variable=\"vg\"/></element>",
+      document(kXY + variable("vg", "G", true,
+                              "<relabel from=\"1\" to=\"One\"/><relabel from=\"2\" to=\"Two\"/>"),
+               kAxes + kPointXY + "<color variable=\"vg\"/></element>",
                "<frame id=\"frame_legend_1\"><legend id=\"legend_1\"><label>Groups</label>"
                "<legendTarget aesthetic=\"color\" element=\"e\"/></legend></frame>");
   // Six cases; one lacks y, one lacks its group: four points.
-  ASSERT_TRUE(load(xml, "X,Y,G\n0,0,2\n2,4,1\n4,,1\n6,6,2\n8,8,\n10,10,1\n")) << renderer.error();
-  EXPECT_TRUE(renderer.skipped().empty());
-  const std::string picture = svg();
+  const std::string picture = draw(xml, "X,Y,G\n0,0,2\n2,4,1\n4,,1\n6,6,2\n8,8,\n10,10,1\n");
   EXPECT_EQ(count(picture, "<circle"), 4u + 2u) << "four points and two legend keys";
   EXPECT_EQ(texts(picture, "title"), std::vector<std::string>{"The title"});
   EXPECT_EQ(texts(picture, "legend-title"), std::vector<std::string>{"Groups"});
@@ -152,9 +117,7 @@ TEST_F(RenderChart, ScatterHasAPointPerCaseAndALegendInCategoryOrder) {
   EXPECT_EQ(texts(picture, "tick-label x"),
             (std::vector<std::string>{"0", "2", "4", "6", "8", "10"}));
   EXPECT_EQ(texts(picture, "axis-title x"), std::vector<std::string>{"vx label"});
-  EXPECT_NE(renderer.description().find("Scatter plot of vy label by vx label, 4 cases."),
-            std::string::npos)
-      << renderer.description();
+  // The description names the groups by their relabelled values.
   EXPECT_NE(renderer.description().find("Points are coloured by vg label: One (2 cases), Two "
                                         "(2 cases)."),
             std::string::npos)
@@ -168,64 +131,40 @@ TEST_F(RenderChart, BarsStandOnZeroAndReachTheirValue) {
                    "<element id=\"e\" type=\"interval\"><statistic method=\"mean\"/>"
                    "<x variable=\"vc\"/><y variable=\"vy\"/></element>");
   // Means: a 5, b 10.
-  ASSERT_TRUE(load(xml, "C,Y\na,4\na,6\nb,10\n")) << renderer.error();
-  const std::string picture = svg();
+  const std::string picture = draw(xml, "C,Y\na,4\na,6\nb,10\n");
   EXPECT_EQ(count(picture, "class=\"mark bar\""), 2u);
   EXPECT_EQ(texts(picture, "tick-label x"), (std::vector<std::string>{"a", "b"}));
-  const std::vector<std::string> labels = texts(picture, "tick-label y");
-  const std::vector<double> rows = tickRows(picture);
-  ASSERT_EQ(labels.size(), rows.size());
-  std::map<std::string, double> rowOf;
-  for (std::size_t i = 0; i < labels.size(); ++i) rowOf[labels[i]] = rows[i];
-  ASSERT_TRUE(rowOf.count("0") && rowOf.count("10")) << picture;
   EXPECT_EQ(texts(picture, "axis-title y"), std::vector<std::string>{"Mean of vy label"});
-
+  const auto y = rendertest::axisMap(picture, "y");
+  ASSERT_TRUE(y) << picture;
+  const std::vector<std::pair<double, double>> bars = barSpans(picture);
+  ASSERT_EQ(bars.size(), 2u);
   const std::string png = renderer.picture(PictureFormat::kPng).value_or("");
   ASSERT_FALSE(png.empty()) << renderer.error();
-  // The second bar's centre column: bar b lies right of the middle.
-  const std::regex bar("<path class=\"mark bar\" d=\"M([-0-9.]+) [-0-9.]+ L([-0-9.]+)");
-  std::vector<double> centres;
-  for (auto it = std::sregex_iterator(picture.begin(), picture.end(), bar);
-       it != std::sregex_iterator(); ++it) {
-    centres.push_back((std::stod((*it)[1].str()) + std::stod((*it)[2].str())) / 2);
-  }
-  ASSERT_EQ(centres.size(), 2u);
-  const int column = static_cast<int>(centres[1]);
-  const int top = static_cast<int>(rowOf["10"]);
+  // Down the centre column of each bar, 3 pixels inside and outside its top
+  // (a at 5, b at 10), and just above the zero line.
   const unsigned blue = 0x0072B2;  // the colour of an uncoloured chart's marks
-  EXPECT_EQ(pixel(png, column, top + 3), blue) << "inside bar b, just under its top";
-  EXPECT_EQ(pixel(png, column, top - 3), 0xFFFFFFu) << "above bar b";
-  // Bar a (mean 5) ends half way between the 0 and 10 ticks.
-  const int half = static_cast<int>((rowOf["0"] + rowOf["10"]) / 2);
-  EXPECT_EQ(pixel(png, static_cast<int>(centres[0]), half + 3), blue);
-  EXPECT_EQ(pixel(png, static_cast<int>(centres[0]), half - 3), 0xFFFFFFu);
-  EXPECT_EQ(pixel(png, static_cast<int>(centres[0]), static_cast<int>(rowOf["0"]) - 2), blue)
-      << "bars reach down to the zero line";
+  for (const auto& [bar, mean] : {std::pair{bars[0], 5.0}, std::pair{bars[1], 10.0}}) {
+    const int column = static_cast<int>((bar.first + bar.second) / 2);
+    const int top = static_cast<int>((*y)(mean));
+    EXPECT_EQ(pixel(png, column, top + 3), blue) << "inside the bar of " << mean;
+    EXPECT_EQ(pixel(png, column, top - 3), 0xFFFFFFu) << "above the bar of " << mean;
+    EXPECT_EQ(pixel(png, column, static_cast<int>((*y)(0)) - 2), blue) << "bars stand on zero";
+  }
 }
 
 TEST_F(RenderChart, PointsHaveTheirGroupsColourWhereTheirDataPuts) {
-  const std::string xml =
-      document(variable("vx", "X", false) + variable("vy", "Y", false) + variable("vg", "G", true),
-               kAxes +
-                   "<element id=\"e\" type=\"point\"><x variable=\"vx\"/><y variable=\"vy\"/>"
-                   "<color variable=\"vg\"/></element>");
-  ASSERT_TRUE(load(xml, "X,Y,G\n0,0,a\n10,10,b\n")) << renderer.error();
-  const std::string picture = svg();
+  const std::string xml = document(kXY + variable("vg", "G", true),
+                                   kAxes + kPointXY + "<color variable=\"vg\"/></element>");
+  const std::string picture = draw(xml, "X,Y,G\n0,0,a\n10,10,b\n");
   const std::string png = renderer.picture(PictureFormat::kPng).value_or("");
-  const std::regex circle(
-      "<circle cx=\"([-0-9.]+)\" cy=\"([-0-9.]+)\"[^>]*fill=\"#([0-9a-f]{6})\"");
-  std::vector<std::pair<int, int>> at;
-  for (auto it = std::sregex_iterator(picture.begin(), picture.end(), circle);
-       it != std::sregex_iterator(); ++it) {
-    at.emplace_back(static_cast<int>(std::stod((*it)[1].str())),
-                    static_cast<int>(std::stod((*it)[2].str())));
-  }
+  const std::vector<Dot> at = dots(picture);
   ASSERT_EQ(at.size(), 2u) << picture;
   // Group a takes the palette's first colour (orange), b its second (blue).
-  EXPECT_EQ(pixel(png, at[0].first, at[0].second), 0xE69F00u);
-  EXPECT_EQ(pixel(png, at[1].first, at[1].second), 0x0072B2u);
-  EXPECT_LT(at[0].first, at[1].first) << "x grows to the right";
-  EXPECT_GT(at[0].second, at[1].second) << "y grows upwards";
+  EXPECT_EQ(pixel(png, static_cast<int>(at[0].x), static_cast<int>(at[0].y)), 0xE69F00u);
+  EXPECT_EQ(pixel(png, static_cast<int>(at[1].x), static_cast<int>(at[1].y)), 0x0072B2u);
+  EXPECT_LT(at[0].x, at[1].x) << "x grows to the right";
+  EXPECT_GT(at[0].y, at[1].y) << "y grows upwards";
 }
 
 TEST_F(RenderChart, PieHasASliceForEachGroupWithCases) {
@@ -237,8 +176,7 @@ TEST_F(RenderChart, PieHasASliceForEachGroupWithCases) {
       "<element id=\"e\" type=\"interval\" positionModifier=\"stack\"><statistic method=\"sum\"/>"
       "<theta variable=\"vv\"/><color variable=\"vc\"/></element></frame></frame>"
       "</visualization>";
-  ASSERT_TRUE(load(xml, "C,V\nx,1\ny,2\ny,1\nz,\nw,0\n")) << renderer.error();
-  const std::string picture = svg();
+  const std::string picture = draw(xml, "C,V\nx,1\ny,2\ny,1\nz,\nw,0\n");
   // x 1, y 3; z has no value and w sums to 0: no slices of theirs.
   EXPECT_EQ(count(picture, "class=\"mark slice\""), 2u);
   EXPECT_EQ(count(picture, "class=\"tick-label"), 0u) << "a pie has no axes";
@@ -252,32 +190,26 @@ TEST_F(RenderChart, HistogramBinsByTheDocumentsWidthAndStacksGroups) {
                    "<parameter name=\"bin-width\" value=\"0.25\"/></statistic><x variable=\"vx\"/>"
                    "<color variable=\"vg\"/></element>");
   // Bins [0, .25) [.25, .5) [.5, .75]: 0.75 closes the last bin.
-  ASSERT_TRUE(load(xml, "X,G\n0,a\n0.1,b\n0.3,a\n0.74,a\n0.75,b\n")) << renderer.error();
-  const std::string picture = svg();
+  const std::string picture = draw(xml, "X,G\n0,a\n0.1,b\n0.3,a\n0.74,a\n0.75,b\n");
   // Bin 1: a and b; bin 2: a; bin 3: a and b.
   EXPECT_EQ(count(picture, "class=\"mark bar\""), 5u);
   EXPECT_EQ(texts(picture, "axis-title y"), std::vector<std::string>{"Count"});
   EXPECT_EQ(texts(picture, "tick-label y"), (std::vector<std::string>{"0", "1", "2"}))
       << "counts are whole numbers";
   // Every bin is as wide as every other.
-  const std::regex bar("<path class=\"mark bar\" d=\"M([-0-9.]+) [-0-9.]+ L([-0-9.]+)");
-  std::vector<double> widths;
-  for (auto it = std::sregex_iterator(picture.begin(), picture.end(), bar);
-       it != std::sregex_iterator(); ++it) {
-    widths.push_back(std::stod((*it)[2].str()) - std::stod((*it)[1].str()));
+  const std::vector<std::pair<double, double>> bars = barSpans(picture);
+  ASSERT_EQ(bars.size(), 5u);
+  for (const auto& [left, right] : bars) {
+    EXPECT_NEAR(right - left, bars.front().second - bars.front().first, 0.02);
   }
-  ASSERT_EQ(widths.size(), 5u);
-  for (const double width : widths) EXPECT_NEAR(width, widths.front(), 0.02);
 }
 
 TEST_F(RenderChart, PanelsSplitTheCasesAndShareTheirScales) {
-  const std::string xml = document(
-      variable("vx", "X", false) + variable("vy", "Y", false) +
-          variable("vp", "P", true, "<relabel from=\"1\" to=\"First\"/>"),
-      "<coordinateFacet><facetVariable role=\"x\" variable=\"vp\"/></coordinateFacet>" + kAxes +
-          "<element id=\"e\" type=\"point\"><x variable=\"vx\"/><y variable=\"vy\"/></element>");
-  ASSERT_TRUE(load(xml, "X,Y,P\n1,1,1\n2,2,1\n3,3,2\n")) << renderer.error();
-  const std::string picture = svg();
+  const std::string xml =
+      document(kXY + variable("vp", "P", true, "<relabel from=\"1\" to=\"First\"/>"),
+               "<coordinateFacet><facetVariable role=\"x\" variable=\"vp\"/></coordinateFacet>" +
+                   kAxes + kPointXY + "</element>");
+  const std::string picture = draw(xml, "X,Y,P\n1,1,1\n2,2,1\n3,3,2\n");
   EXPECT_EQ(texts(picture, "panel-label"), (std::vector<std::string>{"First", "2"}));
   EXPECT_EQ(count(picture, "<circle"), 3u);
   // One row of panels: y labels once, on the left; x labels under each panel.
@@ -311,47 +243,36 @@ TEST_F(RenderChart, ScatterPlotMatrixPairsEveryVariableWithEveryOther) {
                "<element id=\"m\" type=\"point\"><facetStyle when=\"matrixscatterdiagonal\"/>"
                "<x variable=\"across\"/><y variable=\"upward\"/></element>");
   // b lacks a value in one case: pairs with b have three points, a with c four.
-  ASSERT_TRUE(load(xml, "A,B,C\n1,10,100\n2,,200\n3,30,300\n4,40,400\n")) << renderer.error();
-  EXPECT_TRUE(renderer.skipped().empty()) << renderer.skipped().front();
-  const std::string picture = svg();
+  const std::string picture = draw(xml, "A,B,C\n1,10,100\n2,,200\n3,30,300\n4,40,400\n");
   EXPECT_EQ(count(picture, "<circle"), 3u * 4 + 2u * 4);
   // The diagonal names the variables, top left to bottom right.
   EXPECT_EQ(texts(picture, "panel-label"),
             (std::vector<std::string>{"Name a", "Name b", "Name c"}));
   // Each column has its own scale: the bottom row labels a's, b's and c's.
   const std::vector<std::string> across = texts(picture, "tick-label x");
-  EXPECT_NE(std::find(across.begin(), across.end(), "2"), across.end()) << picture;
-  EXPECT_NE(std::find(across.begin(), across.end(), "20"), across.end()) << picture;
-  EXPECT_NE(std::find(across.begin(), across.end(), "200"), across.end()) << picture;
+  for (const std::string label : {"2", "20", "200"}) {
+    EXPECT_NE(std::find(across.begin(), across.end(), label), across.end()) << label << picture;
+  }
 }
 
 TEST_F(RenderChart, StylesAndSizesAreDrawnAndKeyed) {
-  const std::string xml =
-      document(variable("vx", "X", false) + variable("vy", "Y", false) + variable("vg", "G", true) +
-                   variable("vs", "S", true) + variable("vz", "Z", false),
-               kAxes +
-                   "<element id=\"e\" type=\"point\"><x variable=\"vx\"/><y variable=\"vy\"/>"
-                   "<styleBy id=\"by\" variable=\"vs\" styleCycle=\"styleCycleDefault\"/>"
-                   "<color variable=\"vg\"/><size variable=\"vz\"/></element>",
-               "<frame id=\"frame_legend_1\"><legend id=\"l\">"
-               "<legendTarget aesthetic=\"color\" element=\"e\"/>"
-               "<legendTarget aesthetic=\"by\" element=\"e\"/>"
-               "<legendTarget aesthetic=\"size\" element=\"e\"/></legend></frame>");
-  ASSERT_TRUE(load(xml, "X,Y,G,S,Z\n1,1,a,p,10\n2,2,a,q,20\n3,3,b,p,30\n4,4,b,q,40\n"))
-      << renderer.error();
-  EXPECT_TRUE(renderer.skipped().empty()) << renderer.skipped().front();
-  const std::string picture = svg();
+  const std::string xml = document(
+      kXY + variable("vg", "G", true) + variable("vs", "S", true) + variable("vz", "Z", false),
+      kAxes + kPointXY +
+          "<styleBy id=\"by\" variable=\"vs\" styleCycle=\"styleCycleDefault\"/>"
+          "<color variable=\"vg\"/><size variable=\"vz\"/></element>",
+      "<frame id=\"frame_legend_1\"><legend id=\"l\">"
+      "<legendTarget aesthetic=\"color\" element=\"e\"/>"
+      "<legendTarget aesthetic=\"by\" element=\"e\"/>"
+      "<legendTarget aesthetic=\"size\" element=\"e\"/></legend></frame>");
+  const std::string picture =
+      draw(xml, "X,Y,G,S,Z\n1,1,a,p,10\n2,2,a,q,20\n3,3,b,p,30\n4,4,b,q,40\n");
   // Colours, then the style-by's shapes, then sizes across the size's range.
   EXPECT_EQ(texts(picture, "legend-entry"),
             (std::vector<std::string>{"a", "b", "p", "q", "10", "20", "30", "40"}));
   // Style p takes circles, q triangles; each point's size grows with z.
   std::vector<double> radii;
-  const std::regex circle("<circle cx=\"[-0-9.]+\" cy=\"[-0-9.]+\" r=\"([0-9.]+)\"");
-  const std::string marks = picture.substr(0, picture.find("legend-"));
-  for (auto it = std::sregex_iterator(marks.begin(), marks.end(), circle);
-       it != std::sregex_iterator(); ++it) {
-    radii.push_back(std::stod((*it)[1].str()));
-  }
+  for (const Dot& dot : dots(picture.substr(0, picture.find("legend-")))) radii.push_back(dot.r);
   ASSERT_EQ(radii.size(), 2u) << "the two cases of style p";
   EXPECT_NE(radii[0], radii[1]);
 
@@ -361,24 +282,21 @@ TEST_F(RenderChart, StylesAndSizesAreDrawnAndKeyed) {
           "<element id=\"e\" type=\"interval\"><statistic method=\"sum\"/>"
           "<x variable=\"vc\"/><y variable=\"vy\"/>"
           "<styleBy id=\"by\" variable=\"vs\" styleCycle=\"styleCyclePattern\"/></element>");
-  ASSERT_TRUE(load(bars, "C,Y,S\na,1,p\na,2,q\nb,3,q\n")) << renderer.error();
-  const std::string hatched = svg();
+  const std::string hatched = draw(bars, "C,Y,S\na,1,p\na,2,q\nb,3,q\n");
   EXPECT_EQ(count(hatched, "class=\"mark bar\""), 3u);
   EXPECT_EQ(count(hatched, "class=\"mark hatch\""), 2u) << "the bars of q are hatched, p plain";
 }
 
 TEST_F(RenderChart, TitleSubtitleAndFootnoteTakeTheirPlaces) {
   const std::string xml = document(
-      variable("vx", "X", false) + variable("vy", "Y", false),
+      kXY,
       kAxes +
           "<element id=\"e\" type=\"line\"><x variable=\"vx\"/><y variable=\"vy\"/>"
           "</element>",
       "<frame id=\"frame_subtitle_1\"><label id=\"label_subtitle_1\">Second line</label></frame>"
       "<frame id=\"frame_footnote_1\"><label id=\"label_footnote_1\">Source: a survey</label>"
       "</frame>");
-  ASSERT_TRUE(load(xml, "X,Y\n1,2\n2,4\n")) << renderer.error();
-  EXPECT_TRUE(renderer.skipped().empty());
-  const std::string picture = svg();
+  const std::string picture = draw(xml, "X,Y\n1,2\n2,4\n");
   const auto rowOf = [&](const std::string& role) {
     std::smatch at;
     const std::regex text("<text class=\"" + role + "\"[^>]*><tspan x=\"[-0-9.]+\" y=\"([-0-9.]+)");
@@ -399,32 +317,21 @@ TEST_F(RenderChart, TitleSubtitleAndFootnoteTakeTheirPlaces) {
       "Annual mean atmospheric carbon dioxide measured at the observatory, by year, with its "
       "growth on the previous year and the mean of every decade since measurements began";
   longTitle.replace(longTitle.find("The title"), 9, words);
-  ASSERT_TRUE(load(longTitle, "X,Y\n1,2\n2,4\n")) << renderer.error();
-  const std::string wrappedPicture = svg();
+  const std::string wrappedPicture = draw(longTitle, "X,Y\n1,2\n2,4\n");
   const std::size_t start = wrappedPicture.find("<text class=\"title\"");
   const std::size_t end = wrappedPicture.find("</text>", start);
   EXPECT_GE(count(wrappedPicture.substr(start, end - start), "<tspan"), 2u);
 }
 
 TEST_F(RenderChart, ScaleColoursShadePointsAlongAGradientWithItsKey) {
-  const std::string xml =
-      document(variable("vx", "X", false) + variable("vy", "Y", false) + variable("vt", "T", false),
-               kAxes +
-                   "<element id=\"e\" type=\"point\"><x variable=\"vx\"/><y variable=\"vy\"/>"
-                   "<color variable=\"vt\"/></element>",
-               "<frame id=\"frame_legend_1\"><legend id=\"l\"><label>Temperature</label>"
-               "<legendTarget aesthetic=\"color\" element=\"e\"/></legend></frame>");
-  ASSERT_TRUE(load(xml, "X,Y,T\n1,1,-10\n2,2,5\n3,3,30\n")) << renderer.error();
-  EXPECT_TRUE(renderer.skipped().empty());
-  const std::string picture = svg();
+  const std::string xml = document(
+      kXY + variable("vt", "T", false), kAxes + kPointXY + "<color variable=\"vt\"/></element>",
+      "<frame id=\"frame_legend_1\"><legend id=\"l\"><label>Temperature</label>"
+      "<legendTarget aesthetic=\"color\" element=\"e\"/></legend></frame>");
+  const std::string picture = draw(xml, "X,Y,T\n1,1,-10\n2,2,5\n3,3,30\n");
   // The coldest point takes the gradient's dark end, the warmest its light end.
-  const std::regex circle(
-      "<circle cx=\"[-0-9.]+\" cy=\"[-0-9.]+\" r=\"[0-9.]+\" fill=\"#([0-9a-f]{6})\"");
   std::vector<std::string> fills;
-  for (auto it = std::sregex_iterator(picture.begin(), picture.end(), circle);
-       it != std::sregex_iterator(); ++it) {
-    fills.push_back((*it)[1].str());
-  }
+  for (const Dot& dot : dots(picture)) fills.push_back(dot.fill);
   ASSERT_EQ(fills.size(), 3u) << "three points and no key markers";
   EXPECT_EQ(fills.front(), "440154");
   EXPECT_EQ(fills.back(), "fde725");
@@ -437,7 +344,7 @@ TEST_F(RenderChart, ScaleColoursShadePointsAlongAGradientWithItsKey) {
 
 TEST_F(RenderChart, WhatCannotBeDrawnIsNamedOnceAndTheRestIsDrawn) {
   const std::string xml = document(
-      variable("vx", "X", false) + variable("vy", "Y", false),
+      kXY,
       kAxes +
           "<element id=\"box\" type=\"edge\"><x variable=\"vx\"/><y variable=\"vy\"/></element>"
           "<element id=\"dots\" type=\"point\"><x variable=\"vx\"/><y variable=\"vy\"/></element>"
@@ -459,8 +366,7 @@ TEST_F(RenderChart, DatesAndNumbersAreLabelledByTheirFormats) {
                    "maximumFractionDigits=\"2\" minimumFractionDigits=\"2\"/></meta>"),
       kAxes + "<element id=\"e\" type=\"line\"><x variable=\"vd\"/><y variable=\"vy\"/></element>");
   // 1 January 1960 and 1 January 2000, in seconds since 14 October 1582.
-  ASSERT_TRUE(load(xml, "D,Y\n11903760000,1000\n13166064000,5000\n")) << renderer.error();
-  const std::string picture = svg();
+  const std::string picture = draw(xml, "D,Y\n11903760000,1000\n13166064000,5000\n");
   const std::vector<std::string> dates = texts(picture, "tick-label x");
   EXPECT_NE(std::find(dates.begin(), dates.end(), "01-Jan-1980"), dates.end()) << picture;
   for (const std::string& label : dates) EXPECT_EQ(label.substr(0, 7), "01-Jan-") << label;
@@ -471,7 +377,7 @@ TEST_F(RenderChart, DatesAndNumbersAreLabelledByTheirFormats) {
 
 TEST_F(RenderChart, SameChartSameBytes) {
   const std::string xml = document(
-      variable("vx", "X", false) + variable("vy", "Y", false),
+      kXY,
       kAxes + "<element id=\"e\" type=\"area\"><x variable=\"vx\"/><y variable=\"vy\"/></element>");
   ASSERT_TRUE(load(xml, "X,Y\n1,3\n2,1\n3,4\n")) << renderer.error();
   for (const PictureFormat format :

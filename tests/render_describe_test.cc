@@ -19,7 +19,6 @@
 
 namespace {
 
-using chartxml::ChartRenderer;
 using chartxml::PictureFormat;
 using rendertest::decodePng;
 
@@ -43,15 +42,7 @@ std::string variable(const std::string& id, const std::string& column, bool cate
          (categorical ? "true" : "false") + "\">" + inner + "</variable>";
 }
 
-class Describe : public ::testing::Test {
- protected:
-  bool load(const std::string& xml, const std::string& csv) {
-    return renderer.loadText(xml, "test.xml", [csv](const std::string& source) {
-      return source == "source0" ? std::optional<std::string>(csv) : std::nullopt;
-    });
-  }
-  ChartRenderer renderer;
-};
+class Describe : public ::testing::Test, public rendertest::Drawn {};
 
 TEST_F(Describe, ScatterNamesVariablesRangesCasesGroupsAndLines) {
   const std::string xml =
@@ -76,13 +67,14 @@ TEST_F(Describe, ScatterNamesVariablesRangesCasesGroupsAndLines) {
 
   // The SVG names itself by its title and describes itself by the same
   // paragraph, escaped.
-  const std::string svg = renderer.picture(PictureFormat::kSvg).value_or("");
-  EXPECT_NE(svg.find("role=\"img\" aria-labelledby=\"chart-title chart-desc\""), std::string::npos);
-  EXPECT_NE(svg.find("<title id=\"chart-title\">Spend</title>"), std::string::npos);
-  EXPECT_NE(svg.find("<desc id=\"chart-desc\">Scatter plot of vy label by R&amp;D spend, 4 "
-                     "cases. R&amp;D spend runs"),
+  const std::string picture = svg();
+  EXPECT_NE(picture.find("role=\"img\" aria-labelledby=\"chart-title chart-desc\""),
+            std::string::npos);
+  EXPECT_NE(picture.find("<title id=\"chart-title\">Spend</title>"), std::string::npos);
+  EXPECT_NE(picture.find("<desc id=\"chart-desc\">Scatter plot of vy label by R&amp;D spend, 4 "
+                         "cases. R&amp;D spend runs"),
             std::string::npos)
-      << svg.substr(0, 800);
+      << picture.substr(0, 800);
   // The PDF carries it as its subject, a UTF-16 string in hex.
   const std::string pdf = renderer.picture(PictureFormat::kPdf).value_or("");
   std::string subject = "/Subject <FEFF";
@@ -108,37 +100,7 @@ TEST_F(Describe, ScatterNamesVariablesRangesCasesGroupsAndLines) {
   EXPECT_EQ(std::string(cxr_description()), "");
 }
 
-TEST_F(Describe, SummariesHistogramsAndPiesSayWhatTheyCount) {
-  // Means: a (4 + 6) / 2 = 5, b 10, c -2; four cases.
-  ASSERT_TRUE(load(document(variable("vc", "C", true) + variable("vy", "Y", false),
-                            "<element id=\"e\" type=\"interval\"><statistic method=\"mean\"/>"
-                            "<x variable=\"vc\"/><y variable=\"vy\"/></element>"),
-                   "C,Y\na,4\na,6\nb,10\nc,-2\n"))
-      << renderer.error();
-  EXPECT_EQ(
-      renderer.description(),
-      "Bar chart of the mean of vy label by vc label, 4 cases. Mean of vy label runs from "
-      "-2 to 10. vc label has 3 categories: a, b and c. Bar values: a (5), b (10) and c (-2).");
-  // The untitled chart's SVG is named by the description's first sentence.
-  const std::string svg = renderer.picture(PictureFormat::kSvg).value_or("");
-  EXPECT_NE(svg.find("<title id=\"chart-title\">Bar chart of the mean of vy label by vc label, "
-                     "4 cases</title>"),
-            std::string::npos)
-      << svg.substr(0, 600);
-
-  // Bins [0, .25) [.25, .5) [.5, .75]: 2, 1 and 2 cases.
-  ASSERT_TRUE(load(document(variable("vx", "X", false),
-                            "<element id=\"e\" type=\"interval\"><statistic method=\"histogram\">"
-                            "<parameter name=\"bin-width\" value=\"0.25\"/></statistic>"
-                            "<x variable=\"vx\"/></element>"),
-                   "X\n0\n0.1\n0.3\n0.74\n0.75\n"))
-      << renderer.error();
-  EXPECT_EQ(renderer.description(),
-            "Histogram of vx label, 5 cases. vx label runs from 0 to 0.75 in bins 0.25 wide; the "
-            "fullest bin holds 2 cases.");
-
-  // Sums: w 0, x 1, y 2 + 1 = 3, z nothing; of 4 in all x is 25%, y 75%.
-  // Every row has its category: five cases.
+TEST_F(Describe, SummariesDatesAndPanelsAreWrittenAsTheChartShowsThem) {
   const std::string pie =
       "<visualization><source id=\"source0\"/>" + variable("vc", "C", true) +
       variable("vv", "V", false) +
@@ -147,38 +109,61 @@ TEST_F(Describe, SummariesHistogramsAndPiesSayWhatTheyCount) {
       "<element id=\"e\" type=\"interval\" positionModifier=\"stack\"><statistic method=\"sum\"/>"
       "<theta variable=\"vv\"/><color variable=\"vc\"/></element></frame></frame>"
       "</visualization>";
-  ASSERT_TRUE(load(pie, "C,V\nx,1\ny,2\ny,1\nz,\nw,0\n")) << renderer.error();
-  EXPECT_EQ(renderer.description(),
-            "Pie chart of the sum of vv label by vc label, 5 cases. Slices: x (1, 25%) and y (3, "
-            "75%).");
-}
-
-TEST_F(Describe, DatesFormatsAndPanelsAreWrittenAsTheChartShowsThem) {
-  const std::string xml = document(
-      variable("vd", "D", false, "<meta><dateTimeFormat pattern=\"dd-MMM-yyyy\"/></meta>") +
-          variable("vy", "Y", false,
-                   "<meta><numberFormat prefix=\"$\" useGrouping=\"true\" "
-                   "maximumFractionDigits=\"2\" minimumFractionDigits=\"2\"/></meta>"),
-      "<element id=\"e\" type=\"line\"><x variable=\"vd\"/><y variable=\"vy\"/></element>");
-  // 1 January 1960, 1980 and 2000 in seconds since 14 October 1582 (1980:
-  // 7305 days, five of them leap days, after 1960).
-  ASSERT_TRUE(load(xml, "D,Y\n11903760000,1000\n12534912000,2500\n13166064000,5000\n"))
-      << renderer.error();
-  EXPECT_EQ(renderer.description(),
-            "Line chart of vy label by vd label, 3 cases. vd label runs from 01-Jan-1960 to "
-            "01-Jan-2000; vy label from $1,000.00 to $5,000.00.");
-
-  const std::string panels =
-      document(variable("vx", "X", false) + variable("vy", "Y", false) +
-                   variable("vp", "P", true, "<relabel from=\"1\" to=\"First\"/>"),
-               "<coordinateFacet><facetVariable role=\"x\" variable=\"vp\"/></coordinateFacet>"
-               "<element id=\"e\" type=\"point\"><x variable=\"vx\"/><y variable=\"vy\"/>"
-               "</element>");
-  // Two cases in panel 1, one in panel 2: the ranges span both.
-  ASSERT_TRUE(load(panels, "X,Y,P\n1,10,1\n2,20,1\n3,15,2\n")) << renderer.error();
-  EXPECT_EQ(renderer.description(),
-            "Scatter plot of vy label by vx label, 3 cases. vx label runs from 1 to 3; vy label "
-            "from 10 to 20. Drawn in 2 panels, one for each vp label: First and 2.");
+  const std::string money =
+      "<meta><numberFormat prefix=\"$\" useGrouping=\"true\" maximumFractionDigits=\"2\" "
+      "minimumFractionDigits=\"2\"/></meta>";
+  struct Case {
+    std::string xml, csv, said;
+  };
+  const std::vector<Case> cases{
+      // Means: a (4 + 6) / 2 = 5, b 10, c -2; four cases.
+      {document(variable("vc", "C", true) + variable("vy", "Y", false),
+                "<element id=\"e\" type=\"interval\"><statistic method=\"mean\"/>"
+                "<x variable=\"vc\"/><y variable=\"vy\"/></element>"),
+       "C,Y\na,4\na,6\nb,10\nc,-2\n",
+       "Bar chart of the mean of vy label by vc label, 4 cases. Mean of vy label runs from -2 to "
+       "10. vc label has 3 categories: a, b and c. Bar values: a (5), b (10) and c (-2)."},
+      // Bins [0, .25) [.25, .5) [.5, .75]: 2, 1 and 2 cases.
+      {document(variable("vx", "X", false),
+                "<element id=\"e\" type=\"interval\"><statistic method=\"histogram\">"
+                "<parameter name=\"bin-width\" value=\"0.25\"/></statistic>"
+                "<x variable=\"vx\"/></element>"),
+       "X\n0\n0.1\n0.3\n0.74\n0.75\n",
+       "Histogram of vx label, 5 cases. vx label runs from 0 to 0.75 in bins 0.25 wide; the "
+       "fullest bin holds 2 cases."},
+      // Sums: w 0, x 1, y 2 + 1 = 3, z nothing; of 4 in all x is 25%, y 75%.
+      // Every row has its category: five cases.
+      {pie, "C,V\nx,1\ny,2\ny,1\nz,\nw,0\n",
+       "Pie chart of the sum of vv label by vc label, 5 cases. Slices: x (1, 25%) and y (3, 75%)."},
+      // 1 January 1960, 1980 and 2000 in seconds since 14 October 1582 (1980:
+      // 7305 days, five of them leap days, after 1960).
+      {document(
+           variable("vd", "D", false, "<meta><dateTimeFormat pattern=\"dd-MMM-yyyy\"/></meta>") +
+               variable("vy", "Y", false, money),
+           "<element id=\"e\" type=\"line\"><x variable=\"vd\"/><y variable=\"vy\"/></element>"),
+       "D,Y\n11903760000,1000\n12534912000,2500\n13166064000,5000\n",
+       "Line chart of vy label by vd label, 3 cases. vd label runs from 01-Jan-1960 to "
+       "01-Jan-2000; vy label from $1,000.00 to $5,000.00."},
+      // Two cases in panel 1, one in panel 2: the ranges span both.
+      {document(variable("vx", "X", false) + variable("vy", "Y", false) +
+                    variable("vp", "P", true, "<relabel from=\"1\" to=\"First\"/>"),
+                "<coordinateFacet><facetVariable role=\"x\" variable=\"vp\"/></coordinateFacet>"
+                "<element id=\"e\" type=\"point\"><x variable=\"vx\"/><y variable=\"vy\"/>"
+                "</element>"),
+       "X,Y,P\n1,10,1\n2,20,1\n3,15,2\n",
+       "Scatter plot of vy label by vx label, 3 cases. vx label runs from 1 to 3; vy label from 10 "
+       "to 20. Drawn in 2 panels, one for each vp label: First and 2."},
+  };
+  for (const Case& c : cases) {
+    ASSERT_TRUE(load(c.xml, c.csv)) << renderer.error();
+    EXPECT_EQ(renderer.description(), c.said);
+  }
+  // An untitled chart's SVG is named by the description's first sentence.
+  ASSERT_TRUE(load(cases[0].xml, cases[0].csv)) << renderer.error();
+  EXPECT_NE(svg().find("<title id=\"chart-title\">Bar chart of the mean of vy label by vc label, "
+                       "4 cases</title>"),
+            std::string::npos)
+      << svg().substr(0, 600);
 }
 
 // ---- Texts in other scripts ----
@@ -238,7 +223,7 @@ TEST_F(RightToLeft, AHebrewTextStartsAtItsRightEnd) {
                            "<frame id=\"frame_footnote_1\"><label id=\"label_footnote_1\">" +
                                first + rest + "</label></frame></frame></visualization>");
     ASSERT_TRUE(load(xml, "X,Y\n1,1\n2,2\n")) << renderer.error();
-    pngs.push_back(renderer.picture(PictureFormat::kPng).value_or(""));
+    pngs.push_back(png());
   }
   cairo_surface_t* one = decodePng(pngs[0]);
   cairo_surface_t* other = decodePng(pngs[1]);
@@ -262,15 +247,15 @@ TEST_F(RightToLeft, AHebrewTextStartsAtItsRightEnd) {
   // The SVG says the direction and anchors a centred title at its right
   // end, right of the centre (x 400); a Latin title starts left of it.
   ASSERT_TRUE(load(titled("\u05D1" + rest), "X,Y\n1,1\n2,2\n"));
-  const std::string svg = renderer.picture(PictureFormat::kSvg).value_or("");
   std::smatch found;
-  ASSERT_TRUE(std::regex_search(svg, found,
+  const std::string rtl = svg();
+  ASSERT_TRUE(std::regex_search(rtl, found,
                                 std::regex("<text class=\"title\"[^>]* direction=\"rtl\"[^>]*>"
                                            "<tspan x=\"([0-9.]+)\"")))
-      << svg;
+      << rtl;
   EXPECT_GT(std::stod(found[1].str()), 400);
   ASSERT_TRUE(load(titled("Latin"), "X,Y\n1,1\n2,2\n"));
-  const std::string latin = renderer.picture(PictureFormat::kSvg).value_or("");
+  const std::string latin = svg();
   ASSERT_TRUE(std::regex_search(latin, found,
                                 std::regex("<text class=\"title\"[^>]*>"
                                            "<tspan x=\"([0-9.]+)\"")));

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cairo.h>
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -152,6 +153,11 @@ inline unsigned pixel(const std::string& png, int x, int y) {
   return value;
 }
 
+// The colour of the pixel at a mark's centre (x, y).
+inline unsigned pixel(const std::string& png, std::pair<double, double> at) {
+  return pixel(png, static_cast<int>(at.first), static_cast<int>(at.second));
+}
+
 // A renderer loaded with a document and source0's data.
 class Drawn {
  public:
@@ -162,6 +168,12 @@ class Drawn {
   }
   std::string svg() { return renderer.picture(chartxml::PictureFormat::kSvg).value_or(""); }
   std::string png() { return renderer.picture(chartxml::PictureFormat::kPng).value_or(""); }
+  // The SVG of `xml` over `csv`, which must load with every part drawn.
+  std::string draw(const std::string& xml, const std::string& csv) {
+    EXPECT_TRUE(load(xml, csv)) << renderer.error();
+    EXPECT_EQ(renderer.skipped(), std::vector<std::string>{});
+    return svg();
+  }
 
   chartxml::ChartRenderer renderer;
 };

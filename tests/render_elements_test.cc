@@ -41,6 +41,21 @@ unsigned rgb(chartxml::render::Color c) {
   return (unsigned{c.r} << 16) | (unsigned{c.g} << 8) | c.b;
 }
 
+// Two numeric variables and a point element of the one by the other, whose
+// `rest` (aesthetics) closes it.
+const std::string kXY = variable("vx", "X", false) + variable("vy", "Y", false);
+std::string pointsWith(const std::string& rest) {
+  return kAxes + "<element id=\"e\" type=\"point\"><x variable=\"vx\"/><y variable=\"vy\"/>" +
+         rest + "</element>";
+}
+
+// Expects the top and bottom of a path (its least and greatest pixel y) at
+// the values `high` and `low`.
+void expectSpan(const std::vector<double>& path, const AxisMap& y, double high, double low) {
+  EXPECT_NEAR(minOdd(path), y(high), 0.6) << "top at " << high;
+  EXPECT_NEAR(maxOdd(path), y(low), 0.6) << "bottom at " << low;
+}
+
 class RenderElements : public ::testing::Test, public Drawn {};
 
 TEST_F(RenderElements, BoxPlotsShowHingesWhiskersOutliersAndExtremes) {
@@ -54,24 +69,16 @@ TEST_F(RenderElements, BoxPlotsShowHingesWhiskersOutliersAndExtremes) {
   std::string csv = "C,Y\n";
   for (const int v : {1, 2, 3, 4, 5, 6, 7, 8, 9, 20, 30}) csv += "a," + std::to_string(v) + "\n";
   for (const int v : {2, 4, 6, 8}) csv += "b," + std::to_string(v) + "\n";
-  ASSERT_TRUE(load(xml, csv)) << renderer.error();
-  EXPECT_EQ(renderer.skipped(), std::vector<std::string>{});
-  const std::string picture = svg();
+  const std::string picture = draw(xml, csv);
   const auto y = axisMap(picture, "y");
-  ASSERT_TRUE(y) << picture;
   const auto boxes = paths(picture, "mark box");
   const auto medians = paths(picture, "mark box-median");
   const auto whiskers = paths(picture, "mark whisker");
-  ASSERT_EQ(boxes.size(), 2u);
-  ASSERT_EQ(medians.size(), 2u);
-  ASSERT_EQ(whiskers.size(), 2u);
-  EXPECT_NEAR(minOdd(boxes[0]), (*y)(8.5), 0.6);
-  EXPECT_NEAR(maxOdd(boxes[0]), (*y)(3.5), 0.6);
+  ASSERT_TRUE(y && boxes.size() == 2u && medians.size() == 2u && whiskers.size() == 2u) << picture;
+  expectSpan(boxes[0], *y, 8.5, 3.5);
+  expectSpan(whiskers[0], *y, 9, 1);
+  expectSpan(boxes[1], *y, 7, 3);
   EXPECT_NEAR(minOdd(medians[0]), (*y)(6), 0.6);
-  EXPECT_NEAR(minOdd(whiskers[0]), (*y)(9), 0.6);
-  EXPECT_NEAR(maxOdd(whiskers[0]), (*y)(1), 0.6);
-  EXPECT_NEAR(minOdd(boxes[1]), (*y)(7), 0.6);
-  EXPECT_NEAR(maxOdd(boxes[1]), (*y)(3), 0.6);
   EXPECT_NEAR(minOdd(medians[1]), (*y)(5), 0.6);
   const auto outliers = circles(picture, "mark outlier");
   ASSERT_EQ(outliers.size(), 1u);
@@ -90,15 +97,44 @@ TEST_F(RenderElements, BoxPlotsShowHingesWhiskersOutliersAndExtremes) {
   const std::string lone =
       document(variable("vy", "Y", false),
                kAxes + "<element id=\"e\" type=\"schema\"><y variable=\"vy\"/></element>");
-  ASSERT_TRUE(load(lone, "Y\n2\n4\n6\n8\n")) << renderer.error();
-  EXPECT_EQ(renderer.skipped(), std::vector<std::string>{});
-  const std::string single = svg();
+  const std::string single = draw(lone, "Y\n2\n4\n6\n8\n");
   EXPECT_EQ(texts(single, "tick-label x"), std::vector<std::string>{"vy"});
   const auto loneY = axisMap(single, "y");
   const auto loneBox = paths(single, "mark box");
   ASSERT_TRUE(loneY && loneBox.size() == 1u) << single;
-  EXPECT_NEAR(minOdd(loneBox[0]), (*loneY)(7), 0.6);
-  EXPECT_NEAR(maxOdd(loneBox[0]), (*loneY)(3), 0.6);
+  expectSpan(loneBox[0], *loneY, 7, 3);
+}
+
+TEST_F(RenderElements, WeightedBoxesTakeTukeysDepthsOverTheTotalWeight) {
+  const std::string xml =
+      document(variable("vc", "C", true) + variable("vy", "Y", false) + variable("vw", "W", false),
+               kAxes +
+                   "<element id=\"e\" type=\"schema\"><x variable=\"vc\"/>"
+                   "<y variable=\"vy\"/><weight variable=\"vw\"/></element>");
+  // a: 1, 2, 3 once and 4 five times, W = 8: median depth 4.5 (4 and 4),
+  // hinge depth 2.5: 2.5 and (depth 6.5) 4; the whisker reaches 1 (fence
+  // 2.5 - 2.25). Unweighted it would be 1.5, 2.5, 3.5.
+  // b: 10, 20 weigh a half, 30 two, W = 3: median depth 2 (30), hinge depth
+  // 1.5: (20 + 30) / 2 = 25 and, at depth 2.5, 30; 10 lies below the inner
+  // fence 17.5 but on the outer one (10): an outlier.
+  ASSERT_TRUE(load(xml, "C,Y,W\na,1,1\na,2,1\na,3,1\na,4,5\nb,10,0.5\nb,20,0.5\nb,30,2\n"))
+      << renderer.error();
+  EXPECT_EQ(renderer.skipped(), std::vector<std::string>{});
+  const std::string picture = svg();
+  const auto y = axisMap(picture, "y");
+  const auto boxes = paths(picture, "mark box");
+  const auto medians = paths(picture, "mark box-median");
+  const auto whiskers = paths(picture, "mark whisker");
+  ASSERT_TRUE(y && boxes.size() == 2u && medians.size() == 2u && whiskers.size() == 2u) << picture;
+  EXPECT_NEAR(minOdd(boxes[0]), (*y)(4), 0.6);
+  EXPECT_NEAR(maxOdd(boxes[0]), (*y)(2.5), 0.6);
+  EXPECT_NEAR(minOdd(medians[0]), (*y)(4), 0.6);
+  EXPECT_NEAR(maxOdd(whiskers[0]), (*y)(1), 0.6);
+  EXPECT_NEAR(minOdd(boxes[1]), (*y)(30), 0.6);
+  EXPECT_NEAR(maxOdd(boxes[1]), (*y)(25), 0.6);
+  const auto outliers = circles(picture, "mark outlier");
+  ASSERT_EQ(outliers.size(), 1u);
+  EXPECT_NEAR(outliers[0].second, (*y)(10), 0.6);
 }
 
 TEST_F(RenderElements, ErrorBarsSpanTheMeanPlusMinusTwoStandardErrors) {
@@ -110,49 +146,65 @@ TEST_F(RenderElements, ErrorBarsSpanTheMeanPlusMinusTwoStandardErrors) {
                    "<x variable=\"vc\"/><y variable=\"vy\"/></element>");
   // a: 4, 6: mean 5, deviation sqrt 2, error 1: 3 to 7. b: 10, 12, 14:
   // mean 12, deviation 2, error 2 / sqrt 3: 12 -+ 2.3094.
-  ASSERT_TRUE(load(xml, "C,Y\na,4\na,6\nb,10\nb,12\nb,14\n")) << renderer.error();
-  EXPECT_EQ(renderer.skipped(), std::vector<std::string>{});
-  const std::string picture = svg();
+  const std::string picture = draw(xml, "C,Y\na,4\na,6\nb,10\nb,12\nb,14\n");
   const auto y = axisMap(picture, "y");
-  ASSERT_TRUE(y) << picture;
   const auto bars = paths(picture, "mark error-bar");
-  ASSERT_EQ(bars.size(), 2u);
-  EXPECT_NEAR(minOdd(bars[0]), (*y)(7), 0.6);
-  EXPECT_NEAR(maxOdd(bars[0]), (*y)(3), 0.6);
+  ASSERT_TRUE(y && bars.size() == 2u) << picture;
+  expectSpan(bars[0], *y, 7, 3);
   const double error = 2 * 2 / std::sqrt(3.0);
-  EXPECT_NEAR(minOdd(bars[1]), (*y)(12 + error), 0.6);
-  EXPECT_NEAR(maxOdd(bars[1]), (*y)(12 - error), 0.6);
+  expectSpan(bars[1], *y, 12 + error, 12 - error);
   const auto means = circles(picture, "mark error-mean");
   ASSERT_EQ(means.size(), 2u);
   EXPECT_NEAR(means[0].second, (*y)(5), 0.6);
   EXPECT_NEAR(means[1].second, (*y)(12), 0.6);
   EXPECT_EQ(texts(picture, "axis-title y"), std::vector<std::string>{"Mean of vy"});
   // The mean's dot is the marks' single colour.
-  EXPECT_EQ(pixel(png(), static_cast<int>(means[1].first), static_cast<int>(means[1].second)),
-            0x0072B2u);
+  EXPECT_EQ(pixel(png(), means[1]), 0x0072B2u);
+}
+
+TEST_F(RenderElements, HistogramLinesAreFrequencyPolygons) {
+  const std::string xml =
+      document(variable("vx", "X", false),
+               kAxes +
+                   "<element id=\"e\" type=\"line\"><statistic method=\"histogram\">"
+                   "<parameter name=\"bin-width\" value=\"1\"/></statistic><x variable=\"vx\"/>"
+                   "</element>");
+  // Bins [0, 1), [1, 2), [2, 3] hold 0.5 and 0.7; none; 2.5, 2.9 and 3:
+  // counts 2, 0, 3 at the bins' middles 0.5, 1.5, 2.5.
+  ASSERT_TRUE(load(xml, "X\n0.5\n0.7\n2.5\n2.9\n3\n")) << renderer.error();
+  EXPECT_EQ(renderer.skipped(), std::vector<std::string>{});
+  const std::string picture = svg();
+  const auto x = axisMap(picture, "x"), y = axisMap(picture, "y");
+  const auto lines = paths(picture, "mark line");
+  ASSERT_TRUE(x && y && lines.size() == 1u) << picture;
+  ASSERT_EQ(lines[0].size(), 6u);
+  const double expected[][2] = {{0.5, 2}, {1.5, 0}, {2.5, 3}};
+  for (std::size_t i = 0; i < 3; ++i) {
+    EXPECT_NEAR(lines[0][2 * i], (*x)(expected[i][0]), 0.6) << i;
+    EXPECT_NEAR(lines[0][2 * i + 1], (*y)(expected[i][1]), 0.6) << i;
+  }
+  EXPECT_EQ(texts(picture, "axis-title y"), std::vector<std::string>{"Count"});
 }
 
 TEST_F(RenderElements, PathsKeepDataOrderWhereLinesSortByX) {
   const auto firstXs = [&](const std::string& type) {
-    const std::string xml = document(variable("vx", "X", false) + variable("vy", "Y", false),
-                                     kAxes + "<element id=\"e\" type=\"" + type +
-                                         "\"><x variable=\"vx\"/><y variable=\"vy\"/></element>");
-    EXPECT_TRUE(load(xml, "X,Y\n0,0\n10,10\n5,0\n")) << renderer.error();
-    const auto lines = paths(svg(), "mark line");
+    const std::string xml =
+        document(kXY, kAxes + "<element id=\"e\" type=\"" + type +
+                          "\"><x variable=\"vx\"/><y variable=\"vy\"/></element>");
+    const auto lines = paths(draw(xml, "X,Y\n0,0\n10,10\n5,0\n"), "mark line");
     std::vector<double> xs;
     if (lines.size() == 1) {
       for (std::size_t i = 0; i < lines[0].size(); i += 2) xs.push_back(lines[0][i]);
     }
     return xs;
   };
-  const std::vector<double> path = firstXs("path");
-  ASSERT_EQ(path.size(), 3u);
-  EXPECT_LT(path[0], path[2]);
-  EXPECT_LT(path[2], path[1]) << "0, 10, then back to 5";
-  const std::vector<double> line = firstXs("line");
-  ASSERT_EQ(line.size(), 3u);
-  EXPECT_LT(line[0], line[1]);
-  EXPECT_LT(line[1], line[2]);
+  // A path goes 0, 10, then back to 5; a line 0, 5, 10.
+  const std::vector<double> path = firstXs("path"), line = firstXs("line");
+  ASSERT_TRUE(path.size() == 3u && line.size() == 3u);
+  EXPECT_TRUE(path[0] < path[2] && path[2] < path[1])
+      << path[0] << " " << path[1] << " " << path[2];
+  EXPECT_TRUE(line[0] < line[1] && line[1] < line[2])
+      << line[0] << " " << line[1] << " " << line[2];
 }
 
 TEST_F(RenderElements, TilesTakeTheGradientColourOfTheirMean) {
@@ -164,9 +216,7 @@ TEST_F(RenderElements, TilesTakeTheGradientColourOfTheirMean) {
                "<frame id=\"frame_legend_1\"><legend id=\"legend_1\">"
                "<legendTarget aesthetic=\"color\" element=\"e\"/></legend></frame>");
   // Cells (a, p) 0, (a, q) 10, (b, p) mean of 4 and 6: 5; (b, q) has no case.
-  ASSERT_TRUE(load(xml, "X,Y,V\na,p,0\na,q,10\nb,p,4\nb,p,6\n")) << renderer.error();
-  EXPECT_EQ(renderer.skipped(), std::vector<std::string>{});
-  const std::string picture = svg();
+  const std::string picture = draw(xml, "X,Y,V\na,p,0\na,q,10\nb,p,4\nb,p,6\n");
   const auto tiles = paths(picture, "mark tile");
   ASSERT_EQ(tiles.size(), 3u);
   const std::string png = this->png();
@@ -182,7 +232,7 @@ TEST_F(RenderElements, TilesTakeTheGradientColourOfTheirMean) {
 
 TEST_F(RenderElements, ContourLinesLieOnTheirLevel) {
   const std::string xml =
-      document(variable("vx", "X", false) + variable("vy", "Y", false) + variable("vv", "V", false),
+      document(kXY + variable("vv", "V", false),
                kAxes +
                    "<element id=\"e\" type=\"contour\"><x variable=\"vx\"/><y variable=\"vy\"/>"
                    "<color variable=\"vv\"/></element>");
@@ -193,9 +243,7 @@ TEST_F(RenderElements, ContourLinesLieOnTheirLevel) {
       csv += std::to_string(x) + "," + std::to_string(y) + "," + std::to_string(x + y) + "\n";
     }
   }
-  ASSERT_TRUE(load(xml, csv)) << renderer.error();
-  EXPECT_EQ(renderer.skipped(), std::vector<std::string>{});
-  const std::string picture = svg();
+  const std::string picture = draw(xml, csv);
   const auto x = axisMap(picture, "x"), y = axisMap(picture, "y");
   ASSERT_TRUE(x && y);
   const auto lines = paths(picture, "mark contour");
@@ -210,6 +258,56 @@ TEST_F(RenderElements, ContourLinesLieOnTheirLevel) {
   }
 }
 
+TEST_F(RenderElements, ContourLabelsNameTheirLevelOnTheLine) {
+  const std::string xml =
+      document(variable("vx", "X", false) + variable("vy", "Y", false) + variable("vv", "V", false),
+               kAxes +
+                   "<element id=\"e\" type=\"contour\"><x variable=\"vx\"/><y variable=\"vy\"/>"
+                   "<color variable=\"vv\"/><labeling/></element>");
+  // V = X + Y over a 5 x 5 grid: the label of level k sits where x + y = k,
+  // on a backing of its own.
+  std::string csv = "X,Y,V\n";
+  for (int x = 0; x <= 4; ++x) {
+    for (int y = 0; y <= 4; ++y) {
+      csv += std::to_string(x) + "," + std::to_string(y) + "," + std::to_string(x + y) + "\n";
+    }
+  }
+  ASSERT_TRUE(load(xml, csv)) << renderer.error();
+  EXPECT_EQ(renderer.skipped(), std::vector<std::string>{});
+  const std::string picture = svg();
+  const auto x = axisMap(picture, "x"), y = axisMap(picture, "y");
+  ASSERT_TRUE(x && y);
+  const std::vector<std::string> labels = texts(picture, "mark-label");
+  const auto backings = paths(picture, "mark-label-backing");
+  ASSERT_EQ(labels.size(), paths(picture, "mark contour").size());
+  ASSERT_EQ(backings.size(), labels.size());
+  for (std::size_t i = 0; i < labels.size(); ++i) {
+    const auto& box = backings[i];
+    double left = 1e300, right = -1e300;
+    for (std::size_t k = 0; k < box.size(); k += 2) {
+      left = std::min(left, box[k]);
+      right = std::max(right, box[k]);
+    }
+    const double px = (left + right) / 2, py = (minOdd(box) + maxOdd(box)) / 2;
+    EXPECT_NEAR((px - x->a) / x->b + (py - y->a) / y->b, std::stod(labels[i]), 0.05) << i;
+  }
+}
+
+TEST_F(RenderElements, CollidingLabelsAreHiddenWhenTheElementSaysSo) {
+  const auto labelled = [&](const std::string& attribute) {
+    const std::string xml = document(
+        variable("vx", "X", false) + variable("vy", "Y", false) + variable("vn", "N", true),
+        kAxes + "<element id=\"e\" type=\"point\"" + attribute +
+            "><x variable=\"vx\"/><y variable=\"vy\"/><labeling variable=\"vn\"/></element>");
+    // A and B stand on one spot, C far from both.
+    EXPECT_TRUE(load(xml, "X,Y,N\n1,1,A\n1,1,B\n9,9,C\n")) << renderer.error();
+    EXPECT_EQ(renderer.skipped(), std::vector<std::string>{});
+    return texts(svg(), "mark-label");
+  };
+  EXPECT_EQ(labelled(""), (std::vector<std::string>{"A", "B", "C"}));
+  EXPECT_EQ(labelled(" showCollidingLabels=\"false\""), (std::vector<std::string>{"A", "C"}));
+}
+
 TEST_F(RenderElements, LabelsShowTheValueEachMarkDraws) {
   const std::string bars = document(variable("vc", "C", true) + variable("vy", "Y", false),
                                     kAxes +
@@ -217,19 +315,13 @@ TEST_F(RenderElements, LabelsShowTheValueEachMarkDraws) {
                                         "<statistic method=\"mean\"/><x variable=\"vc\"/>"
                                         "<y variable=\"vy\"/><labeling/></element>");
   // Means: a (4 + 6) / 2 = 5, b 10.5 and 9.5: 10.
-  ASSERT_TRUE(load(bars, "C,Y\na,4\na,6\nb,10.5\nb,9.5\n")) << renderer.error();
-  std::string picture = svg();
-  EXPECT_EQ(texts(picture, "mark-label"), (std::vector<std::string>{"5", "10"}));
+  EXPECT_EQ(texts(draw(bars, "C,Y\na,4\na,6\nb,10.5\nb,9.5\n"), "mark-label"),
+            (std::vector<std::string>{"5", "10"}));
   // Points labelled by a variable show its value in their row.
   const std::string points =
-      document(variable("vx", "X", false) + variable("vy", "Y", false) + variable("vn", "N", true),
-               kAxes +
-                   "<element id=\"e\" type=\"point\"><x variable=\"vx\"/><y variable=\"vy\"/>"
-                   "<labeling variable=\"vn\"/></element>");
-  ASSERT_TRUE(load(points, "X,Y,N\n1,1,Ann\n2,3,Bob\n")) << renderer.error();
-  EXPECT_EQ(renderer.skipped(), std::vector<std::string>{});
-  picture = svg();
-  EXPECT_EQ(texts(picture, "mark-label"), (std::vector<std::string>{"Ann", "Bob"}));
+      document(kXY + variable("vn", "N", true), pointsWith("<labeling variable=\"vn\"/>"));
+  EXPECT_EQ(texts(draw(points, "X,Y,N\n1,1,Ann\n2,3,Bob\n"), "mark-label"),
+            (std::vector<std::string>{"Ann", "Bob"}));
   // A pie's slices: counts 3 and 1.
   const std::string pie =
       document(variable("vg", "G", true),
@@ -242,27 +334,58 @@ TEST_F(RenderElements, LabelsShowTheValueEachMarkDraws) {
 
 TEST_F(RenderElements, TransparencyFadesPointsAndIsKeyed) {
   const std::string xml =
-      document(variable("vx", "X", false) + variable("vy", "Y", false) + variable("vt", "T", true),
-               kAxes +
-                   "<element id=\"e\" type=\"point\"><x variable=\"vx\"/><y variable=\"vy\"/>"
-                   "<transparency variable=\"vt\"/></element>",
+      document(kXY + variable("vt", "T", true), pointsWith("<transparency variable=\"vt\"/>"),
                "<frame id=\"frame_legend_1\"><legend id=\"legend_1\">"
                "<legendTarget aesthetic=\"transparency\" element=\"e\"/></legend></frame>");
-  ASSERT_TRUE(load(xml, "X,Y,T\n0,0,hi\n10,10,lo\n")) << renderer.error();
-  EXPECT_EQ(renderer.skipped(), std::vector<std::string>{});
-  const std::string picture = svg();
+  const std::string picture = draw(xml, "X,Y,T\n0,0,hi\n10,10,lo\n");
   EXPECT_EQ(texts(picture, "legend-entry"), (std::vector<std::string>{"hi", "lo"}));
   const auto points = circles(picture, "mark point");
   ASSERT_EQ(points.size(), 2u);
   const std::string png = this->png();
   // The first category is opaque; the last a quarter opaque, in the step
   // 4/15 (68/255): 255 - (255 - c) * 68/255 for 0, 114, 178 is 187, 217, 234.
-  EXPECT_EQ(pixel(png, static_cast<int>(points[0].first), static_cast<int>(points[0].second)),
-            0x0072B2u);
-  EXPECT_TRUE(near(
-      pixel(png, static_cast<int>(points[1].first), static_cast<int>(points[1].second)), 0xBBD9EA))
-      << std::hex
-      << pixel(png, static_cast<int>(points[1].first), static_cast<int>(points[1].second));
+  EXPECT_EQ(pixel(png, points[0]), 0x0072B2u);
+  EXPECT_TRUE(near(pixel(png, points[1]), 0xBBD9EA)) << std::hex << pixel(png, points[1]);
+}
+
+TEST_F(RenderElements, BarsTakeTheMeanOpacityAndColourOfTheirCases) {
+  const std::string xml = document(variable("vc", "C", true) + variable("vt", "T", true),
+                                   kAxes +
+                                       "<element id=\"e\" type=\"interval\"><x variable=\"vc\"/>"
+                                       "<transparency variable=\"vt\"/></element>");
+  // hi is opaque, lo a quarter: a 1, b 0.25, c (1 + 0.25) / 2 = 0.625, so
+  // alphas 255, 64 and 159; over white 255 - (255 - v) * alpha / 255 for the
+  // single colour 0, 114, 178: 0072B2, BFDCEC and 60A7CF.
+  ASSERT_TRUE(load(xml, "C,T\na,hi\nb,lo\nc,hi\nc,lo\n")) << renderer.error();
+  EXPECT_EQ(renderer.skipped(), std::vector<std::string>{});
+  const auto bars = paths(svg(), "mark bar");
+  ASSERT_EQ(bars.size(), 3u);
+  const std::string png = this->png();
+  const unsigned expected[] = {0x0072B2, 0xBFDCEC, 0x60A7CF};
+  for (std::size_t i = 0; i < 3; ++i) {
+    const int cx = static_cast<int>((bars[i][0] + bars[i][2]) / 2);
+    const int cy = static_cast<int>((minOdd(bars[i]) + maxOdd(bars[i])) / 2);
+    EXPECT_TRUE(near(pixel(png, cx, cy), expected[i]))
+        << i << ": " << std::hex << pixel(png, cx, cy);
+  }
+  // A continuous colour: means a (0 + 10) / 2 = 5, b 20, c (10 + 15) / 2
+  // = 12.5 span the gradient, at shares 0, 1 and 0.5.
+  const std::string shaded = document(variable("vc", "C", true) + variable("vv", "V", false),
+                                      kAxes +
+                                          "<element id=\"e\" type=\"interval\"><x variable=\"vc\"/>"
+                                          "<color variable=\"vv\"/></element>");
+  ASSERT_TRUE(load(shaded, "C,V\na,0\na,10\nb,20\nc,10\nc,15\n")) << renderer.error();
+  EXPECT_EQ(renderer.skipped(), std::vector<std::string>{});
+  const auto cells = paths(svg(), "mark bar");
+  ASSERT_EQ(cells.size(), 3u);
+  const std::string coloured = this->png();
+  const double shares[] = {0, 1, 0.5};
+  for (std::size_t i = 0; i < 3; ++i) {
+    const int cx = static_cast<int>((cells[i][0] + cells[i][2]) / 2);
+    const int cy = static_cast<int>((minOdd(cells[i]) + maxOdd(cells[i])) / 2);
+    EXPECT_TRUE(near(pixel(coloured, cx, cy), rgb(chartxml::render::gradientColor(shares[i]))))
+        << i << ": " << std::hex << pixel(coloured, cx, cy);
+  }
 }
 
 TEST_F(RenderElements, StyleCyclesGiveTheGroupsTheirColoursAndDashesInOrder) {
@@ -273,41 +396,33 @@ TEST_F(RenderElements, StyleCyclesGiveTheGroupsTheirColoursAndDashesInOrder) {
       "<styleCycle id=\"styleCyclePattern\"><cycle>"
       "<style id=\"p1\" value=\"stroke-dasharray:2 2\"/>"
       "<style id=\"p2\" value=\"stroke-dasharray:8,3\"/></cycle></styleCycle>\n";
-  const std::string points =
-      document(variable("vx", "X", false) + variable("vy", "Y", false) + variable("vg", "G", true),
-               kAxes +
-                   "<element id=\"e\" type=\"point\"><x variable=\"vx\"/><y variable=\"vy\"/>"
-                   "<styleBy variable=\"vg\" styleCycle=\"styleCycleColor\"/></element>",
-               "", cycles);
-  ASSERT_TRUE(load(points, "X,Y,G\n0,0,a\n10,10,b\n")) << renderer.error();
-  const auto at = circles(svg(), "mark point");
+  // Groups G of an element of `type` styled by `rest`, with the cycles `top`.
+  const auto styled = [](const std::string& type, const std::string& rest, const std::string& top) {
+    return document(kXY + variable("vg", "G", true),
+                    kAxes + "<element id=\"e\" type=\"" + type +
+                        "\"><x variable=\"vx\"/><y variable=\"vy\"/>" + rest + "</element>",
+                    "", top);
+  };
+  const auto at = circles(
+      draw(styled("point", "<styleBy variable=\"vg\" styleCycle=\"styleCycleColor\"/>", cycles),
+           "X,Y,G\n0,0,a\n10,10,b\n"),
+      "mark point");
   ASSERT_EQ(at.size(), 2u);
   const std::string png = this->png();
-  EXPECT_EQ(pixel(png, static_cast<int>(at[0].first), static_cast<int>(at[0].second)), 0xFF0000u);
-  EXPECT_EQ(pixel(png, static_cast<int>(at[1].first), static_cast<int>(at[1].second)), 0x00FF00u);
-  const std::string lines =
-      document(variable("vx", "X", false) + variable("vy", "Y", false) + variable("vg", "G", true),
-               kAxes +
-                   "<element id=\"e\" type=\"line\"><x variable=\"vx\"/><y variable=\"vy\"/>"
-                   "<styleBy variable=\"vg\" styleCycle=\"styleCyclePattern\"/></element>",
-               "", cycles);
-  ASSERT_TRUE(load(lines, "X,Y,G\n0,0,a\n10,10,a\n0,5,b\n10,5,b\n")) << renderer.error();
-  const std::string picture = svg();
+  EXPECT_EQ(pixel(png, at[0]), 0xFF0000u);
+  EXPECT_EQ(pixel(png, at[1]), 0x00FF00u);
+  const std::string picture =
+      draw(styled("line", "<styleBy variable=\"vg\" styleCycle=\"styleCyclePattern\"/>", cycles),
+           "X,Y,G\n0,0,a\n10,10,a\n0,5,b\n10,5,b\n");
   EXPECT_NE(picture.find("stroke-dasharray=\"2,2\""), std::string::npos);
   EXPECT_NE(picture.find("stroke-dasharray=\"8,3\""), std::string::npos);
   // A cycle's symbols shape the points of its categories in turn: a square,
   // then the renderer's own second shape where the entry names none.
-  const std::string shapes =
-      document(variable("vx", "X", false) + variable("vy", "Y", false) + variable("vg", "G", true),
-               kAxes +
-                   "<element id=\"e\" type=\"point\"><x variable=\"vx\"/><y variable=\"vy\"/>"
-                   "<color variable=\"vg\"/><styleBy variable=\"vg\" styleCycle=\"shapes\"/>"
-                   "</element>",
-               "",
-               "<styleCycle id=\"shapes\"><cycle><style id=\"s1\" value=\"symbol:square\"/>"
-               "<style id=\"s2\" value=\"color:#123456\"/></cycle></styleCycle>\n");
-  ASSERT_TRUE(load(shapes, "X,Y,G\n0,0,a\n10,10,b\n")) << renderer.error();
-  const std::string marked = svg();
+  const std::string marked = draw(
+      styled("point", "<color variable=\"vg\"/><styleBy variable=\"vg\" styleCycle=\"shapes\"/>",
+             "<styleCycle id=\"shapes\"><cycle><style id=\"s1\" value=\"symbol:square\"/>"
+             "<style id=\"s2\" value=\"color:#123456\"/></cycle></styleCycle>\n"),
+      "X,Y,G\n0,0,a\n10,10,b\n");
   EXPECT_EQ(count(marked, "\" width=\"8\" height=\"8\""), 1u) << "one square marker";
   EXPECT_EQ(circles(marked, "mark point").size(), 0u) << "b takes the second shape, a triangle";
 }

@@ -11,6 +11,7 @@
 #include <numbers>
 #include <regex>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "chartxml/render.h"
@@ -113,31 +114,29 @@ std::string facets(const std::string& algebra) {
 TEST_F(RenderPanels, CrossNestAndBlendMakeTheirPanels) {
   const std::string a = "<facetVariable role=\"x\" variable=\"va\"/>";
   const std::string b = "<facetVariable role=\"x\" variable=\"vb\"/>";
-  // A cross: every combination, the empty (a, q) too.
-  draw(document(kLevelVariables, facets("<cross>" + a + b + "</cross>")), kLevels);
-  EXPECT_EQ(texts(svg, "panel-label"),
-            (std::vector<std::string>{"a / p", "a / q", "b / p", "b / q"}));
-  EXPECT_EQ(count(svg, "<circle"), 3u);
-  // A nest: only the combinations with cases, outer level first.
-  draw(document(kLevelVariables, facets("<nest>" + a + b + "</nest>")), kLevels);
-  EXPECT_EQ(texts(svg, "panel-label"), (std::vector<std::string>{"a / p", "b / p", "b / q"}));
-  EXPECT_EQ(count(svg, "<circle"), 3u);
-  // A blend: A's levels then B's, each case in its A panel and its B panel.
-  draw(document(kLevelVariables, facets("<blend>" + a + b + "</blend>")), kLevels);
-  EXPECT_EQ(texts(svg, "panel-label"), (std::vector<std::string>{"a", "b", "p", "q"}));
-  EXPECT_EQ(count(svg, "<circle"), 6u);
-  // A across and B down: a 2 × 2 grid, labelled along the top and the right.
-  draw(document(kLevelVariables, facets(a + "<facetVariable role=\"y\" variable=\"vb\"/>")),
-       kLevels);
-  EXPECT_EQ(texts(svg, "panel-label"), (std::vector<std::string>{"a", "b", "p", "a", "b", "q"}));
-  EXPECT_TRUE(renderer.skipped().empty()) << renderer.skipped().front();
-  // A nest of A across in B down: the grid's (a, q) cell stays empty, and
-  // each row is labelled beside its last panel.
-  draw(document(kLevelVariables,
-                facets("<nest>" + a + "<facetVariable role=\"y\" variable=\"vb\"/></nest>")),
-       kLevels);
-  EXPECT_EQ(texts(svg, "panel-label"), (std::vector<std::string>{"a", "b", "p", "b", "q"}));
-  EXPECT_EQ(count(svg, "class=\"panel-strip\""), 5u);
+  const std::string bDown = "<facetVariable role=\"y\" variable=\"vb\"/>";
+  // The algebra, its panels' labels (each on a strip of its own), and the
+  // points drawn: each case once, or once for each blended variable.
+  const std::vector<std::tuple<std::string, std::vector<std::string>, std::size_t>> cases{
+      // A cross: every combination, the empty (a, q) too.
+      {"<cross>" + a + b + "</cross>", {"a / p", "a / q", "b / p", "b / q"}, 3},
+      // A nest: only the combinations with cases, outer level first.
+      {"<nest>" + a + b + "</nest>", {"a / p", "b / p", "b / q"}, 3},
+      // A blend: A's levels then B's, each case in its A panel and its B panel.
+      {"<blend>" + a + b + "</blend>", {"a", "b", "p", "q"}, 6},
+      // A across and B down: a 2 x 2 grid, labelled along the top and the right.
+      {a + bDown, {"a", "b", "p", "a", "b", "q"}, 3},
+      // A nest of A across in B down: the grid's (a, q) cell stays empty, and
+      // each row is labelled beside its last panel.
+      {"<nest>" + a + bDown + "</nest>", {"a", "b", "p", "b", "q"}, 3},
+  };
+  for (const auto& [algebra, labels, points] : cases) {
+    draw(document(kLevelVariables, facets(algebra)), kLevels);
+    EXPECT_EQ(renderer.skipped(), std::vector<std::string>{}) << algebra;
+    EXPECT_EQ(texts(svg, "panel-label"), labels) << algebra;
+    EXPECT_EQ(count(svg, "class=\"panel-strip\""), labels.size()) << algebra;
+    EXPECT_EQ(count(svg, "<circle"), points) << algebra;
+  }
 }
 
 TEST_F(RenderPanels, LongLevelNamesAreCutAndNeighboursNeverCollide) {
@@ -205,7 +204,8 @@ TEST_F(RenderPanels, PowerScaleSpacesTicksByTheRootOfTheirValue) {
                    "<parameter name=\"exponent\" value=\"0.5\"/></scale>"
                    "<axis id=\"ay\"><majorTicks/></axis></dimension>" +
                    kPoints);
-  draw(xml, "X,Y\n0,25\n1,25\n2,25\n");
+  const std::string csv = "X,Y\n0,25\n1,25\n2,25\n";
+  draw(xml, csv);
   const auto labels = texts(svg, "tick-label y");
   const auto ticks = starts(svg, "tick y");
   ASSERT_EQ(labels.size(), ticks.size());
@@ -227,7 +227,7 @@ TEST_F(RenderPanels, PowerScaleSpacesTicksByTheRootOfTheirValue) {
   // The builders write the method as "exponent": the same scale.
   std::string named = xml;
   named.replace(named.find("method=\"power\""), 14, "method=\"exponent\"");
-  draw(named, "X,Y\n0,25\n1,25\n2,25\n");
+  draw(named, csv);
   EXPECT_EQ(texts(svg, "tick-label y"), labels);
   EXPECT_EQ(starts(svg, "tick y"), ticks);
 }
@@ -297,15 +297,168 @@ TEST_F(RenderPanels, RoseWedgesTakeEqualAnglesAndRadiiByValue) {
   for (std::size_t i = 0; i < 4; ++i) {
     EXPECT_NEAR(std::remainder(angles[i] - expected[i], 360), 0, 0.1) << i;
   }
-  EXPECT_NEAR(radii[0] / radii[1], 2.0 / 4, 0.01);
-  EXPECT_NEAR(radii[2] / radii[1], 1.0 / 4, 0.01);
-  EXPECT_NEAR(radii[3] / radii[1], 3.0 / 4, 0.01);
+  const double sums[] = {2, 4, 1, 3};  // e, n, s, w
+  for (std::size_t i = 0; i < 4; ++i) EXPECT_NEAR(radii[i] / radii[1], sums[i] / 4, 0.01) << i;
   EXPECT_EQ(texts(svg, "tick-label x"), (std::vector<std::string>{"e", "n", "s", "w"}));
   // The rings' values stand over the wedges, each on a backing of its own.
   const std::size_t values = texts(svg, "tick-label y").size();
   EXPECT_GE(values, 2u) << svg;
   EXPECT_EQ(count(svg, "class=\"tick-label-backing y\""), values) << svg;
   EXPECT_NE(svg.find("<desc id=\"chart-desc\">Rose chart of "), std::string::npos) << svg;
+}
+
+TEST_F(RenderPanels, RoseCategoriesFollowTheirDomainsSort) {
+  const auto rose = [](const std::string& sort) {
+    return "<?xml version=\"1.0\"?>\n<visualization><source id=\"s\"/><domain id=\"dc\" "
+           "categorical=\"true\">" +
+           sort + "</domain>" + variable("vc", "C", true) + variable("vy", "Y", false) +
+           "<frame id=\"frame_graph_1\"><frame id=\"frame_data_1\">"
+           "<coordinateTransform method=\"polar\"/><dimension role=\"x\" domain=\"dc\"/>"
+           "<dimension role=\"y\"/><element id=\"e\" type=\"interval\"><statistic "
+           "method=\"sum\"/><x variable=\"vc\"/><y variable=\"vy\"/></element>"
+           "</frame></frame></visualization>\n";
+  };
+  // Sums: n 4, e 2 (two cases), s 1, w 3; first seen: n, e, s, w.
+  const std::string csv = "C,Y\nn,4\ne,1\ne,1\ns,1\nw,3\n";
+  draw(rose("<sort descending=\"true\"/>"), csv);
+  EXPECT_EQ(texts(svg, "tick-label x"), (std::vector<std::string>{"w", "s", "n", "e"}));
+  draw(rose("<sort><simpleSort method=\"data\"/></sort>"), csv);
+  EXPECT_EQ(texts(svg, "tick-label x"), (std::vector<std::string>{"n", "e", "s", "w"}));
+  // By the sum of Y, greatest first; by the count of cases, least first
+  // (n, s, w one case each keep their text order; e has two).
+  draw(rose("<sort descending=\"true\"><statisticSort sourceVariable=\"vc\" "
+            "statVariable=\"vy\"/></sort>"),
+       csv);
+  EXPECT_EQ(texts(svg, "tick-label x"), (std::vector<std::string>{"n", "w", "e", "s"}));
+  draw(rose("<sort><statisticSort sourceVariable=\"vc\"/></sort>"), csv);
+  EXPECT_EQ(texts(svg, "tick-label x"), (std::vector<std::string>{"n", "s", "w", "e"}));
+  EXPECT_TRUE(renderer.skipped().empty()) << renderer.skipped().front();
+}
+
+TEST_F(RenderPanels, PolarPointsAndLinesTurnXIntoAnglesAndYIntoRadii) {
+  // x spans 0..100 (one turn, clockwise from twelve o'clock), y 0..10 from
+  // the centre out: x 0, 25, 50, 75 point north, east, south and west.
+  const std::string xml =
+      "<?xml version=\"1.0\"?>\n<visualization><source id=\"s\"/>"
+      "<domain id=\"dx\"><interval min=\"0\" max=\"100\"/></domain>"
+      "<domain id=\"dy\"><interval min=\"0\" max=\"10\"/></domain>" +
+      variable("vx", "X", false) + variable("vy", "Y", false) + variable("vg", "G", true) +
+      "<frame id=\"frame_graph_1\"><frame id=\"frame_data_1\">"
+      "<coordinateTransform method=\"polar\"/><dimension role=\"x\" domain=\"dx\"/>"
+      "<dimension role=\"y\" domain=\"dy\"/>" +
+      kPoints +
+      "<element id=\"l\" type=\"line\"><x variable=\"vx\"/><y variable=\"vy\"/>"
+      "<split variable=\"vg\"/></element></frame></frame></visualization>\n";
+  draw(xml, "X,Y,G\n0,10,a\n25,10,a\n50,5,b\n75,10,b\n");
+  EXPECT_TRUE(renderer.skipped().empty()) << renderer.skipped().front();
+  auto at = rendertest::circles(svg, "mark point");
+  ASSERT_EQ(at.size(), 4u) << svg;
+  // West and east by x, north by y; the centre halfway from west to east.
+  std::sort(at.begin(), at.end());
+  const auto west = at[0], east = at[3];
+  const auto north = at[1].second < at[2].second ? at[1] : at[2];
+  const auto south = at[1].second < at[2].second ? at[2] : at[1];
+  const double cx = (west.first + east.first) / 2, cy = (west.second + east.second) / 2;
+  const double r = east.first - cx;
+  EXPECT_GT(r, 50);
+  EXPECT_NEAR(west.second, east.second, 0.6);
+  EXPECT_NEAR(north.first, cx, 0.6);
+  EXPECT_NEAR(north.second, cy - r, 0.6);  // at the rim
+  EXPECT_NEAR(south.first, cx, 0.6);       // half way out
+  EXPECT_NEAR(south.second, cy + r / 2, 0.6);
+  // The line from x 0 to 25 at y 10 is the rim's quarter arc, cut into
+  // short steps: every point of it lies at distance r from the centre.
+  const std::vector<double> line = coordinates(svg, "mark line");
+  ASSERT_GE(line.size(), 20u) << svg;
+  for (std::size_t i = 0; i + 1 < line.size() && i < 40; i += 2) {
+    EXPECT_NEAR(std::hypot(line[i] - cx, line[i + 1] - cy), r, 0.6) << i;
+  }
+  // Rings at the radius ticks, names at the angle's; 100 is 0's place.
+  EXPECT_GE(count(svg, "class=\"grid ring\""), 2u);
+  const std::vector<std::string> names = texts(svg, "tick-label x");
+  EXPECT_NE(std::find(names.begin(), names.end(), "0"), names.end());
+  EXPECT_EQ(std::find(names.begin(), names.end(), "100"), names.end());
+  EXPECT_NE(renderer.description().find("Polar scatter plot of vy by vx, vx around the circle"),
+            std::string::npos)
+      << renderer.description();
+}
+
+TEST_F(RenderPanels, FacetLabelingReversesLevelsAndShapesCells) {
+  // Columns by A reversed (b before a), rows by B in order; square cells.
+  const std::string labeling =
+      "<facetLabeling cellAspect=\"1\"><facetLabel level=\"1\" reverse=\"true\"/>"
+      "<facetLabel level=\"2\"/></facetLabeling>";
+  draw(document(kLevelVariables, labeling + facets("<facetVariable role=\"x\" variable=\"va\"/>"
+                                                   "<facetVariable role=\"y\" variable=\"vb\"/>")),
+       kLevels);
+  EXPECT_TRUE(renderer.skipped().empty()) << renderer.skipped().front();
+  EXPECT_EQ(texts(svg, "panel-label"), (std::vector<std::string>{"b", "a", "p", "b", "a", "q"}));
+  // Each panel clips its marks to its own area: four squares.
+  const auto clips = matches(svg, "<clipPath id=\"[^\"]*\"><rect ([^/]*)/>");
+  ASSERT_EQ(clips.size(), 4u) << svg;
+  for (const std::string& rect : clips) {
+    const auto w = matches(rect, "width=\"([-0-9.]+)\""),
+               h = matches(rect, "height=\"([-0-9.]+)\"");
+    ASSERT_TRUE(w.size() == 1 && h.size() == 1) << rect;
+    EXPECT_NEAR(std::stod(w[0]), std::stod(h[0]), 0.6) << rect;
+  }
+  // A wide cell aspect of a half: cells twice as wide as high.
+  draw(document(kLevelVariables, "<facetLabeling cellAspect=\"0.5\"/>" +
+                                     facets("<facetVariable role=\"x\" variable=\"va\"/>")),
+       kLevels);
+  const auto wide = matches(svg, "<clipPath id=\"[^\"]*\"><rect ([^/]*)/>");
+  ASSERT_EQ(wide.size(), 2u) << svg;
+  EXPECT_NEAR(std::stod(matches(wide[0], "width=\"([-0-9.]+)\"")[0]),
+              2 * std::stod(matches(wide[0], "height=\"([-0-9.]+)\"")[0]), 1.0);
+}
+
+TEST_F(RenderPanels, CubeWireFrameDrawsTwelveEdgesOrNineClearOfTheNearCorner) {
+  const auto edges = [&](const std::string& complete) {
+    draw(document(
+             variable("vx", "X", false) + variable("vy", "Y", false) + variable("vz", "Z", false),
+             "<coordinateTransform method=\"rectangular\"/><dimension role=\"x\"/>"
+             "<dimension role=\"y\"/><dimension role=\"z\"/>"
+             "<element id=\"e\" type=\"point\"><x variable=\"vx\"/><y variable=\"vy\"/>"
+             "<z variable=\"vz\"/></element><guide id=\"g\" type=\"frame\">" +
+                 complete + "</guide>"),
+         "X,Y,Z\n0,0,0\n1,2,3\n");
+    EXPECT_TRUE(renderer.skipped().empty()) << renderer.skipped().front();
+    const auto d = matches(svg, "class=\"cube-frame\" d=\"([^\"]*)\"");
+    return d.size() == 1 ? count(d[0], "M") : 0;
+  };
+  // A cube has 12 edges; three of them meet at the corner nearest the eye.
+  EXPECT_EQ(edges(""), 12u);
+  EXPECT_EQ(edges("<parameter name=\"complete\" value=\"false\"/>"), 9u);
+}
+
+TEST(TextFaces, ChineseAndKoreanTakeAFaceOfTheirOwnLanguage) {
+  chartxml::render::TextEngine text;
+  const std::string common = chartxml::render::TextEngine::familyList();
+  // Latin text and Japanese (kana among the Han) keep the common list.
+  EXPECT_EQ(text.familiesOf("Sales"), common);
+  EXPECT_EQ(text.familiesOf("東京の売上"), common);
+  // This machine's fontconfig holds a Simplified Chinese and a Korean face
+  // (fc-list :lang=zh, :lang=ko): each goes after DejaVu Sans, before the
+  // Japanese face, and they differ.
+  const std::string zh = text.familiesOf("销售额"), ko = text.familiesOf("매출 합계");
+  EXPECT_NE(zh, common);
+  EXPECT_NE(ko, common);
+  EXPECT_NE(zh, ko);
+  for (const std::string& list : {zh, ko}) {
+    EXPECT_EQ(list.rfind("DejaVu Sans, ", 0), 0u) << list;
+    EXPECT_GT(list.find("Noto Sans CJK JP"), list.find(", ") + 2) << list;
+  }
+  EXPECT_FALSE(text.measure("매출 합계", chartxml::render::Font{11, false}).missingGlyphs);
+  // The SVG names the same faces for a Korean category's label.
+  ChartRenderer renderer;
+  ASSERT_TRUE(renderer.loadText(
+      document(variable("vc", "C", true),
+               "<dimension role=\"x\"><axis id=\"a\"><majorTicks/></axis></dimension>"
+               "<element id=\"e\" type=\"interval\"><x variable=\"vc\"/></element>"),
+      "t.xml", [](const std::string&) { return std::optional<std::string>("C\n매출 합계\n"); }))
+      << renderer.error();
+  const std::string svg = renderer.picture(PictureFormat::kSvg).value_or("");
+  EXPECT_NE(svg.find("font-family=\"" + ko + "\""), std::string::npos) << svg;
 }
 
 TEST(FittedCurves, EveryFamilyEvaluatesInPlainAndDateForm) {

@@ -66,6 +66,45 @@ std::vector<FedColumn> percentileScatter(ChartXml& cx, int chart, int source) {
   return {{x, 0}, {y, 1}};
 }
 
+// A day's hours around a clock face: y = 10 + h mod 6 at hour h.
+std::string hoursCsv(const std::string& dir) {
+  const std::string path = dir + "/hours.csv";
+  std::ofstream csv(path);
+  csv << "hour,value\n";
+  for (int h = 0; h < 24; ++h) csv << h << ',' << 10 + h % 6 << '\n';
+  return path;
+}
+
+// The hours' values as points and a line in polar coordinates.
+std::vector<FedColumn> polarPointsAndLine(ChartXml& cx, int chart, int source) {
+  const int x = cx.AddVariable(chart, source, 0, false);
+  const int y = cx.AddVariable(chart, source, 1, false);
+  const int frame = cx.AddFrame(chart, 0, text(cx, "graph_1"));
+  EXPECT_GT(cx.AddCoordinateTransform(chart, frame, 31), 0);  // "polar"
+  for (const int type : {23, 21}) {                           // a point, a line
+    const int position = cx.AddPosition(chart, cx.AddElement(chart, frame, type, -1));
+    cx.AddX(chart, position, x);
+    cx.AddY(chart, position, y);
+  }
+  return {{x, 0}, {y, 1}};
+}
+
+// Income by id in a panel per city, cities in reverse order, square cells.
+std::vector<FedColumn> labelledFacets(ChartXml& cx, int chart, int source) {
+  const int id = cx.AddVariable(chart, source, 0, false);
+  const int income = cx.AddVariable(chart, source, 2, false);
+  const int city = cx.AddVariable(chart, source, 3, true);
+  const int frame = cx.AddFrame(chart, 0, text(cx, "graph_1"));
+  const int position = cx.AddPosition(chart, cx.AddElement(chart, frame, 23, -1));
+  cx.AddX(chart, position, id);
+  cx.AddY(chart, position, income);
+  EXPECT_GT(cx.AddFacetVariable(chart, cx.AddCoordinateFacet(chart, frame), 1, city), 0);
+  const int labeling = cx.AddFacetLabeling(chart, frame);
+  EXPECT_EQ(cx.SetFacetLabelingCellAspect(chart, labeling, 1.0), labeling);
+  EXPECT_GT(cx.AddFacetLabel(chart, labeling, -1, 1, true), 0);
+  return {{id, 0}, {income, 2}, {city, 3}};
+}
+
 }  // namespace
 
 const std::vector<WholeChart>& wholeCharts() {
@@ -73,6 +112,8 @@ const std::vector<WholeChart>& wholeCharts() {
       {"coloured mean scatter", peopleCsv, colouredMeanScatter},
       {"scatter-plot matrix", peopleCsv, matrixScatter},
       {"percentile scatter", pointsCsv, percentileScatter},
+      {"polar points and line", hoursCsv, polarPointsAndLine},
+      {"labelled facets", peopleCsv, labelledFacets},
   };
   return kCharts;
 }

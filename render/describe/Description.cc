@@ -240,16 +240,24 @@ std::string kindPhrase(const DescribedChart& chart, const Layer& layer) {
   const bool transposed = chart.frame->coordinates == "transpose";
   const std::string y = layer.y ? nameOf(layer.y) : "";
   const std::string by = layer.x ? " by " + nameOf(layer.x) : "";
+  // Polar points, lines and areas say which variable turns and which reaches out.
+  const bool polar = chart.frame->coordinates == "polar" && layer.x != nullptr;
+  const std::string around = polar ? ", " + nameOf(layer.x) + " around the circle and " +
+                                         (layer.y ? nameOf(layer.y) : measure(layer, y)) +
+                                         " out from its centre"
+                                   : "";
   switch (layer.kind) {
     case LayerKind::kPoints:
       if (layer.z != nullptr) {
         return "3-D scatter plot of " + y + " by " + nameOf(layer.x) + " and " + nameOf(layer.z);
       }
-      return (layer.summary ? "Dot plot of " : "Scatter plot of ") + measure(layer, y) + by;
+      return std::string(polar ? (layer.summary ? "Polar dot plot of " : "Polar scatter plot of ")
+                               : (layer.summary ? "Dot plot of " : "Scatter plot of ")) +
+             measure(layer, y) + by + around;
     case LayerKind::kLines:
-      return "Line chart of " + measure(layer, y) + by;
+      return (polar ? "Polar line chart of " : "Line chart of ") + measure(layer, y) + by + around;
     case LayerKind::kAreas:
-      return "Area chart of " + measure(layer, y) + by;
+      return (polar ? "Polar area chart of " : "Area chart of ") + measure(layer, y) + by + around;
     case LayerKind::kBars:
       if (isHistogram(layer)) return "Histogram of " + nameOf(layer.x);
       return std::string(chart.frame->coordinates == "polar" ? "Rose chart of "

@@ -7,6 +7,8 @@
 #include <cmath>
 #include <cstring>
 #include <memory>
+#include <system_error>
+#include <thread>
 
 #include "device/CairoDevice.h"
 
@@ -21,6 +23,9 @@ constexpr int kPhases = 4;
 // many bytes of pixels (see blitPoints).
 constexpr std::size_t kChunkPoints = 1 << 14;
 constexpr int kBandBytes = 192 * 1024;
+
+// Past this many points a second thread takes half of the bands.
+constexpr std::size_t kThreadedPoints = 1 << 16;
 
 // cairo's mitre limit for outlines (the cairo device's): a mitre reaches
 // this many half widths out of a corner at most.
@@ -307,54 +312,93 @@ bool blitPoints(const PointBatch& batch, const PixelMap& map, const PixelClip& c
     int x, y;  // the pixel of the centre
     std::uint16_t phase, color;
   };
+  // What one thread needs to blend a chunk into its bands, made before any
+  // thread starts: nothing allocates while they run.
   const std::size_t chunk = std::min(last, kChunkPoints);
-  std::vector<Placed> placed(chunk);
-  std::vector<std::uint16_t> order(2 * chunk);
-  std::vector<std::uint32_t> starts(static_cast<std::size_t>(bands) + 1);
+  struct Work {
+    std::vector<Placed> placed;
+    std::vector<std::uint16_t> order;
+    std::vector<std::uint32_t> starts, fill;
+  };
+  const auto makeWork = [&] {
+    return Work{std::vector<Placed>(chunk), std::vector<std::uint16_t>(2 * chunk),
+                std::vector<std::uint32_t>(static_cast<std::size_t>(bands) + 1),
+                std::vector<std::uint32_t>(static_cast<std::size_t>(bands))};
+  };
   // A marker of the point at row y reaches rows y - radius to y + radius:
   // at most two bands, as a band is taller than a marker.
   const auto bandOf = [&](int row) {
     return std::clamp((row - cover.y0()) / bandRows, 0, bands - 1);
   };
-  for (std::size_t first = 0; first < last; first += chunk) {
-    const std::size_t end = std::min(last, first + chunk);
-    std::size_t kept = 0;
-    std::fill(starts.begin(), starts.end(), 0);
-    for (std::size_t i = first; i < end; ++i) {
-      const double x = batch.x[i] * map.scale + map.dx;
-      const double y = batch.y[i] * map.scale + map.dy;
-      // Also false for NaN and infinities.
-      if (!(x >= loX && x <= hiX && y >= loY && y <= hiY)) continue;
-      const std::size_t index = oneColor ? 0 : batch.colorIndex[i];
-      if (index >= colors.size()) continue;
-      const int qx = static_cast<int>((x + kBias) * kPhases + 0.5);
-      const int qy = static_cast<int>((y + kBias) * kPhases + 0.5);
-      Placed& p = placed[kept++];
-      p.x = qx / kPhases - kBias;
-      p.y = qy / kPhases - kBias;
-      p.phase = static_cast<std::uint16_t>((qy % kPhases) * kPhases + qx % kPhases);
-      p.color = static_cast<std::uint16_t>(index);
-      const int b0 = bandOf(p.y - radius), b1 = bandOf(p.y + radius);
-      ++starts[static_cast<std::size_t>(b0) + 1];
-      if (b1 != b0) ++starts[static_cast<std::size_t>(b1) + 1];
-    }
-    for (int b = 0; b < bands; ++b) starts[b + 1] += starts[b];
-    std::vector<std::uint32_t> fill(starts.begin(), starts.end() - 1);
-    for (std::size_t k = 0; k < kept; ++k) {
-      const int b0 = bandOf(placed[k].y - radius), b1 = bandOf(placed[k].y + radius);
-      order[fill[static_cast<std::size_t>(b0)]++] = static_cast<std::uint16_t>(k);
-      if (b1 != b0) order[fill[static_cast<std::size_t>(b1)]++] = static_cast<std::uint16_t>(k);
-    }
-    for (int b = 0; b < bands; ++b) {
-      const ClipCover& band = bandCovers[static_cast<std::size_t>(b)];
-      for (std::uint32_t at = starts[b]; at < starts[b + 1]; ++at) {
-        const Placed& p = placed[order[at]];
-        const Masks& phase = masks[p.phase];
-        blend(image, band, phase.body, p.x, p.y, colors[p.color]);
-        if (withOutline) blend(image, band, phase.outline, p.x, p.y, outlineColor);
+  // Blends every point into bands `lo` to `hi` (not included) only: bands
+  // share no pixel, so two threads can take two runs of bands, and each
+  // pixel still sees its points in their order.
+  const auto blendBands = [&](Work& work, int lo, int hi) {
+    std::vector<Placed>& placed = work.placed;
+    std::vector<std::uint32_t>& starts = work.starts;
+    for (std::size_t first = 0; first < last; first += chunk) {
+      const std::size_t end = std::min(last, first + chunk);
+      std::size_t kept = 0;
+      std::fill(starts.begin(), starts.end(), 0);
+      for (std::size_t i = first; i < end; ++i) {
+        const double x = batch.x[i] * map.scale + map.dx;
+        const double y = batch.y[i] * map.scale + map.dy;
+        // Also false for NaN and infinities.
+        if (!(x >= loX && x <= hiX && y >= loY && y <= hiY)) continue;
+        const std::size_t index = oneColor ? 0 : batch.colorIndex[i];
+        if (index >= colors.size()) continue;
+        const int qx = static_cast<int>((x + kBias) * kPhases + 0.5);
+        const int qy = static_cast<int>((y + kBias) * kPhases + 0.5);
+        const int py = qy / kPhases - kBias;
+        const int b0 = bandOf(py - radius), b1 = bandOf(py + radius);
+        if (b1 < lo || b0 >= hi) continue;
+        Placed& p = placed[kept++];
+        p.x = qx / kPhases - kBias;
+        p.y = py;
+        p.phase = static_cast<std::uint16_t>((qy % kPhases) * kPhases + qx % kPhases);
+        p.color = static_cast<std::uint16_t>(index);
+        ++starts[static_cast<std::size_t>(b0) + 1];
+        if (b1 != b0) ++starts[static_cast<std::size_t>(b1) + 1];
+      }
+      for (int b = 0; b < bands; ++b) starts[b + 1] += starts[b];
+      std::copy(starts.begin(), starts.end() - 1, work.fill.begin());
+      for (std::size_t k = 0; k < kept; ++k) {
+        const int b0 = bandOf(placed[k].y - radius), b1 = bandOf(placed[k].y + radius);
+        work.order[work.fill[static_cast<std::size_t>(b0)]++] = static_cast<std::uint16_t>(k);
+        if (b1 != b0) {
+          work.order[work.fill[static_cast<std::size_t>(b1)]++] = static_cast<std::uint16_t>(k);
+        }
+      }
+      for (int b = lo; b < hi; ++b) {
+        const ClipCover& band = bandCovers[static_cast<std::size_t>(b)];
+        for (std::uint32_t at = starts[b]; at < starts[b + 1]; ++at) {
+          const Placed& p = placed[work.order[at]];
+          const Masks& phase = masks[p.phase];
+          blend(image, band, phase.body, p.x, p.y, colors[p.color]);
+          if (withOutline) blend(image, band, phase.outline, p.x, p.y, outlineColor);
+        }
       }
     }
+  };
+  Work work = makeWork();
+  // Many points on a picture of several bands go in two halves at once (the
+  // machines this draws on have two cores or more); the pixels come out the
+  // same as from one thread.
+  if (last >= kThreadedPoints && bands >= 2 && std::thread::hardware_concurrency() >= 2) {
+    Work other = makeWork();
+    const int middle = bands / 2;
+    std::thread thread;
+    try {
+      thread = std::thread([&] { blendBands(other, middle, bands); });
+    } catch (const std::system_error&) {
+      blendBands(work, 0, bands);
+      return true;
+    }
+    blendBands(work, 0, middle);
+    thread.join();
+    return true;
   }
+  blendBands(work, 0, bands);
   return true;
 }
 

@@ -591,7 +591,8 @@ class SvgWriter {
 
     out_ += "<text";
     role(item.role);
-    attribute("font-family", TextEngine::familyList());
+    // Chinese and Korean texts name their language's face, as drawn in PNG.
+    attribute("font-family", text_.familiesOf(item.text));
     attribute("font-size", item.font.size);
     if (item.font.bold) out_ += " font-weight=\"bold\"";
     paint("fill", item.color);

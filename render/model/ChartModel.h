@@ -20,6 +20,18 @@ using Parameters = std::vector<std::pair<std::string, std::string>>;
 // The value of the parameter `name`, or null.
 const std::string* findParameter(const Parameters& parameters, std::string_view name);
 
+// The order a sorting domain gives a variable's categories: the natural one
+// (numbers ascending, then texts), that of their first appearance in the
+// data, or by a statistic of another variable in each (`statistic` the
+// variable's id: the sum of its values, or their mean when it notes a mean;
+// its own id or an empty one: the count of cases); reversed when descending.
+struct CategoryOrder {
+  enum class By { kNatural, kData, kStatistic };
+  By by = By::kNatural;
+  std::string statistic;
+  bool descending = false;
+};
+
 struct Variable {
   std::string id;
   std::string label;
@@ -29,9 +41,10 @@ struct Variable {
   bool categorical = false;
   ValueFormat format;
   std::vector<std::pair<std::string, std::string>> relabels;  // value text → label
-  std::string summary;     // the summary function the procedure noted ("meanOfValues")
-  bool derived = false;    // computed by an expression or a constant: not from a column
-  std::string expression;  // the expression of a derived variable
+  std::string summary;                 // the summary function the procedure noted ("meanOfValues")
+  bool derived = false;                // computed by an expression or a constant: not from a column
+  std::string expression;              // the expression of a derived variable
+  std::optional<CategoryOrder> order;  // when a dimension's domain sorts its categories
 
   // What a reader calls the variable: its label, else its short label, else its id.
   const std::string& title() const;
@@ -66,6 +79,7 @@ struct Element {
   bool labeled = false;                   // its marks show their values (a labeling)
   std::string labeling;                   // the labeling's variable id, if it names one
   bool hollow = false;                    // its style says "fill:transparent"
+  bool hideCollidingLabels = false;       // a label overlapping one placed before is left out
 
   const std::string* position(Role role) const;
 };
@@ -126,6 +140,11 @@ struct DataFrame {
   // facet variable with its role, in document order.
   std::optional<FacetTerm> facet;
   std::vector<std::pair<Role, std::string>> facets;
+  // The facet labeling: levels of the columns' facets (its level 1) or
+  // the rows' (level 2) in reverse order, and each panel's height as a
+  // multiple of its width.
+  bool reverseColumns = false, reverseRows = false;
+  std::optional<double> cellAspect;
 
   const Dimension* dimension(Role role) const;
 };

@@ -168,6 +168,25 @@ class Builder {
       range.min = parseNumber(interval->attr("min"));
       range.max = parseNumber(interval->attr("max"));
     }
+    if (const XmlNode* sort = node.child("sort")) {
+      CategoryOrder order;
+      order.descending = isTrue(sort->attr("descending"));
+      if (const XmlNode* simple = sort->child("simpleSort")) {
+        const std::string_view method = simple->attr("method");
+        if (method == "data" || method == "dataOrder" || method == "none") {
+          order.by = CategoryOrder::By::kData;
+        }
+      }
+      if (const XmlNode* statistic = sort->child("statisticSort")) {
+        order.by = CategoryOrder::By::kStatistic;
+        order.statistic = statistic->attr("statVariable");
+        if (order.statistic.empty()) order.statistic = statistic->attr("sourceVariable");
+      }
+      range.order = order;
+    }
+    for (const XmlNode& child : node.children) {
+      if (child.tag == "domainReference") range.variables.emplace_back(child.attr("variable"));
+    }
     domains_[std::string(node.attr("id"))] = range;
   }
 
@@ -220,9 +239,41 @@ class Builder {
     }
   }
 
+  // Variables take the category order of the sorting domains that span
+  // them: a domain's own references, and the dimensions naming the domain
+  // (each element's variable along the dimension's role).
+  void applyOrders() {
+    const auto give = [&](const std::string& id, const CategoryOrder& order) {
+      for (Variable& variable : model_.variables) {
+        if (variable.id == id && !variable.order) variable.order = order;
+      }
+    };
+    for (const DataFrame& frame : model_.frames) {
+      for (const Dimension& dimension : frame.dimensions) {
+        const auto domain = domains_.find(dimension.domain);
+        if (domain == domains_.end() || !domain->second.order) continue;
+        // A polar frame's angle may be positioned as x or theta, its radius as y or r.
+        std::vector<Role> roles{dimension.role};
+        if (dimension.role == Role::kTheta) roles.push_back(Role::kX);
+        if (dimension.role == Role::kX) roles.push_back(Role::kTheta);
+        for (const Element& element : frame.elements) {
+          for (const Role role : roles) {
+            if (const std::string* id = element.position(role)) give(*id, *domain->second.order);
+          }
+        }
+      }
+    }
+    for (const auto& [id, domain] : domains_) {
+      if (!domain.order) continue;
+      for (const std::string& variable : domain.variables) give(variable, *domain.order);
+    }
+  }
+
  private:
   struct DomainRange {
     std::optional<double> min, max;
+    std::optional<CategoryOrder> order;
+    std::vector<std::string> variables;  // the variables its references name
   };
 
   void readLabel(const std::string& frameId, const XmlNode& label) {
@@ -279,13 +330,29 @@ class Builder {
                                 std::string(child.attr("name")), parametersOf(child)});
       } else if (tag == "coordinateFacet") {
         readFacet(frame, child);
-      } else if (tag == "facetLabeling" || tag == "frame" || tag == "label" || tag == "legend") {
-        // Panel labels follow the facets; the rest is read by readFrame.
+      } else if (tag == "facetLabeling") {
+        readFacetLabeling(frame, child);
+      } else if (tag == "tableFacet") {
+        // Asks that the facets' panels be laid out as a table: they always are.
+      } else if (tag == "frame" || tag == "label" || tag == "legend") {
+        // Read by readFrame.
       } else {
         model_.skip(std::string(tag) + " of frame " + frame.id);
       }
     }
     return frame;
+  }
+
+  void readFacetLabeling(DataFrame& frame, const XmlNode& node) {
+    if (const auto aspect = parseNumber(node.attr("cellAspect")); aspect && *aspect > 0) {
+      frame.cellAspect = std::clamp(*aspect, 0.05, 20.0);
+    }
+    for (const XmlNode& label : node.children) {
+      if (label.tag != "facetLabel" || !isTrue(label.attr("reverse"))) continue;
+      const int level = parseInt(label.attr("level"), 0);
+      if (level == 1) frame.reverseColumns = true;
+      if (level == 2) frame.reverseRows = true;
+    }
   }
 
   void readFacet(DataFrame& frame, const XmlNode& node) {
@@ -409,11 +476,7 @@ class Builder {
       element.hollow = style->second.find("fill:transparent") != std::string::npos;
     }
     readElementChildren(element, node);
-    // Labels are drawn where their marks are; hiding those that collide
-    // takes measured text the marks do not have.
-    if (element.labeled && node.attr("showCollidingLabels") == "false") {
-      model_.skip("hiding the colliding labels of element " + element.id);
-    }
+    element.hideCollidingLabels = node.attr("showCollidingLabels") == "false";
     return element;
   }
 
@@ -489,6 +552,7 @@ std::optional<ChartModel> buildModel(const XmlNode& document, std::string& error
       builder.readFrame(child);
     }
   }
+  builder.applyOrders();
   return model;
 }
 

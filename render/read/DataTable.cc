@@ -1,12 +1,19 @@
 #include "read/DataTable.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <charconv>
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <system_error>
+#include <thread>
 #include <unordered_map>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace chartxml::render {
 namespace {
@@ -25,38 +32,165 @@ bool isInfinity(std::string_view text) {
   return true;
 }
 
-// The value of a plain decimal such as "-12.375" (no exponent, at most 15
-// digits), or false for anything else. A mantissa below 2^53 and a power of
-// ten up to 10^22 are both exact doubles, and one division of exact values
-// rounds correctly: the same double from_chars gives, several times faster
-// (a data file of millions of rows is mostly such numbers).
-bool plainDecimal(std::string_view text, double& value) {
-  static constexpr double kPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                       1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
-                                       1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-  const char* p = text.data();
-  const char* const end = p + text.size();
-  const bool negative = p != end && *p == '-';
-  if (negative) ++p;
-  std::uint64_t mantissa = 0;
-  int digits = 0, decimals = 0;
-  bool point = false;
-  for (; p != end; ++p) {
-    const char c = *p;
-    if (c >= '0' && c <= '9') {
-      if (++digits > 15) return false;
-      mantissa = mantissa * 10 + static_cast<unsigned>(c - '0');
-      decimals += point;
-    } else if (c == '.' && !point) {
-      point = true;
-    } else {
-      return false;
+using Wide = unsigned __int128;
+
+// 5^0 .. 5^27, each below 2^63.
+constexpr auto kPowersOf5 = [] {
+  std::array<std::uint64_t, 28> out{};
+  out[0] = 1;
+  for (std::size_t k = 1; k < out.size(); ++k) out[k] = out[k - 1] * 5;
+  return out;
+}();
+
+constexpr double kPowersOf10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                  1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                  1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
+int bitLength(Wide v) {
+  const auto high = static_cast<std::uint64_t>(v >> 64);
+  return high != 0 ? 128 - std::countl_zero(high)
+                   : 64 - std::countl_zero(static_cast<std::uint64_t>(v));
+}
+
+// The double nearest (q + a fraction) * 2^e2, ties to even, where `sticky`
+// says whether that fraction below q's last bit is above zero (it is then
+// below one). False outside the normal range, which from_chars handles.
+bool roundBinary(Wide q, int e2, bool sticky, bool negative, double& value) {
+  const int length = bitLength(q);
+  std::uint64_t mantissa;
+  if (length <= 53) {
+    mantissa = static_cast<std::uint64_t>(q) << (53 - length);
+    e2 -= 53 - length;
+  } else {
+    const int drop = length - 53;
+    const Wide rest = q & ((Wide{1} << drop) - 1), half = Wide{1} << (drop - 1);
+    mantissa = static_cast<std::uint64_t>(q >> drop);
+    e2 += drop;
+    if (rest > half || (rest == half && (sticky || (mantissa & 1) != 0))) {
+      if (++mantissa == std::uint64_t{1} << 53) {
+        mantissa >>= 1;
+        ++e2;
+      }
     }
   }
-  if (digits == 0) return false;
-  value = static_cast<double>(mantissa) / kPowers[decimals];
-  if (negative) value = -value;
+  // mantissa is 53 bits with the leading one: the value is 1.f * 2^(e2 + 52).
+  const int biased = e2 + 52 + 1023;
+  if (biased < 1 || biased > 2046) return false;
+  const std::uint64_t bits = (negative ? std::uint64_t{1} << 63 : 0) |
+                             static_cast<std::uint64_t>(biased) << 52 |
+                             (mantissa & ((std::uint64_t{1} << 52) - 1));
+  value = std::bit_cast<double>(bits);
   return true;
+}
+
+// m * 10^e10 correctly rounded, or false when that cannot be proven here.
+// With m and 10^|e10| both exact doubles one operation rounds once, right.
+// Otherwise 10^e10 = 5^e10 * 2^e10: a product m * 5^k is exact in 128 bits,
+// and a quotient m * 2^s / 5^k of at least 63 bits with its remainder tells
+// the rounding exactly.
+bool decimalToDouble(std::uint64_t m, int e10, bool negative, double& value) {
+  if (m == 0) {
+    value = negative ? -0.0 : 0.0;
+    return true;
+  }
+  if (m <= (std::uint64_t{1} << 53) && e10 >= -22 && e10 <= 22) {
+    const double d = static_cast<double>(m);
+    value = e10 < 0 ? d / kPowersOf10[-e10] : d * kPowersOf10[e10];
+    if (negative) value = -value;
+    return true;
+  }
+  if (e10 >= 0) {
+    if (e10 >= static_cast<int>(kPowersOf5.size())) return false;
+    return roundBinary(Wide{m} * kPowersOf5[static_cast<std::size_t>(e10)], e10, false, negative,
+                       value);
+  }
+  const int k = -e10;
+  if (k >= static_cast<int>(kPowersOf5.size())) return false;
+  const std::uint64_t d = kPowersOf5[static_cast<std::size_t>(k)];
+  const int shift = 63 + (64 - std::countl_zero(d)) - (64 - std::countl_zero(m));
+  const Wide n = Wide{m} << shift;
+  const auto q = static_cast<std::uint64_t>(n / d);
+  const bool remainder = n - Wide{q} * d != 0;
+  return roundBinary(q, -shift - k, remainder, negative, value);
+}
+
+inline bool isDigit(char c) {
+  return static_cast<unsigned char>(c - '0') < 10;
+}
+
+// Whether the eight bytes of `word` are all digits, and their value.
+inline bool eightDigits(std::uint64_t word) {
+  return (((word + 0x4646464646464646ULL) | (word - 0x3030303030303030ULL)) &
+          0x8080808080808080ULL) == 0;
+}
+inline std::uint32_t valueOfEight(std::uint64_t word) {
+  // The first digit is the lowest byte: pairs, then fours, then all eight.
+  word -= 0x3030303030303030ULL;
+  word = word * 10 + (word >> 8);
+  word = (((word & 0x000000FF000000FFULL) * (100 + (1000000ULL << 32))) +
+          (((word >> 16) & 0x000000FF000000FFULL) * (1 + (10000ULL << 32)))) >>
+         32;
+  return static_cast<std::uint32_t>(word);
+}
+
+// Adds the digits at `p` to `m` (at most 19 significant ones in all,
+// counted in `digits`), lowering `e10` by one for each when they are a
+// fraction's. Where they end, or null past 19 digits.
+const char* scanDigits(const char* p, const char* end, std::uint64_t& m, int& digits, int& e10,
+                       bool fraction) {
+  if (m == 0) {
+    // Leading zeros are not significant.
+    for (; p != end && *p == '0'; ++p) e10 -= fraction;
+  }
+  if constexpr (std::endian::native == std::endian::little) {
+    while (end - p >= 8 && digits <= 11) {
+      std::uint64_t word;
+      std::memcpy(&word, p, 8);
+      if (!eightDigits(word)) break;
+      m = m * 100000000 + valueOfEight(word);
+      digits += 8;
+      e10 -= fraction ? 8 : 0;
+      p += 8;
+    }
+  }
+  for (; p != end && isDigit(*p); ++p) {
+    if (++digits > 19) return nullptr;
+    m = m * 10 + static_cast<unsigned>(*p - '0');
+    e10 -= fraction;
+  }
+  return p;
+}
+
+// Reads a decimal at `p`: '-'? digits ('.' digits)? ([eE] [+-]? digits)?.
+// Where it ends, with `value` set, when its value is proven; null otherwise
+// (the caller then reads the field the general way).
+const char* scanDecimal(const char* p, const char* end, double& value) {
+  const bool negative = p != end && *p == '-';
+  if (negative) ++p;
+  std::uint64_t m = 0;
+  int digits = 0, e10 = 0;
+  const char* start = p;
+  p = scanDigits(p, end, m, digits, e10, false);
+  if (p == nullptr || p == start) return nullptr;
+  if (p != end && *p == '.') {
+    start = ++p;
+    p = scanDigits(p, end, m, digits, e10, true);
+    if (p == nullptr || p == start) return nullptr;
+  }
+  if (p != end && (*p == 'e' || *p == 'E')) {
+    ++p;
+    const bool down = p != end && *p == '-';
+    if (p != end && (*p == '-' || *p == '+')) ++p;
+    start = p;
+    int exponent = 0;
+    for (; p != end && isDigit(*p); ++p) {
+      if (p - start >= 4) return nullptr;
+      exponent = exponent * 10 + (*p - '0');
+    }
+    if (p == start) return nullptr;
+    e10 += down ? -exponent : exponent;
+  }
+  return decimalToDouble(m, e10, negative, value) ? p : nullptr;
 }
 
 // A field's number, NaN for an empty or "nan" field, or nothing for a text.
@@ -64,7 +198,7 @@ bool plainDecimal(std::string_view text, double& value) {
 std::optional<double> numberOf(std::string_view field, bool quoted) {
   if (quoted) return std::nullopt;
   if (field.empty()) return kNaN;
-  if (double plain = 0; plainDecimal(field, plain)) return plain;
+  if (double fast = 0; fastDecimal(field, fast)) return fast;
   std::string_view digits = field;
   const bool negative = digits.front() == '-';
   if (negative || digits.front() == '+') digits.remove_prefix(1);
@@ -81,20 +215,29 @@ std::optional<double> numberOf(std::string_view field, bool quoted) {
   return value;
 }
 
-// The line feeds in `text`, eight bytes at a time: a byte equal to '\n' is
-// one that XOR makes zero, and the zero bytes of a word are found exactly
-// by the sign bits of ~((x & 0x7f..) + 0x7f.. | x | 0x7f..).
-std::size_t lineFeeds(std::string_view text) {
-  constexpr std::uint64_t kLow = 0x7f7f7f7f7f7f7f7fULL;
-  constexpr std::uint64_t kFeeds = 0x0a0a0a0a0a0a0a0aULL;
+// The line ends (LF and CR bytes) in `text`: at least the records it holds
+// past its first, so a bound on its rows.
+std::size_t lineEnds(std::string_view text) {
   std::size_t count = 0, i = 0;
-  for (; i + 8 <= text.size(); i += 8) {
-    std::uint64_t word;
-    std::memcpy(&word, text.data() + i, 8);
-    const std::uint64_t x = word ^ kFeeds;
-    count += static_cast<std::size_t>(std::popcount(~(((x & kLow) + kLow) | x | kLow)));
+  const char* data = text.data();
+#if defined(__SSE2__)
+  // A match is -1 in its byte: 255 blocks at most are summed bytewise before
+  // the sums are added up.
+  const __m128i feed = _mm_set1_epi8('\n'), carriage = _mm_set1_epi8('\r');
+  while (i + 16 <= text.size()) {
+    __m128i sums = _mm_setzero_si128();
+    for (int block = 0; block < 255 && i + 16 <= text.size(); ++block, i += 16) {
+      const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(data + i));
+      sums = _mm_sub_epi8(sums, _mm_cmpeq_epi8(bytes, feed));
+      sums = _mm_sub_epi8(sums, _mm_cmpeq_epi8(bytes, carriage));
+    }
+    // A byte sums at most 255 blocks of one match each (LF and CR never both).
+    const __m128i wide = _mm_sad_epu8(sums, _mm_setzero_si128());
+    count += static_cast<std::size_t>(_mm_cvtsi128_si64(wide)) +
+             static_cast<std::size_t>(_mm_cvtsi128_si64(_mm_unpackhi_epi64(wide, wide)));
   }
-  for (; i < text.size(); ++i) count += text[i] == '\n';
+#endif
+  for (; i < text.size(); ++i) count += data[i] == '\n' || data[i] == '\r';
   return count;
 }
 
@@ -103,37 +246,48 @@ std::size_t lineFeeds(std::string_view text) {
 // into a buffer of the record's own.
 class CsvScanner {
  public:
-  // `text` without a byte order mark.
-  explicit CsvScanner(std::string_view text) : text_(text) {}
+  // `text` without a byte order mark, whose first line is `line`.
+  explicit CsvScanner(std::string_view text, int line = 1) : text_(text), line_(line) {}
 
   bool done() const { return pos_ >= text_.size(); }
   int line() const { return line_; }
-  // The lines left, for reserving room: line feeds (a file of lone carriage
-  // returns reserves nothing, and only grows as it reads).
-  std::size_t linesLeft() const { return lineFeeds(text_.substr(pos_)) + 1; }
+  std::string_view rest() const { return text_.substr(pos_); }
 
   // The next record when it holds exactly `columns` fields and no quote:
-  // its fields into `fields`, none quoted. False, having read nothing, for
-  // any other record (next() then reads it).
-  bool plainRecord(std::size_t columns, std::vector<std::string_view>& fields) {
-    fields.clear();
+  // each field's number into slots[i][row], and the fields that are texts
+  // (column, text) into `texts`. False, having consumed nothing, for any
+  // other record (next() then reads it); the slots of `row` may then hold
+  // anything.
+  bool plainRecord(std::size_t columns, double* const* slots, std::size_t row,
+                   std::vector<std::pair<std::size_t, std::string_view>>& texts) {
+    texts.clear();
     const char* const data = text_.data();
-    const std::size_t size = text_.size();
-    std::size_t at = pos_;
-    while (true) {
-      if (at < size && data[at] == '"') return false;
-      const std::size_t begin = at;
-      while (at < size && data[at] != ',' && data[at] != '\n' && data[at] != '\r') ++at;
-      if (fields.size() == columns) return false;
-      fields.emplace_back(data + begin, at - begin);
-      if (at >= size) break;
-      const char c = data[at++];
-      if (c == ',') continue;
-      if (c == '\r' && at < size && data[at] == '\n') ++at;
-      break;
+    const char* const end = data + text_.size();
+    const char* p = data + pos_;
+    for (std::size_t i = 0; i < columns; ++i) {
+      if (p != end && *p == '"') return false;
+      double value = 0;
+      const char* after = scanDecimal(p, end, value);
+      if (after == nullptr || (after != end && *after != ',' && *after != '\n' && *after != '\r')) {
+        after = p;
+        while (after != end && *after != ',' && *after != '\n' && *after != '\r') ++after;
+        const std::string_view field(p, static_cast<std::size_t>(after - p));
+        const std::optional<double> number = numberOf(field, false);
+        value = number.value_or(kNaN);
+        if (!number) texts.emplace_back(i, field);
+      }
+      slots[i][row] = value;
+      p = after;
+      const bool last = i + 1 == columns;
+      if (p == end) {
+        if (!last) return false;
+        break;
+      }
+      const char c = *p++;
+      if ((c == ',') == last) return false;
+      if (last && c == '\r' && p != end && *p == '\n') ++p;
     }
-    if (fields.size() != columns) return false;
-    pos_ = at;
+    pos_ = static_cast<std::size_t>(p - data);
     ++line_;
     return true;
   }
@@ -225,7 +379,218 @@ class CsvScanner {
   std::string unquoted_;
 };
 
+// The texts of one column met in one stretch of rows.
+struct StretchTexts {
+  std::vector<std::int32_t> index;  // per row from the first with a text; -1 for numbers
+  std::vector<std::string> texts;   // in order of first appearance
+  std::unordered_map<std::string, std::int32_t> codes;
+};
+
+// The rows of one stretch of the text, read into slots of the columns from
+// `slots[i][0]` on, at most `capacity` of them.
+struct Stretch {
+  std::vector<double*> slots;
+  std::size_t capacity = 0;
+  std::size_t rows = 0;
+  std::vector<std::pair<std::size_t, std::int32_t>> lineBreaks;  // rows counted in the stretch
+  int lastLine = 0;                                              // the line of its last row
+  int endLine = 0;                                               // the line after its last record
+  std::vector<StretchTexts> texts;
+  std::string error;
+};
+
+// Reads the rows left in `scanner` into `out`.
+bool readRows(CsvScanner& scanner, std::size_t columns, Stretch& out) {
+  std::vector<std::string_view> fields;
+  std::vector<bool> quoted;
+  std::vector<std::pair<std::size_t, std::string_view>> texts;
+  bool anyTexts = false;
+  while (!scanner.done()) {
+    const int line = scanner.line();
+    const std::size_t row = out.rows;
+    if (row >= out.capacity) {
+      // Cannot happen: every row ends at a line end but the last.
+      out.error = "line " + std::to_string(line) + ": more rows than line ends";
+      return false;
+    }
+    if (!scanner.plainRecord(columns, out.slots.data(), row, texts)) {
+      if (!scanner.next(fields, quoted, out.error)) return false;
+      // A lone empty line (a file's last newline, or a blank line) holds no
+      // case; but for a one-column table it is a case whose value is missing,
+      // which the sink writes as an empty line too.
+      if (fields.size() == 1 && fields[0].empty() && !quoted[0] && columns != 1) continue;
+      if (fields.size() != columns) {
+        out.error = "line " + std::to_string(line) + ": " + std::to_string(fields.size()) +
+                    " fields, but the header names " + std::to_string(columns) + " columns";
+        return false;
+      }
+      texts.clear();
+      for (std::size_t i = 0; i < columns; ++i) {
+        const std::optional<double> number = numberOf(fields[i], quoted[i]);
+        out.slots[i][row] = number.value_or(kNaN);
+        if (!number) texts.emplace_back(i, fields[i]);
+      }
+    }
+    ++out.rows;
+    if (row == 0 || line != out.lastLine + 1) out.lineBreaks.emplace_back(row, line);
+    out.lastLine = line;
+    if (texts.empty() && !anyTexts) continue;
+    // Texts: each column that has met one keeps an index per row.
+    std::size_t next = 0;
+    for (std::size_t i = 0; i < columns; ++i) {
+      StretchTexts& column = out.texts[i];
+      if (next < texts.size() && texts[next].first == i) {
+        const std::string_view text = texts[next++].second;
+        if (column.index.empty()) column.index.assign(row, -1);
+        auto [it, added] = column.codes.try_emplace(std::string(text),
+                                                    static_cast<std::int32_t>(column.texts.size()));
+        if (added) column.texts.emplace_back(text);
+        column.index.push_back(it->second);
+        anyTexts = true;
+      } else if (!column.index.empty()) {
+        column.index.push_back(-1);
+      }
+    }
+  }
+  return true;
+}
+
+// Below this many bytes of rows a second thread costs more than it saves.
+constexpr std::size_t kSplitBytes = 1 << 18;
+
+// Where the rows of `body` (no quote in it) may be split in two: just past
+// the first line feed after its middle; 0 when they may not be split.
+std::size_t splitPoint(std::string_view body) {
+  if (body.size() < kSplitBytes || std::thread::hardware_concurrency() < 2) return 0;
+  if (std::memchr(body.data(), '"', body.size()) != nullptr) return 0;
+  const std::size_t feed = body.find('\n', body.size() / 2);
+  return feed == std::string_view::npos || feed + 1 >= body.size() ? 0 : feed + 1;
+}
+
+// Runs `work` on a thread of its own beside `here` on this one; false when
+// no thread could be started (then nothing ran).
+template <class Work, class Here>
+bool alongside(Work work, Here here) {
+  std::thread thread;
+  try {
+    thread = std::thread(work);
+  } catch (const std::system_error&) {
+    return false;
+  }
+  here();
+  thread.join();
+  return true;
+}
+
+// Puts the rows `second` read after those `first` read into `table`:
+// `second`'s lines and rows count on from `first`'s end.
+void joinStretches(const Stretch& first, const Stretch& second, int lineOffset,
+                   std::size_t secondSlot, DataTable& table) {
+  const std::size_t rows = first.rows + second.rows;
+  for (DataColumn& column : table.columns) {
+    // Blank lines or CR LF ends leave a gap between the two halves' rows.
+    if (secondSlot != first.rows && second.rows > 0) {
+      std::memmove(column.numbers.data() + first.rows, column.numbers.data() + secondSlot,
+                   second.rows * sizeof(double));
+    }
+    column.numbers.resize(rows);
+  }
+  table.rowCount = rows;
+  table.lineBreaks = first.lineBreaks;
+  for (const auto& [row, line] : second.lineBreaks) {
+    const int at = line + lineOffset;
+    if (row == 0 && first.rows > 0 && at == first.lastLine + 1) continue;
+    table.lineBreaks.emplace_back(row + first.rows, at);
+  }
+  for (std::size_t i = 0; i < table.columns.size(); ++i) {
+    const StretchTexts& a = first.texts[i];
+    const StretchTexts& b = second.texts[i];
+    if (a.index.empty() && b.index.empty()) continue;
+    DataColumn& column = table.columns[i];
+    column.texts = a.texts;
+    std::vector<std::int32_t> code(b.texts.size());
+    for (std::size_t k = 0; k < b.texts.size(); ++k) {
+      const auto found = a.codes.find(b.texts[k]);
+      if (found != a.codes.end()) {
+        code[k] = found->second;
+      } else {
+        code[k] = static_cast<std::int32_t>(column.texts.size());
+        column.texts.push_back(b.texts[k]);
+      }
+    }
+    column.textIndex.reserve(rows);
+    column.textIndex = a.index;
+    column.textIndex.resize(first.rows, -1);
+    if (b.index.empty()) {
+      column.textIndex.resize(rows, -1);
+      continue;
+    }
+    for (const std::int32_t k : b.index) {
+      column.textIndex.push_back(k < 0 ? -1 : code[static_cast<std::size_t>(k)]);
+    }
+  }
+}
+
+// Reads the rows after the header, which start on `firstLine`: in two
+// stretches at once when `maySplit` and the text allows, else straight.
+bool readBody(std::string_view body, int firstLine, bool maySplit, DataTable& table,
+              std::string& error) {
+  const std::size_t columns = table.columns.size();
+  std::size_t split = maySplit ? splitPoint(body) : 0;
+  std::array<std::string_view, 2> parts{body.substr(0, split), body.substr(split)};
+  std::array<std::size_t, 2> bounds{};
+  // Counting line ends, too, goes in halves.
+  // The first part ends with a line feed: no row after its last line end.
+  const auto countPart = [&](std::size_t k) { bounds[k] = lineEnds(parts[k]) + k; };
+  if (split == 0 || !alongside([&] { countPart(1); }, [&] { countPart(0); })) {
+    split = 0;
+    parts = {std::string_view(), body};
+    bounds = {0, lineEnds(body) + 1};
+  }
+  // Room for every row at once; each stretch fills its own slots.
+  for (DataColumn& column : table.columns) column.numbers.resize(bounds[0] + bounds[1]);
+  std::array<Stretch, 2> stretches;
+  for (std::size_t k = 0; k < 2; ++k) {
+    stretches[k].capacity = bounds[k];
+    stretches[k].texts.resize(columns);
+    for (DataColumn& column : table.columns) {
+      stretches[k].slots.push_back(column.numbers.data() + (k == 0 ? 0 : bounds[0]));
+    }
+  }
+  std::array<bool, 2> read{};
+  const auto readPart = [&](std::size_t k, int line) {
+    try {
+      CsvScanner scanner(parts[k], line);
+      read[k] = readRows(scanner, columns, stretches[k]);
+      stretches[k].endLine = scanner.line();
+    } catch (...) {
+      // Out of memory for texts: the straight read tells it.
+      read[k] = false;
+    }
+  };
+  if (split == 0) {
+    readPart(1, firstLine);
+    if (!read[1]) {
+      error = stretches[1].error.empty() ? "out of memory" : stretches[1].error;
+      return false;
+    }
+  } else if (!alongside([&] { readPart(1, 1); }, [&] { readPart(0, firstLine); }) || !read[0] ||
+             !read[1]) {
+    // A fault in either half is told as a straight read tells it.
+    for (DataColumn& column : table.columns) column.numbers.clear();
+    return readBody(body, firstLine, false, table, error);
+  }
+  joinStretches(stretches[0], stretches[1], split == 0 ? 0 : stretches[0].endLine - 1, bounds[0],
+                table);
+  return true;
+}
+
 }  // namespace
+
+bool fastDecimal(std::string_view text, double& value) {
+  const char* end = text.data() + text.size();
+  return scanDecimal(text.data(), end, value) == end;
+}
 
 int DataTable::line(std::size_t row) const {
   auto it = std::upper_bound(lineBreaks.begin(), lineBreaks.end(), row,
@@ -242,61 +607,6 @@ const DataColumn* DataTable::column(std::string_view name) const {
   return nullptr;
 }
 
-namespace {
-
-// Reads the rows left in `scanner` into `table`, whose columns are named.
-bool readRows(CsvScanner& scanner, DataTable& table, std::string& error) {
-  std::vector<std::string_view> fields;
-  std::vector<bool> quoted;
-  // Room for every row at once: growing a column of millions of numbers
-  // step by step copies it over and over.
-  const std::size_t expected = scanner.linesLeft();
-  for (DataColumn& column : table.columns) column.numbers.reserve(expected);
-  std::vector<std::unordered_map<std::string, std::int32_t>> textCodes(table.columns.size());
-  int previousLine = 0;
-  while (!scanner.done()) {
-    const int line = scanner.line();
-    if (scanner.plainRecord(table.columns.size(), fields)) {
-      quoted.assign(fields.size(), false);
-    } else if (!scanner.next(fields, quoted, error)) {
-      return false;
-    }
-    // A lone empty line (a file's last newline, or a blank line) holds no case;
-    // but for a one-column table it is a case whose value is missing, which
-    // the sink writes as an empty line too.
-    if (fields.size() == 1 && fields[0].empty() && !quoted[0] && table.columns.size() != 1)
-      continue;
-    if (fields.size() != table.columns.size()) {
-      error = "line " + std::to_string(line) + ": " + std::to_string(fields.size()) +
-              " fields, but the header names " + std::to_string(table.columns.size()) + " columns";
-      return false;
-    }
-    const std::size_t row = table.rowCount++;
-    if (row == 0 || line != previousLine + 1) table.lineBreaks.emplace_back(row, line);
-    previousLine = line;
-    for (std::size_t i = 0; i < fields.size(); ++i) {
-      DataColumn& column = table.columns[i];
-      const std::optional<double> number = numberOf(fields[i], quoted[i]);
-      column.numbers.push_back(number.value_or(kNaN));
-      if (number) {
-        if (!column.textIndex.empty()) column.textIndex.push_back(-1);
-        continue;
-      }
-      if (column.textIndex.empty()) {
-        column.textIndex.reserve(column.numbers.capacity());
-        column.textIndex.assign(row, -1);
-      }
-      auto [it, added] = textCodes[i].try_emplace(std::string(fields[i]),
-                                                  static_cast<std::int32_t>(column.texts.size()));
-      if (added) column.texts.emplace_back(fields[i]);
-      column.textIndex.push_back(it->second);
-    }
-  }
-  return true;
-}
-
-}  // namespace
-
 std::optional<DataTable> readCsv(std::string_view text, std::string origin, std::string& error) {
   DataTable table;
   table.origin = std::move(origin);
@@ -312,7 +622,7 @@ std::optional<DataTable> readCsv(std::string_view text, std::string origin, std:
     table.columns.emplace_back();
     table.columns.back().name = std::string(name);
   }
-  if (!readRows(scanner, table, error)) return std::nullopt;
+  if (!readBody(scanner.rest(), scanner.line(), true, table, error)) return std::nullopt;
   return table;
 }
 

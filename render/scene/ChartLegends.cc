@@ -1,6 +1,7 @@
 #include "scene/ChartLegends.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "scales/Palette.h"
 #include "scales/Ticks.h"
@@ -137,8 +138,11 @@ void addTransparency(LegendBlock& block, const Layer& layer) {
   if (block.title.empty()) block.title = column.variable->title();
   const auto entry = [&](std::string label, double alpha) {
     Color grey = kMutedTextColor;
-    grey.a = alphaOfStep(alphaStep(alpha));
-    block.entries.push_back(legendEntry(std::move(label), grey, KeyKind::kPoint));
+    // Points fade in steps; other marks by the opacity itself.
+    const bool points = layer.kind == LayerKind::kPoints;
+    grey.a = points ? alphaOfStep(alphaStep(alpha))
+                    : static_cast<std::uint8_t>(std::lround(255 * std::clamp(alpha, 0.0, 1.0)));
+    block.entries.push_back(legendEntry(std::move(label), grey, keyOf(layer)));
   };
   if (column.categorical) {
     const std::size_t n = column.categories.size();

@@ -139,6 +139,7 @@ class CubeLayout {
   void keepApart();
 
   void drawPlanes(Scene& scene) const;
+  void drawFrame(Scene& scene) const;
   void drawPoints(Scene& scene, double markerSize) const;
   void drawAxes(Scene& scene) const;
 
@@ -443,6 +444,30 @@ void CubeLayout::drawPlanes(Scene& scene) const {
   }
 }
 
+void CubeLayout::drawFrame(Scene& scene) const {
+  const auto corner = [](int c) {
+    return Point3{static_cast<double>(c & 1), static_cast<double>((c >> 1) & 1),
+                  static_cast<double>((c >> 2) & 1)};
+  };
+  int nearest = 0;
+  for (int c = 1; c < 8; ++c) {
+    if (depth(corner(c)) < depth(corner(nearest)) - kHair) nearest = c;
+  }
+  ShapeItem edges;
+  for (int c = 0; c < 8; ++c) {
+    for (const int bit : {1, 2, 4}) {
+      if ((c & bit) != 0) continue;
+      if (!content_.frameComplete && (c == nearest || (c | bit) == nearest)) continue;
+      const Vec a = pixel(onScreen(corner(c))), b = pixel(onScreen(corner(c | bit)));
+      edges.path.moveTo(a.x, a.y);
+      edges.path.lineTo(b.x, b.y);
+    }
+  }
+  edges.stroke = {Color{150, 150, 150, 255}, 1, {}, false};
+  edges.role = "cube-frame";
+  scene.items.emplace_back(std::move(edges));
+}
+
 std::size_t groupCount(const Layer& layer) {
   return layer.groups ? std::max<std::size_t>(1, layer.groups->categories.size()) : 1;
 }
@@ -619,6 +644,7 @@ void CubeLayout::draw(Scene& scene, const Rect& area, double markerSize) {
   keepApart();
 
   drawPlanes(scene);
+  if (content_.frame) drawFrame(scene);
   drawPoints(scene, markerSize);
   drawAxes(scene);
 }

@@ -39,6 +39,10 @@ struct CubeContent {
   std::array<CubeAxis, 3> axes;  // x, y, z
   CubeCamera camera;
   std::array<bool, 3> backPlanes{};  // the planes whose normal is x, y, z
+  // A wire frame: the cube's twelve edges, or (not complete) the nine
+  // that stay clear of the corner nearest the eye.
+  bool frame = false;
+  bool frameComplete = true;
   // Layers of points with their third coordinate in `pz`.
   std::vector<const Layer*> layers;
   PointLook look;

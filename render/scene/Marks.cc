@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <limits>
 #include <map>
 #include <numbers>
 #include <optional>
@@ -15,6 +16,12 @@ namespace {
 
 Color withAlpha(Color color, std::uint8_t alpha) {
   color.a = alpha;
+  return color;
+}
+
+// `color` at `alpha` (0..1) of its own opacity: a mark's transparency.
+Color faded(Color color, double alpha) {
+  color.a = static_cast<std::uint8_t>(std::lround(color.a * std::clamp(alpha, 0.0, 1.0)));
   return color;
 }
 
@@ -56,10 +63,14 @@ void drawPoints(Scene& scene, const Layer& layer, const PanelView& view, const P
   // millions should not ask the map for each.
   std::pair<MarkerShape, double> lastKey{};
   std::size_t current = 0;
+  // Each group's shape once: a style cycle names shapes in words.
+  std::vector<MarkerShape> shapes(groups);
+  for (std::size_t g = 0; g < groups; ++g) shapes[g] = groupShape(layer, g);
   for (std::size_t i = 0; i < layer.px.size(); ++i) {
     const std::size_t group = layer.pointGroup[i];
-    const MarkerShape shape =
-        layer.styles ? styleShape(layer, layer.pointStyle[i]) : groupShape(layer, group);
+    const MarkerShape shape = layer.styles     ? styleShape(layer, layer.pointStyle[i])
+                              : group < groups ? shapes[group]
+                                               : groupShape(layer, group);
     const double size = layer.sizes ? sizeStep(markerSize(layer, layer.pointSize[i])) : look.size;
     const std::pair<MarkerShape, double> key{shape, size};
     const bool same = i > 0 && key == lastKey;
@@ -142,7 +153,7 @@ void drawLines(Scene& scene, const Layer& layer, const PanelView& view) {
   for (const Series& series : layer.series) {
     ShapeItem line;
     line.path = seriesPath(series, series.y, view);
-    line.stroke = {groupColor(layer, series.group), 2,
+    line.stroke = {faded(markColor(layer, series.group, series.shade), series.alpha), 2,
                    layer.styles ? styleDash(layer, series.style) : std::vector<double>{}, true};
     line.role = "mark line";
     if (!line.path.empty()) scene.items.emplace_back(std::move(line));
@@ -155,7 +166,9 @@ void drawAreas(Scene& scene, const Layer& layer, const PanelView& view) {
     // Each run of finite values is a polygon: along the top, back along the base.
     ShapeItem area;
     area.filled = true;
-    area.fill = withAlpha(groupColor(layer, series.group), overlapping ? 140 : 220);
+    area.fill =
+        faded(withAlpha(markColor(layer, series.group, series.shade), overlapping ? 140 : 220),
+              series.alpha);
     area.role = "mark area";
     std::size_t i = 0;
     while (i < series.x.size()) {
@@ -185,7 +198,8 @@ void drawAreas(Scene& scene, const Layer& layer, const PanelView& view) {
     if (layer.styles) addHatch(scene, region, view.area, styleHatch(layer, series.style));
     ShapeItem edge;
     edge.path = seriesPath(series, series.y, view);
-    edge.stroke = {groupColor(layer, series.group), 1.5, {}, true};
+    edge.stroke = {
+        faded(markColor(layer, series.group, series.shade), series.alpha), 1.5, {}, true};
     edge.role = "mark area-edge";
     scene.items.emplace_back(std::move(edge));
   }
@@ -201,7 +215,9 @@ void drawBars(Scene& scene, const Layer& layer, const PanelView& view) {
     ShapeItem item;
     item.path.rectangle(std::min(xa, xb), std::min(ya, yb), std::fabs(xb - xa), std::fabs(yb - ya));
     item.filled = true;
-    item.fill = withAlpha(groupColor(layer, bar.group), layer.overlapping ? 150 : 255);
+    item.fill =
+        faded(withAlpha(markColor(layer, bar.group, bar.shade), layer.overlapping ? 150 : 255),
+              bar.alpha);
     if (seams) item.stroke = {Color{255, 255, 255, 255}, 0.75, {}, false};
     item.role = "mark bar";
     const Path region = item.path;
@@ -258,7 +274,7 @@ void drawBoxes(Scene& scene, const Layer& layer, const PanelView& view) {
     ShapeItem body;
     body.path = dataRectangle(view, box.x0, s.lowerHinge, box.x1, s.upperHinge);
     body.filled = true;
-    body.fill = withAlpha(groupColor(layer, box.group), 200);
+    body.fill = faded(withAlpha(markColor(layer, box.group, box.shade), 200), box.alpha);
     body.stroke = {kInk, 1.2, {}, false};
     body.role = "mark box";
     const Path region = body.path;
@@ -296,7 +312,9 @@ void drawErrorBars(Scene& scene, const Layer& layer, const PanelView& view) {
   means.shape = MarkerShape::kCircle;
   means.size = 7;
   means.role = "mark error-mean";
-  for (std::size_t g = 0; g < std::max<std::size_t>(1, groupCount(layer)); ++g) {
+  // Faded bars take a colour each; else one per group.
+  const bool fading = layer.transparency != nullptr || layer.shades != nullptr;
+  for (std::size_t g = 0; !fading && g < std::max<std::size_t>(1, groupCount(layer)); ++g) {
     means.palette.push_back(groupColor(layer, g));
   }
   constexpr double kCapPixels = 6;  // half a cap on a number axis
@@ -314,13 +332,22 @@ void drawErrorBars(Scene& scene, const Layer& layer, const PanelView& view) {
         item.path.lineTo(px + dx, py + dy);
       }
     }
-    item.stroke = {layer.groups ? groupColor(layer, bar.group) : kInk, 1.5,
+    const bool coloured = layer.groups || (layer.shades && std::isfinite(bar.shade));
+    item.stroke = {faded(coloured ? markColor(layer, bar.group, bar.shade) : kInk, bar.alpha), 1.5,
                    layer.styles ? styleDash(layer, bar.style) : std::vector<double>{}, false};
     item.role = "mark error-bar";
     scene.items.emplace_back(std::move(item));
     means.x.push_back(static_cast<float>(view.px(centre, bar.centre)));
     means.y.push_back(static_cast<float>(view.py(centre, bar.centre)));
-    means.colorIndex.push_back(bar.group);
+    if (fading) {
+      means.colorIndex.push_back(
+          static_cast<std::uint16_t>(std::min<std::size_t>(means.palette.size(), 65535)));
+      if (means.palette.size() < 65536) {
+        means.palette.push_back(faded(markColor(layer, bar.group, bar.shade), bar.alpha));
+      }
+    } else {
+      means.colorIndex.push_back(bar.group);
+    }
   }
   if (!means.x.empty()) scene.items.emplace_back(std::move(means));
 }
@@ -331,7 +358,9 @@ void drawTiles(Scene& scene, const Layer& layer, const PanelView& view) {
     ShapeItem cell;
     cell.path = dataRectangle(view, tile.x0, tile.y0, tile.x1, tile.y1);
     cell.filled = true;
-    cell.fill = std::isnan(tile.value) ? groupColor(layer, tile.group) : gradientColor(tile.value);
+    cell.fill =
+        faded(std::isnan(tile.value) ? groupColor(layer, tile.group) : gradientColor(tile.value),
+              tile.alpha);
     // A thin seam parts cells large enough to show it; small ones would
     // turn white under their seams.
     const double w = std::fabs(view.px(tile.x1, tile.y1) - view.px(tile.x0, tile.y0));
@@ -362,8 +391,10 @@ constexpr Font kMarkLabelFont{10, false};
 
 // Labels at their marks: above points, lines and bars (beside them when the
 // frame is transposed), in the middle of boxes and cells.
-void drawLabels(Scene& scene, const Layer& layer, const PanelView& view) {
-  const bool centred = layer.kind == LayerKind::kTiles || layer.kind == LayerKind::kBoxes;
+void drawLabels(Scene& scene, const Layer& layer, const PanelView& view, LabelRoom* room) {
+  const bool centred = layer.kind == LayerKind::kTiles || layer.kind == LayerKind::kBoxes ||
+                       layer.kind == LayerKind::kContours;
+  const bool hide = layer.element->hideCollidingLabels;
   // Cells label in white where their colour is dark.
   const bool onTiles = layer.kind == LayerKind::kTiles && layer.labels.size() == layer.tiles.size();
   for (std::size_t i = 0; i < layer.labels.size(); ++i) {
@@ -401,6 +432,21 @@ void drawLabels(Scene& scene, const Layer& layer, const PanelView& view) {
       item.vAlign = 1;
     }
     item.role = "mark-label";
+    if (room != nullptr && room->text != nullptr) {
+      const TextBox measured = room->text->measure(item.text, item.font);
+      const Rect box{item.x - item.hAlign * measured.width, item.y - item.vAlign * measured.height,
+                     measured.width, measured.height};
+      if (hide && room->collides(box)) continue;
+      room->place(box);
+      if (layer.kind == LayerKind::kContours) {
+        ShapeItem backing;
+        backing.path.rectangle(box.x - 1.5, box.y, box.width + 3, box.height);
+        backing.filled = true;
+        backing.fill = Color{255, 255, 255, 220};
+        backing.role = "mark-label-backing";
+        scene.items.emplace_back(std::move(backing));
+      }
+    }
     scene.items.emplace_back(std::move(item));
   }
 }
@@ -535,6 +581,51 @@ Color groupColor(const Layer& layer, std::size_t group) {
   return layer.groups ? categoryColor(group) : kSingleColor;
 }
 
+template <typename Visit>
+void LabelRoom::forCells(const Rect& box, Visit visit) const {
+  // Boxes far off the picture share a cell at its edge; one that is not
+  // finite anywhere is filed under one cell of its own.
+  if (!std::isfinite(box.x) || !std::isfinite(box.y) || !std::isfinite(box.right()) ||
+      !std::isfinite(box.bottom())) {
+    visit(std::numeric_limits<std::int64_t>::min());
+    return;
+  }
+  const auto cell = [](double v) {
+    return static_cast<std::int64_t>(std::floor(std::clamp(v, -1e6, 1e6) / kCell));
+  };
+  for (std::int64_t cx = cell(box.x); cx <= cell(box.right()); ++cx) {
+    for (std::int64_t cy = cell(box.y); cy <= cell(box.bottom()); ++cy) visit(cx * 1000003 + cy);
+  }
+}
+
+bool LabelRoom::collides(const Rect& box) const {
+  bool hit = false;
+  forCells(box, [&](std::int64_t key) {
+    const auto found = cells_.find(key);
+    if (hit || found == cells_.end()) return;
+    for (const std::size_t i : found->second) {
+      const Rect& other = placed[i];
+      if (box.x < other.right() && other.x < box.right() && box.y < other.bottom() &&
+          other.y < box.bottom()) {
+        hit = true;
+        return;
+      }
+    }
+  });
+  return hit;
+}
+
+void LabelRoom::place(const Rect& box) {
+  forCells(box, [&](std::int64_t key) { cells_[key].push_back(placed.size()); });
+  placed.push_back(box);
+}
+
+Color markColor(const Layer& layer, std::size_t group, double shade) {
+  if (layer.shades == nullptr || !std::isfinite(shade)) return groupColor(layer, group);
+  const double span = layer.shadeHi - layer.shadeLo;
+  return gradientColor(span > 0 ? std::clamp((shade - layer.shadeLo) / span, 0.0, 1.0) : 0.5);
+}
+
 PointLook pointLook(std::size_t points) {
   if (points <= 500) return {8, 255, true};
   if (points <= 5000) return {5, 200, false};
@@ -542,7 +633,8 @@ PointLook pointLook(std::size_t points) {
   return {2, 90, false};
 }
 
-void drawLayer(Scene& scene, const Layer& layer, const PanelView& view, const PointLook& look) {
+void drawLayer(Scene& scene, const Layer& layer, const PanelView& view, const PointLook& look,
+               LabelRoom* labels) {
   switch (layer.kind) {
     case LayerKind::kPoints:
       drawPoints(scene, layer, view, look);
@@ -571,7 +663,7 @@ void drawLayer(Scene& scene, const Layer& layer, const PanelView& view, const Po
       drawContours(scene, layer, view);
       break;
   }
-  if (layer.kind != LayerKind::kSlices) drawLabels(scene, layer, view);
+  if (layer.kind != LayerKind::kSlices) drawLabels(scene, layer, view, labels);
 }
 
 void drawSlices(Scene& scene, const Layer& layer, const Rect& area) {
@@ -593,6 +685,7 @@ void drawSlices(Scene& scene, const Layer& layer, const Rect& area) {
     slice.path.close();
     slice.filled = true;
     slice.fill = groupColor(layer, group);
+    if (cell < layer.sliceAlpha.size()) slice.fill = faded(slice.fill, layer.sliceAlpha[cell]);
     slice.stroke = {Color{255, 255, 255, 255}, 1.5, {}, true};
     slice.role = "mark slice";
     const Path region = slice.path;

@@ -3,12 +3,15 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <unordered_map>
 #include <vector>
 
 #include "layout/Geometry.h"
 #include "model/ChartModel.h"
 #include "scene/Scene.h"
 #include "stats/Layers.h"
+#include "text/TextEngine.h"
 
 namespace chartxml::render {
 
@@ -16,6 +19,10 @@ namespace chartxml::render {
 // cycle gives one, else the palette's (a layer without groups draws in the
 // single colour).
 Color groupColor(const Layer& layer, std::size_t group);
+// The colour of a mark of group `group` whose cases' continuous colour
+// values average `shade`: the gradient's over the layer's shade range when
+// the layer is shaded and `shade` finite, else the group's.
+Color markColor(const Layer& layer, std::size_t group, double shade);
 
 // Marker size and opacity for a chart of `points` points: big and opaque for
 // a few, small and translucent for many, so dense clouds show their density.
@@ -49,7 +56,31 @@ void addHatch(Scene& scene, const Path& region, const Rect& bounds, std::size_t 
 // The diameter of a marker whose size variable has `value`.
 double markerSize(const Layer& layer, double value);
 
-void drawLayer(Scene& scene, const Layer& layer, const PanelView& view, const PointLook& look);
+// The labels placed so far in a panel, measured by `text`: a contour's
+// label gets a backing the line does not cross, and an element that hides
+// colliding labels leaves out each one that would overlap a label placed
+// before it (in drawing order, its own or another element's).
+struct LabelRoom {
+  explicit LabelRoom(TextEngine* engine) : text(engine) {}
+
+  TextEngine* text = nullptr;
+  std::vector<Rect> placed;
+
+  // Whether `box` overlaps a placed label; looks only at the labels filed
+  // under the grid cells it covers, so that thousands of labels stay cheap.
+  bool collides(const Rect& box) const;
+  void place(const Rect& box);
+
+ private:
+  static constexpr double kCell = 64;  // pixels
+  template <typename Visit>
+  void forCells(const Rect& box, Visit visit) const;
+  std::unordered_map<std::int64_t, std::vector<std::size_t>> cells_;
+};
+
+// `labels` null: labels are drawn unmeasured, none left out.
+void drawLayer(Scene& scene, const Layer& layer, const PanelView& view, const PointLook& look,
+               LabelRoom* labels = nullptr);
 
 // A pie's slices in `area`: the largest circle that fits, slices clockwise
 // from twelve o'clock in group order.

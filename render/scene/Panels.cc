@@ -281,6 +281,8 @@ bool makeFacets(const DataFrame& frame, ChartModel& model, DataBinder& binder, P
     return out;
   };
   Levels columns = crossed(across), rows = crossed(up);
+  if (frame.reverseColumns) std::reverse(columns.begin(), columns.end());
+  if (frame.reverseRows) std::reverse(rows.begin(), rows.end());
   if (columns.empty() || rows.empty() || columns.size() * rows.size() > kMostPanels) {
     if (!columns.empty() && !rows.empty()) {
       model.skip("facets of frame " + frame.id + " (more than " + std::to_string(kMostPanels) +

@@ -192,7 +192,7 @@ class Builder {
 
   // Decides the kind of the scale along `role` and trains it on its layers.
   void prepareScale(AxisScale& scale, Role role, std::size_t index) {
-    const Dimension* dimension = frame_->dimension(role);
+    const Dimension* dimension = dimensionAlong(role);
     const BoundColumn* categorical = nullptr;
     bool dates = false;
     forLayersOf(role, index, [&](const Layer& layer) {
@@ -227,6 +227,12 @@ class Builder {
     }
     forLayersOf(role, index, [&](const Layer& layer) { trainOn(scale, layer, role); });
     trainOnReferences(scale, role);
+    // A polar radius is a distance: it starts at the centre unless the data
+    // go below zero.
+    if (polar_ && role == Role::kY && scale.trained() && scale.lo() >= 0) scale.anchorAt(0);
+    if (polar_ && role == Role::kX && scale.trained() && !(dimension && dimension->max)) {
+      closeTurn(scale, index);
+    }
     scale.finish(dimension);
     if (scale.dropped() > 0) {
       model_.skip(std::to_string(scale.dropped()) + " values of " + roleName(role) +
@@ -276,19 +282,55 @@ class Builder {
     for (const double value : x ? layer.extentX : layer.extentY) scale.train(value);
   }
 
-  // Bars in polar coordinates: a rose.
-  bool rose() const {
-    if (!polar_) return false;
+  // A numeric angle runs on a circle: its last value must not fall on its
+  // first. The turn reaches one step past the greatest value, the step
+  // being the smallest gap between the values (hours 0..23 make a 24-hour
+  // clock); a lone value gets a whole unit.
+  void closeTurn(AxisScale& scale, std::size_t index) const {
+    std::vector<double> xs;
+    forLayersOf(Role::kX, index, [&](const Layer& layer) {
+      xs.insert(xs.end(), layer.px.begin(), layer.px.end());
+      for (const Series& series : layer.series)
+        xs.insert(xs.end(), series.x.begin(), series.x.end());
+    });
+    std::erase_if(xs, [](double x) { return !std::isfinite(x); });
+    std::sort(xs.begin(), xs.end());
+    xs.erase(std::unique(xs.begin(), xs.end()), xs.end());
+    double gap = xs.size() < 2 ? 1.0 : INFINITY;
+    for (std::size_t i = 1; i < xs.size(); ++i) gap = std::min(gap, xs[i] - xs[i - 1]);
+    if (!xs.empty() && std::isfinite(gap) && gap > 0) scale.train(xs.back() + gap);
+    // Angles just above zero (0.003 to 359.9 degrees) start the turn at zero.
+    if (!xs.empty() && xs.front() > 0 && xs.front() <= 0.02 * (xs.back() - xs.front())) {
+      scale.train(0);
+    }
+  }
+
+  // The dimension along `role`; a polar frame may name its angle theta and
+  // its radius r.
+  const Dimension* dimensionAlong(Role role) const {
+    const Dimension* dimension = frame_->dimension(role);
+    if (dimension == nullptr && polar_ && (role == Role::kX || role == Role::kY)) {
+      dimension = frame_->dimension(role == Role::kX ? Role::kTheta : Role::kR);
+    }
+    return dimension;
+  }
+
+  // Whether a panel of the polar frame draws a layer of `kinds`.
+  bool polarDraws(std::initializer_list<LayerKind> kinds) const {
     for (const Panel& panel : grid_.panels) {
       for (const Layer& layer : panel.layers) {
-        if (layer.kind == LayerKind::kBars) return true;
+        if (std::find(kinds.begin(), kinds.end(), layer.kind) != kinds.end()) return true;
       }
     }
     return false;
   }
 
   void trainScales() {
-    if (polar_ && !rose()) return;
+    // A pie needs no scales; roses, points, lines and areas turn theirs.
+    if (polar_ &&
+        !polarDraws({LayerKind::kBars, LayerKind::kPoints, LayerKind::kLines, LayerKind::kAreas})) {
+      return;
+    }
     if (cube_) {
       // Depth takes points only: anything else in a cube is noted.
       for (Panel& panel : grid_.panels) {
@@ -370,7 +412,7 @@ class Builder {
     AxisPlan plan;
     plan.side = side;
     plan.scale = scale;
-    const Dimension* dimension = frame_->dimension(role);
+    const Dimension* dimension = dimensionAlong(role);
     plan.drawn = dimension == nullptr || dimension->axis.has_value();
     if (dimension != nullptr && dimension->axis) {
       const Axis& axis = *dimension->axis;
@@ -416,7 +458,7 @@ class Builder {
     chart.grid = &grid_;
     for (const Role role : {Role::kX, Role::kY, Role::kZ}) {
       AxisPlan plan;
-      const Dimension* dimension = frame_->dimension(role);
+      const Dimension* dimension = dimensionAlong(role);
       if (dimension != nullptr && dimension->axis) plan.title = dimension->axis->title;
       titleFromData(plan, role, 0);
       if (dimension != nullptr && dimension->axis && dimension->axis->percent) {
@@ -612,10 +654,24 @@ class Builder {
                 region.height - topOuter - bottomOuter};
       panelWidth = std::max(kMinPanel, (panels.width - (columns - 1) * layout.hGap) / columns);
       panelHeight = std::max(kMinPanel, (panels.height - (rows - 1) * layout.vGap) / rows);
+      // Panels of the asked shape: the longer side shrinks to it.
+      if (const auto& aspect = frame_->cellAspect) {
+        if (panelWidth * *aspect > panelHeight) {
+          panelWidth = std::max(kMinPanel, panelHeight / *aspect);
+        } else {
+          panelHeight = std::max(kMinPanel, panelWidth * *aspect);
+        }
+      }
       for (AxisPlan& plan : bottom) planAxis(plan, panelWidth, text_);
       for (AxisPlan& plan : left) planAxis(plan, panelHeight, text_);
     }
     const PointLook look = pointLook(pointCount());
+    // Panels narrower or lower than the room (their shape is asked) stand
+    // in its middle.
+    const double spare = panels.width - columns * panelWidth - (columns - 1) * layout.hGap;
+    const double spareDown = panels.height - rows * panelHeight - (rows - 1) * layout.vGap;
+    panels.x += std::max(0.0, spare / 2);
+    panels.y += std::max(0.0, spareDown / 2);
     Rect span{panels.x, panels.y, 0, 0};
     for (std::size_t i = 0; i < grid_.panels.size(); ++i) {
       Panel& panel = grid_.panels[i];
@@ -632,12 +688,22 @@ class Builder {
       drawStrips(panel, layout, i, topLabels ? layout.hLabels : 0,
                  rightLabels ? layout.vLabels : 0);
       if (polar_) {
+        bool rose = false;
         for (const Layer& layer : panel.layers) {
           if (layer.kind == LayerKind::kSlices) drawSlices(scene_, layer, panel.area);
           if (layer.kind == LayerKind::kBars) {
             drawRose(scene_, layer, panel.area, xScales_[panel.xScale], yScales_[panel.yScale],
                      text_);
+            rose = true;
           }
+        }
+        if (polarDraws({LayerKind::kPoints, LayerKind::kLines, LayerKind::kAreas})) {
+          const AxisScale& angle = xScales_[panel.xScale];
+          const AxisScale& radius = yScales_[panel.yScale];
+          drawPolarMarks(scene_, panel.layers, panel.area, angle, radius,
+                         describeAxis(AxisSide::kBottom, &angle, Role::kX, panel.xScale).format,
+                         describeAxis(AxisSide::kLeft, &radius, Role::kY, panel.yScale).format,
+                         look, rose, text_);
         }
       } else if (cube_) {
         drawCubePanel(panel, look);
@@ -677,7 +743,8 @@ class Builder {
       drawGrid(scene_, upward, view);
       scene_.items.emplace_back(
           ClipBegin::rectangle(panel.area.x, panel.area.y, panel.area.width, panel.area.height));
-      for (const Layer& layer : panel.layers) drawLayer(scene_, layer, view, look);
+      LabelRoom labels(&text_);
+      for (const Layer& layer : panel.layers) drawLayer(scene_, layer, view, look, &labels);
       drawFrameGuides(scene_, *frame_, view, model_);
       scene_.items.emplace_back(ClipEnd{});
     }
@@ -729,6 +796,10 @@ class Builder {
         cube.backPlanes[static_cast<std::size_t>(*normal == "x"   ? 0
                                                  : *normal == "y" ? 1
                                                                   : 2)] = true;
+      } else if (guide.type == "frame") {
+        const std::string* complete = findParameter(guide.parameters, "complete");
+        cube.frame = true;
+        cube.frameComplete = complete == nullptr || *complete != "false";
       } else {
         model_.skip("guide " + guide.id + " of type '" + guide.type + "' in 3-D coordinates");
       }

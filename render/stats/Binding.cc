@@ -70,6 +70,43 @@ void bindCategories(const DataColumn& column, const Variable& variable, BoundCol
   }
 }
 
+// Puts the categories in `order` (old category numbers, new first).
+void reorder(BoundColumn& out, const std::vector<std::size_t>& order) {
+  Categories sorted;
+  std::vector<std::int32_t> code(order.size());
+  for (std::size_t k = 0; k < order.size(); ++k) {
+    sorted.keys.push_back(std::move(out.categories.keys[order[k]]));
+    sorted.labels.push_back(std::move(out.categories.labels[order[k]]));
+    code[order[k]] = static_cast<std::int32_t>(k);
+  }
+  out.categories = std::move(sorted);
+  for (std::int32_t& c : out.codes) {
+    if (c >= 0) c = code[static_cast<std::size_t>(c)];
+  }
+}
+
+// The order `asked` gives the categories of `out`: by first appearance, or
+// by `values` (a statistic per category, ascending; ties keep the natural
+// order); then reversed when descending.
+std::vector<std::size_t> orderOf(const BoundColumn& out, const CategoryOrder& asked,
+                                 const std::vector<double>& values) {
+  std::vector<std::size_t> order(out.categories.size());
+  std::iota(order.begin(), order.end(), 0);
+  if (asked.by == CategoryOrder::By::kData) {
+    std::vector<std::size_t> first(order.size(), out.codes.size());
+    for (std::size_t row = out.codes.size(); row-- > 0;) {
+      if (out.codes[row] >= 0) first[static_cast<std::size_t>(out.codes[row])] = row;
+    }
+    std::stable_sort(order.begin(), order.end(),
+                     [&](std::size_t a, std::size_t b) { return first[a] < first[b]; });
+  } else if (asked.by == CategoryOrder::By::kStatistic && values.size() == order.size()) {
+    std::stable_sort(order.begin(), order.end(),
+                     [&](std::size_t a, std::size_t b) { return values[a] < values[b]; });
+  }
+  if (asked.descending) std::reverse(order.begin(), order.end());
+  return order;
+}
+
 bool bindNumbers(const DataColumn& column, const Variable& variable, const DataTable& table,
                  BoundColumn& out, std::string& error) {
   const std::size_t rows = column.numbers.size();
@@ -113,6 +150,38 @@ const BoundColumn* DataBinder::bind(const std::string& id, bool asCategories, st
   bound->categorical = asCategories;
   if (asCategories) {
     bindCategories(*column, *variable, *bound);
+    if (variable->order) {
+      // A statistic's values per category: the sum of the variable it
+      // names (the mean when it notes one), or the count of cases.
+      std::vector<double> values;
+      const CategoryOrder& asked = *variable->order;
+      if (asked.by == CategoryOrder::By::kStatistic) {
+        values.assign(bound->categories.size(), 0.0);
+        std::vector<double> cases(values.size(), 0.0);
+        std::string ignored;
+        const Variable* of = model_.variable(asked.statistic);
+        const BoundColumn* stat = of != nullptr && of != variable && !of->categorical
+                                      ? bind(asked.statistic, false, ignored)
+                                      : nullptr;
+        const bool mean = of != nullptr && of->summary.find("mean") != std::string::npos;
+        for (std::size_t row = 0; row < bound->codes.size(); ++row) {
+          const int code = bound->codes[row];
+          if (code < 0) continue;
+          const double value = stat != nullptr && row < stat->numbers.size() ? stat->numbers[row]
+                               : stat != nullptr                             ? NAN
+                                                                             : 1.0;
+          if (!std::isfinite(value)) continue;
+          values[static_cast<std::size_t>(code)] += value;
+          cases[static_cast<std::size_t>(code)] += 1;
+        }
+        if (mean) {
+          for (std::size_t k = 0; k < values.size(); ++k) {
+            values[k] = cases[k] > 0 ? values[k] / cases[k] : 0;
+          }
+        }
+      }
+      reorder(*bound, orderOf(*bound, asked, values));
+    }
   } else if (!bindNumbers(*column, *variable, table->second, *bound, error)) {
     return nullptr;
   }

@@ -106,6 +106,7 @@ class LayerMaker {
   std::optional<Layer> make() {
     std::optional<Layer> layer = arrange();
     if (layer) {
+      if (layer->shades != nullptr) spanShades(*layer);
       splitCells(*layer);
       if (element_.labeled) labelMarks(*layer);
     }
@@ -142,9 +143,12 @@ class LayerMaker {
                    layer_.kind == LayerKind::kPoints)) {
       layer_.kind = LayerKind::kErrorBars;
     }
-    if (polar && layer_.kind != LayerKind::kSlices && layer_.kind != LayerKind::kBars) {
-      return skip(type + " element " + element_.id + " in polar coordinates");
-    }
+    // Points, lines and areas turn with the frame; boxes, error bars, cells
+    // and contours have no meaning on a circle.
+    const bool turns = layer_.kind == LayerKind::kSlices || layer_.kind == LayerKind::kBars ||
+                       layer_.kind == LayerKind::kPoints || layer_.kind == LayerKind::kLines ||
+                       layer_.kind == LayerKind::kAreas;
+    if (polar && !turns) return skip(type + " element " + element_.id + " in polar coordinates");
     if (!bindGroups() || !bindSizes() || !bindWeights() || !bindTransparency()) {
       return std::nullopt;
     }
@@ -163,10 +167,7 @@ class LayerMaker {
 
     std::string method = element_.statistic ? element_.statistic->method : "";
     if (method == "bin" && layer_.kind == LayerKind::kPoints) return binned();
-    if (method == "histogram") {
-      if (layer_.kind != LayerKind::kBars) return skip("histogram statistic of " + element_.id);
-      return histogram();
-    }
+    if (method == "histogram") return histogram();
     if (!method.empty()) {
       layer_.summary = summaryOf(method);
       if (!layer_.summary) {
@@ -229,10 +230,10 @@ class LayerMaker {
     }
     const std::string colourId = colour ? element_.color : styleColours ? element_.styleBy : "";
     if (colour && continuousColour()) {
-      // Points take a scale variable's colours from a gradient; other marks
-      // have no one value to colour by.
-      const bool shaded = layer_.kind == LayerKind::kPoints || layer_.kind == LayerKind::kTiles ||
-                          layer_.kind == LayerKind::kContours;
+      // Marks take a scale variable's colours from a gradient: a point its
+      // own row's, a mark of many cases their mean; a pie's slices share
+      // one whole and are told apart by their groups' colours.
+      const bool shaded = layer_.kind != LayerKind::kSlices;
       if (!shaded) {
         model_.skip("continuous colour of element " + element_.id + " (drawn in one colour)");
       } else if (!bindShades()) {
@@ -277,10 +278,6 @@ class LayerMaker {
     const bool summarises = element_.statistic.has_value() || layer_.kind == LayerKind::kBars ||
                             layer_.kind == LayerKind::kSlices || layer_.kind == LayerKind::kBoxes;
     if (!summarises) return true;
-    if (layer_.kind == LayerKind::kBoxes) {
-      model_.skip("weights of box plot " + element_.id + " (boxes show the cases unweighted)");
-      return true;
-    }
     if (!element_.weight.empty()) {
       if (!usable(id)) return false;
       layer_.weights = bind(id, false);
@@ -308,18 +305,21 @@ class LayerMaker {
     return std::isfinite(w) && w > 0 ? w : 0;
   }
 
-  // Points fade by a variable's categories (the first opaque, each next
-  // clearer) or by its values (the largest opaque).
+  // Marks fade by a variable's categories (the first opaque, each next
+  // clearer) or by its values (the largest opaque): a point by its own row,
+  // a mark of many cases (a bar, a box, a line) by the mean opacity of its
+  // cases, weighed as the mark weighs them.
   bool bindTransparency() {
     if (element_.transparency.empty()) return true;
-    if (layer_.kind != LayerKind::kPoints || element_.statistic) {
-      model_.skip("transparency aesthetic of element " + element_.id + " (points only)");
+    if (layer_.kind == LayerKind::kContours) {
+      model_.skip("transparency aesthetic of contour element " + element_.id +
+                  " (a line of equal value stands for no cases of its own)");
       return true;
     }
-    // Each colour is drawn in every step of opacity: their product must
-    // stay an index of a point's colour.
+    // Each colour of a point is drawn in every step of opacity: their
+    // product must stay an index of a point's colour.
     const std::size_t colours = layer_.shades != nullptr ? kGradientSteps : cellCount();
-    if (colours * kAlphaSteps > 65535) {
+    if (layer_.kind == LayerKind::kPoints && colours * kAlphaSteps > 65535) {
       model_.skip("transparency aesthetic of element " + element_.id + " (too many colours)");
       return true;
     }
@@ -332,6 +332,46 @@ class LayerMaker {
           finiteRange(layer_.transparency->numbers);
     }
     return true;
+  }
+
+  // What a mark of many cases takes from them: the mean opacity under the
+  // transparency aesthetic and the mean of a continuous colour variable,
+  // each weighed as the mark weighs its cases, over the rows with a value.
+  struct CaseMeans {
+    double sum = 0, weight = 0;            // opacity × weight, weight
+    double shadeSum = 0, shadeWeight = 0;  // colour value × weight, weight
+    void add(double alpha, double w) {
+      if (std::isnan(alpha) || !(w > 0)) return;
+      sum += alpha * w;
+      weight += w;
+    }
+    void addShade(double value, double w) {
+      if (!std::isfinite(value) || !(w > 0)) return;
+      shadeSum += value * w;
+      shadeWeight += w;
+    }
+    void merge(const CaseMeans& other) {
+      sum += other.sum;
+      weight += other.weight;
+      shadeSum += other.shadeSum;
+      shadeWeight += other.shadeWeight;
+    }
+    double opacity() const { return weight > 0 ? sum / weight : 1.0; }
+    double shade() const { return shadeWeight > 0 ? shadeSum / shadeWeight : kNaN; }
+  };
+  void addCase(CaseMeans& into, std::uint32_t row, double weight) const {
+    if (layer_.transparency != nullptr) into.add(alphaOf(row), weight);
+    if (layer_.shades != nullptr) into.addShade(layer_.shades->numbers[row], weight);
+  }
+  const CaseMeans& cellMeans(const std::pair<double, int>& cell) const {
+    static const CaseMeans kNone;
+    const auto it = means_.find(cell);
+    return it == means_.end() ? kNone : it->second;
+  }
+  template <typename Mark>
+  static void take(Mark& mark, const CaseMeans& from) {
+    mark.alpha = from.opacity();
+    mark.shade = from.shade();
   }
 
   // A row's opacity (0..1) under the transparency aesthetic; NaN when the
@@ -404,6 +444,11 @@ class LayerMaker {
 
   bool bindAxis(Role role, bool asCategories, const BoundColumn*& out) {
     const std::string* id = element_.position(role);
+    // In polar coordinates the angle may be named theta and the radius r.
+    if (id == nullptr && frame_.coordinates == "polar" && layer_.kind != LayerKind::kSlices &&
+        (role == Role::kX || role == Role::kY)) {
+      id = element_.position(role == Role::kX ? Role::kTheta : Role::kR);
+    }
     if (id == nullptr || id->empty()) return true;
     if (!usable(*id)) return false;
     const Variable* variable = model_.variable(*id);
@@ -438,6 +483,32 @@ class LayerMaker {
     for (Tile& tile : layer.tiles) split(tile.group, unused);
   }
 
+  // A plain scatter whose every row is drawn as it is: its positions are
+  // views of the columns' numbers, not copies (a copy of ten million points
+  // costs 160 MB). False, with the layer as it was, for any other.
+  bool viewPoints() {
+    if (rows_ != nullptr || layer_.z || layer_.x->categorical || layer_.y->categorical ||
+        layer_.styles || layer_.sizes || layer_.shades || layer_.transparency || element_.labeled) {
+      return false;
+    }
+    const std::span<const double> x = layer_.x->numbers, y = layer_.y->numbers;
+    if (x.size() != rowCount_ || y.size() != rowCount_) return false;
+    layer_.pointGroup.resize(rowCount_);
+    std::uint16_t* groups = layer_.pointGroup.data();
+    const std::int32_t* codes = layer_.groups ? layer_.groups->codes.data() : nullptr;
+    for (std::size_t row = 0; row < rowCount_; ++row) {
+      const std::int32_t group = codes ? codes[row] : 0;
+      if (std::isnan(x[row]) || std::isnan(y[row]) || group < 0) {
+        layer_.pointGroup.clear();
+        return false;
+      }
+      groups[row] = static_cast<std::uint16_t>(group);
+    }
+    layer_.px = Coordinates::viewOf(x);
+    layer_.py = Coordinates::viewOf(y);
+    return true;
+  }
+
   // Points, lines and areas: raw rows, or a summary of y per x and group.
   std::optional<Layer> xy() {
     if (!bindAxis(Role::kX, false, layer_.x) || !bindAxis(Role::kY, false, layer_.y)) {
@@ -450,6 +521,7 @@ class LayerMaker {
     if (layer_.summary) return summarizedXy();
     if (layer_.kind == LayerKind::kPoints) {
       if (!bindAxis(Role::kZ, false, layer_.z)) return std::nullopt;
+      if (viewPoints()) return std::move(layer_);
       // Room for every row at once: a million points grown step by step
       // are copied over and over.
       const std::size_t most = rows_ != nullptr ? rows_->size() : rowCount_;
@@ -485,12 +557,14 @@ class LayerMaker {
       if (split == nullptr) return std::nullopt;
     }
     std::map<std::pair<int, int>, std::vector<std::pair<double, double>>> byGroup;
+    std::map<std::pair<int, int>, CaseMeans> means;
     forEachRow(rows_, rowCount_, [&](std::uint32_t row) {
       const double x = positionOf(*layer_.x, row);
       const int group = cellOf(row);
       const int part = split ? split->codes[row] : 0;
       if (std::isnan(x) || group < 0 || part < 0) return;
       byGroup[{group, part}].emplace_back(x, positionOf(*layer_.y, row));
+      addCase(means[{group, part}], row, 1);
     });
     // A path goes through its points in data order; lines and areas in x order.
     const bool dataOrder = element_.type == "path";
@@ -501,6 +575,7 @@ class LayerMaker {
       }
       Series series;
       series.group = static_cast<std::uint16_t>(key.first);
+      take(series, means[key]);
       for (const auto& [x, y] : points) {
         series.x.push_back(x);
         series.y.push_back(y);
@@ -517,11 +592,13 @@ class LayerMaker {
                                                   const BoundColumn* values, Totals& totals) {
     std::map<std::pair<double, int>, Sample> cells;
     totals = Totals{};
+    means_.clear();
     forEachRow(rows_, rowCount_, [&](std::uint32_t row) {
       const double at = positionOf(position, row);
       const int group = cellOf(row);
       const double weight = weightOf(row);
       if (std::isnan(at) || group < 0 || weight <= 0) return;
+      addCase(means_[{at, group}], row, weight);
       Sample& cell = cells[{at, group}];
       cell.cases += weight;
       totals.cases += weight;
@@ -564,20 +641,28 @@ class LayerMaker {
     Totals totals;
     auto cells = gather(*layer_.x, values, totals);
     std::map<int, Series> series;
+    std::map<int, CaseMeans> means;  // a line's cases are those of all its places
     for (const auto& [key, y] : summarizeCells(cells, totals)) {
       if (layer_.kind == LayerKind::kPoints) {
-        if (std::isnan(y)) continue;
+        // A point whose cases have no colour value has none to be drawn in.
+        if (std::isnan(y) || (layer_.shades && std::isnan(cellMeans(key).shade()))) continue;
         layer_.px.push_back(key.first);
         layer_.py.push_back(y);
         layer_.pointGroup.push_back(static_cast<std::uint16_t>(key.second));
+        if (layer_.transparency != nullptr) layer_.pointAlpha.push_back(cellMeans(key).opacity());
+        if (layer_.shades != nullptr) layer_.pointShade.push_back(cellMeans(key).shade());
         continue;
       }
       Series& s = series[key.second];
       s.group = static_cast<std::uint16_t>(key.second);
       s.x.push_back(key.first);
       s.y.push_back(y);
+      means[key.second].merge(cellMeans(key));
     }
-    for (auto& [group, s] : series) layer_.series.push_back(std::move(s));
+    for (auto& [group, s] : series) {
+      take(s, means[group]);
+      layer_.series.push_back(std::move(s));
+    }
     finishAreas();
     return std::move(layer_);
   }
@@ -628,6 +713,7 @@ class LayerMaker {
       for (const auto& [key, cell] : cells) {
         for (const double value : cell.values) {
           bars.push_back({key.first, key.first, 0, value, static_cast<std::uint16_t>(key.second)});
+          take(bars.back(), cellMeans(key));
         }
       }
     } else if (*layer_.summary == Summary::kRange && layer_.y != nullptr) {
@@ -638,11 +724,13 @@ class LayerMaker {
         if (cell.values.empty()) continue;
         const auto [low, high] = std::minmax_element(cell.values.begin(), cell.values.end());
         bars.push_back({key.first, key.first, *low, *high, static_cast<std::uint16_t>(key.second)});
+        take(bars.back(), cellMeans(key));
       }
     } else {
       for (const auto& [key, value] : summarizeCells(cells, totals)) {
         if (std::isnan(value)) continue;
         bars.push_back({key.first, key.first, 0, value, static_cast<std::uint16_t>(key.second)});
+        take(bars.back(), cellMeans(key));
       }
     }
     // Bars stand in the middle of their category; groups share it side by
@@ -724,19 +812,68 @@ class LayerMaker {
       return skip("histogram " + element_.id + " (its bin width makes too many bins)");
     }
     std::map<std::pair<std::size_t, int>, double> counts;
+    std::map<std::pair<std::size_t, int>, CaseMeans> means;
     forEachRow(rows_, rowCount_, [&](std::uint32_t row) {
       const int group = cellOf(row);
       const auto bin = bins->binOf(layer_.x->numbers[row]);
-      if (group >= 0 && bin) counts[{*bin, group}] += weightOf(row);
+      if (group < 0 || !bin) return;
+      counts[{*bin, group}] += weightOf(row);
+      addCase(means[{*bin, group}], row, weightOf(row));
     });
+    if (layer_.kind != LayerKind::kBars) {
+      frequencyPolygons(*bins, counts, means);
+      return std::move(layer_);
+    }
     std::vector<Bar> bars;
     for (const auto& [key, count] : counts) {
       const double x0 = bins->start + bins->width * static_cast<double>(key.first);
       bars.push_back({x0, x0 + bins->width, 0, count, static_cast<std::uint16_t>(key.second)});
+      take(bars.back(), means[key]);
     }
     arrangeGroups(bars, true);
     layer_.bars = std::move(bars);
     return std::move(layer_);
+  }
+
+  // A histogram as points, lines or areas: each group's count at the middle
+  // of every bin (bins without cases count 0), so that a line is the
+  // frequency polygon; stacked areas pile up as stacked bars would.
+  void frequencyPolygons(const Bins& bins,
+                         const std::map<std::pair<std::size_t, int>, double>& counts,
+                         std::map<std::pair<std::size_t, int>, CaseMeans>& means) {
+    std::map<int, Series> series;
+    std::map<int, CaseMeans> whole;
+    for (const auto& [key, count] : counts) {
+      Series& s = series[key.second];
+      s.group = static_cast<std::uint16_t>(key.second);
+      whole[key.second].merge(means[key]);
+    }
+    for (auto& [group, s] : series) {
+      for (std::size_t bin = 0; bin < bins.count; ++bin) {
+        const auto found = counts.find({bin, group});
+        const double x = bins.start + bins.width * (static_cast<double>(bin) + 0.5);
+        const double y = found == counts.end() ? 0.0 : found->second;
+        if (layer_.kind == LayerKind::kPoints) {
+          if (found == counts.end()) continue;
+          if (layer_.shades != nullptr && std::isnan(means[{bin, group}].shade())) continue;
+          layer_.px.push_back(x);
+          layer_.py.push_back(y);
+          layer_.pointGroup.push_back(static_cast<std::uint16_t>(group));
+          if (layer_.transparency != nullptr) {
+            layer_.pointAlpha.push_back(means[{bin, group}].opacity());
+          }
+          if (layer_.shades != nullptr) layer_.pointShade.push_back(means[{bin, group}].shade());
+          continue;
+        }
+        s.x.push_back(x);
+        s.y.push_back(y);
+      }
+      take(s, whole[group]);
+      if (layer_.kind != LayerKind::kPoints) layer_.series.push_back(std::move(s));
+    }
+    // The bins' edges stay on the axis, as under bars.
+    layer_.extentX = {bins.start, bins.start + bins.width * static_cast<double>(bins.count)};
+    finishAreas();
   }
 
   // A pie's slices: the summary of the angle variable for each group.
@@ -758,11 +895,13 @@ class LayerMaker {
     if (rowCount_ == kNoRows) return skip("pie element " + element_.id + " without variables");
     const std::size_t groups = cellCount();
     std::vector<Sample> cells(groups);
+    std::vector<CaseMeans> means(groups);
     Totals totals;
     forEachRow(rows_, rowCount_, [&](std::uint32_t row) {
       const int group = cellOf(row);
       const double weight = weightOf(row);
       if (group < 0 || weight <= 0) return;
+      addCase(means[static_cast<std::size_t>(group)], row, weight);
       Sample& cell = cells[static_cast<std::size_t>(group)];
       cell.cases += weight;
       totals.cases += weight;
@@ -784,6 +923,9 @@ class LayerMaker {
         value = 0;
       }
       layer_.slices.push_back(value);
+    }
+    if (layer_.transparency != nullptr) {
+      for (const CaseMeans& f : means) layer_.sliceAlpha.push_back(f.opacity());
     }
     if (negative) model_.skip("negative slices of pie " + element_.id);
     return std::move(layer_);
@@ -810,6 +952,7 @@ class LayerMaker {
     // Cells are laid out on x and y each scaled to 0..n.
     const double sx = xhi > xlo ? n / (xhi - xlo) : 1, sy = yhi > ylo ? n / (yhi - ylo) : 1;
     std::map<std::tuple<long, long, int>, double> counts;
+    std::map<std::tuple<long, long, int>, CaseMeans> means;
     forEachRow(rows_, rowCount_, [&](std::uint32_t row) {
       const double x = layer_.x->numbers[row], y = layer_.y->numbers[row];
       const int group = cellOf(row);
@@ -838,9 +981,11 @@ class LayerMaker {
         }
       }
       counts[{i, j, group}] += weight;
+      addCase(means[{i, j, group}], row, weight);
     });
     double lo = std::numeric_limits<double>::infinity(), hi = -lo;
     for (const auto& [cell, count] : counts) {
+      if (layer_.shades != nullptr && std::isnan(means[cell].shade())) continue;
       const auto [i, j, group] = cell;
       double u = static_cast<double>(i) + 0.5, v = static_cast<double>(j) + 0.5;
       if (hex) {
@@ -851,6 +996,8 @@ class LayerMaker {
       layer_.py.push_back(ylo + v / sy);
       layer_.pointGroup.push_back(static_cast<std::uint16_t>(group));
       layer_.pointSize.push_back(count);
+      if (layer_.transparency != nullptr) layer_.pointAlpha.push_back(means[cell].opacity());
+      if (layer_.shades != nullptr) layer_.pointShade.push_back(means[cell].shade());
       lo = std::min(lo, count);
       hi = std::max(hi, count);
     }
@@ -864,8 +1011,8 @@ class LayerMaker {
   }
 
   // Boxes of y per category of x (and group, side by side), from Tukey's
-  // hinges; whiskers end at the most extreme values within 1.5 hinge
-  // spreads, and values beyond are drawn one by one.
+  // hinges (weighted: as if each case were repeated by its weight); whiskers end at the most
+  // extreme values within 1.5 hinge spreads, and values beyond are drawn one by one.
   std::optional<Layer> boxes() {
     if (element_.statistic && element_.statistic->method != "boxplot" &&
         element_.statistic->method != "tukeyHinges" && element_.statistic->method != "schema") {
@@ -900,8 +1047,9 @@ class LayerMaker {
       const double centre = cellCount() == 1 ? key.first : left + slot / 2;
       box.x0 = centre - width / 2;
       box.x1 = centre + width / 2;
-      box.stats = boxStats(cell.values);
+      box.stats = boxStats(cell.values, cell.weights);
       box.group = static_cast<std::uint16_t>(key.second);
+      take(box, cellMeans(key));
       for (const double v : {box.stats.lowWhisker, box.stats.highWhisker}) {
         layer_.extentY.push_back(v);
       }
@@ -945,6 +1093,7 @@ class LayerMaker {
       bar.centre = interval->mean;
       bar.high = interval->high;
       bar.group = static_cast<std::uint16_t>(key.second);
+      take(bar, cellMeans(key));
       layer_.extentY.push_back(bar.low);
       layer_.extentY.push_back(bar.high);
       layer_.extentX.push_back(centre);
@@ -980,6 +1129,7 @@ class LayerMaker {
     struct Place {
       Sample sample;
       std::map<int, double> groups;
+      CaseMeans means;
     };
     std::map<std::pair<double, double>, Place> places;
     Totals totals;
@@ -992,6 +1142,7 @@ class LayerMaker {
       place.sample.cases += weight;
       totals.cases += weight;
       place.groups[group] += weight;
+      addCase(place.means, row, weight);
       if (layer_.shades != nullptr && std::isfinite(layer_.shades->numbers[row])) {
         place.sample.values.push_back(layer_.shades->numbers[row]);
         if (layer_.weights != nullptr) place.sample.weights.push_back(weight);
@@ -1013,7 +1164,9 @@ class LayerMaker {
     }
     double lo = std::numeric_limits<double>::infinity(), hi = -lo;
     for (auto& [at, place] : places) {
-      Tile tile{at.first - w / 2, at.first + w / 2, at.second - h / 2, at.second + h / 2, kNaN, 0};
+      Tile tile{
+          at.first - w / 2,     at.first + w / 2, at.second - h / 2, at.second + h / 2, kNaN, 0,
+          place.means.opacity()};
       if (byValue) {
         tile.value = summarize(summary, place.sample, totals, layer_.summaryArgs);
         if (!std::isfinite(tile.value)) continue;
@@ -1227,6 +1380,7 @@ class LayerMaker {
 
   // Each mark's label, at the mark: the value it draws.
   void labelMarks(Layer& layer) {
+    const Layer& marks = layer;  // reads positions without copying a view
     const auto add = [&](double x, double y, double value) {
       if (std::isfinite(x) && std::isfinite(y) && std::isfinite(value)) {
         layer.labels.push_back({x, y, valueText(value)});
@@ -1234,13 +1388,13 @@ class LayerMaker {
     };
     switch (layer.kind) {
       case LayerKind::kPoints:
-        if (pointLabels_.size() == layer.px.size()) {
-          for (std::size_t i = 0; i < layer.px.size(); ++i) {
-            layer.labels.push_back({layer.px[i], layer.py[i], pointLabels_[i]});
+        if (pointLabels_.size() == marks.px.size()) {
+          for (std::size_t i = 0; i < marks.px.size(); ++i) {
+            layer.labels.push_back({marks.px[i], marks.py[i], pointLabels_[i]});
           }
         } else {
-          for (std::size_t i = 0; i < layer.px.size(); ++i)
-            add(layer.px[i], layer.py[i], layer.py[i]);
+          for (std::size_t i = 0; i < marks.px.size(); ++i)
+            add(marks.px[i], marks.py[i], marks.py[i]);
         }
         break;
       case LayerKind::kLines:
@@ -1278,9 +1432,61 @@ class LayerMaker {
         }
         break;
       case LayerKind::kContours:
-        model_.skip("labeling of contour element " + element_.id);
+        for (const ContourLine& line : layer.contours) labelContour(layer, line);
         break;
     }
+  }
+
+  // Marks of many cases are coloured by their means: the colour key spans
+  // those, not the cases' own values.
+  static void spanShades(Layer& layer) {
+    double lo = std::numeric_limits<double>::infinity(), hi = -lo;
+    const auto seen = [&](double shade) {
+      if (!std::isfinite(shade)) return;
+      lo = std::min(lo, shade);
+      hi = std::max(hi, shade);
+    };
+    for (const Series& s : layer.series) seen(s.shade);
+    for (const Bar& bar : layer.bars) seen(bar.shade);
+    for (const Box& box : layer.boxes) seen(box.shade);
+    for (const ErrorBar& bar : layer.errorBars) seen(bar.shade);
+    if (lo <= hi) {
+      layer.shadeLo = lo;
+      layer.shadeHi = hi;
+    }
+  }
+
+  // A contour line's label, its level, at the middle of the segment nearest
+  // the centre of all its segments: mid-line on an open line, on the near
+  // side of a ring.
+  void labelContour(Layer& layer, const ContourLine& line) const {
+    const std::vector<double>& v = line.segments;
+    const std::size_t n = v.size() / 4;
+    if (n == 0) return;
+    double cx = 0, cy = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+      cx += (v[4 * i] + v[4 * i + 2]) / 2;
+      cy += (v[4 * i + 1] + v[4 * i + 3]) / 2;
+    }
+    cx /= static_cast<double>(n);
+    cy /= static_cast<double>(n);
+    // Distances in shares of each axis's span, so that units do not matter.
+    const double sx = layer.extentX.size() == 2 ? layer.extentX[1] - layer.extentX[0] : 1;
+    const double sy = layer.extentY.size() == 2 ? layer.extentY[1] - layer.extentY[0] : 1;
+    double best = std::numeric_limits<double>::infinity(), bx = 0, by = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+      const double mx = (v[4 * i] + v[4 * i + 2]) / 2, my = (v[4 * i + 1] + v[4 * i + 3]) / 2;
+      const double dx = (mx - cx) / (sx > 0 ? sx : 1), dy = (my - cy) / (sy > 0 ? sy : 1);
+      if (dx * dx + dy * dy < best) {
+        best = dx * dx + dy * dy;
+        bx = mx;
+        by = my;
+      }
+    }
+    ValueFormat format;
+    format.kind = ValueFormat::Kind::kNumber;
+    format.number.maxFractionDigits = 2;
+    layer.labels.push_back({bx, by, formatValue(line.level, format)});
   }
 
   static constexpr std::size_t kNoRows = static_cast<std::size_t>(-1);
@@ -1293,7 +1499,8 @@ class LayerMaker {
   std::string& error_;
   Layer layer_;
   std::size_t rowCount_ = kNoRows;
-  std::vector<std::string> pointLabels_;  // raw points' labels, in point order
+  std::vector<std::string> pointLabels_;               // raw points' labels, in point order
+  std::map<std::pair<double, int>, CaseMeans> means_;  // by the cells of the last gather
   bool labelingBound_ = false;
   const BoundColumn* labelColumn_ = nullptr;
 };

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -35,6 +36,8 @@ enum class LayerKind {
 struct Series {
   std::uint16_t group = 0;
   std::uint16_t style = 0;  // the style-by category: a dash pattern or hatching
+  double alpha = 1;         // the transparency aesthetic's opacity (0..1) of its cases
+  double shade = 0;         // the mean of a continuous colour over its cases (with shades)
   std::vector<double> x, y, y0;
 };
 
@@ -42,6 +45,8 @@ struct Bar {
   double x0 = 0, x1 = 0, y0 = 0, y1 = 0;
   std::uint16_t group = 0;
   std::uint16_t style = 0;
+  double alpha = 1;  // the mean opacity of its cases (transparency aesthetic)
+  double shade = 0;  // the mean of a continuous colour over its cases (with shades)
 };
 
 // A box plot's box at x0..x1 (see boxStats for its parts).
@@ -50,6 +55,8 @@ struct Box {
   BoxStats stats;
   std::uint16_t group = 0;
   std::uint16_t style = 0;
+  double alpha = 1;  // the mean opacity of its cases (transparency aesthetic)
+  double shade = 0;  // the mean of a continuous colour over its cases (with shades)
 };
 
 // An error bar from low to high at x, capped over x0..x1, through `centre`.
@@ -58,6 +65,8 @@ struct ErrorBar {
   double low = 0, centre = 0, high = 0;
   std::uint16_t group = 0;
   std::uint16_t style = 0;
+  double alpha = 1;  // the mean opacity of its cases (transparency aesthetic)
+  double shade = 0;  // the mean of a continuous colour over its cases (with shades)
 };
 
 // A heat map's cell: a rectangle filled by its value's colour (`value` is a
@@ -67,6 +76,7 @@ struct Tile {
   double x0 = 0, x1 = 0, y0 = 0, y1 = 0;
   double value = 0;
   std::uint16_t group = 0;
+  double alpha = 1;  // the mean opacity of its cases (transparency aesthetic)
 };
 
 // A line of equal value: segments (x, y pairs: ax ay bx by) at `level`.
@@ -86,6 +96,58 @@ struct MarkLabel {
 struct OwnColumn {
   Variable variable;
   BoundColumn column;
+};
+
+// A layer's point positions, read as a vector of doubles: values of their
+// own, or a view of a bound column's numbers when every row is drawn as it
+// is (the millions of a big scatter are then not copied). Writing to a view
+// copies it first.
+class Coordinates {
+ public:
+  Coordinates() = default;
+  static Coordinates viewOf(std::span<const double> values) {
+    Coordinates out;
+    out.view_ = values;
+    out.viewing_ = true;
+    return out;
+  }
+
+  bool viewing() const { return viewing_; }
+  std::size_t size() const { return viewing_ ? view_.size() : own_.size(); }
+  bool empty() const { return size() == 0; }
+  const double* data() const { return viewing_ ? view_.data() : own_.data(); }
+  const double* begin() const { return data(); }
+  const double* end() const { return data() + size(); }
+  double operator[](std::size_t i) const { return data()[i]; }
+  double& operator[](std::size_t i) {
+    own();
+    return own_[i];
+  }
+  void push_back(double value) {
+    own();
+    own_.push_back(value);
+  }
+  void reserve(std::size_t n) {
+    own();
+    own_.reserve(n);
+  }
+  void clear() {
+    own_.clear();
+    view_ = {};
+    viewing_ = false;
+  }
+
+ private:
+  void own() {
+    if (!viewing_) return;
+    own_.assign(view_.begin(), view_.end());
+    view_ = {};
+    viewing_ = false;
+  }
+
+  std::vector<double> own_;
+  std::span<const double> view_;
+  bool viewing_ = false;
 };
 
 struct Layer {
@@ -120,7 +182,7 @@ struct Layer {
   bool spans = false;        // bars span their values' range instead of standing on 0
 
   // kPoints; pz in 3-D frames
-  std::vector<double> px, py, pz;
+  Coordinates px, py, pz;
   std::vector<std::uint16_t> pointGroup;
   std::vector<std::uint16_t> pointStyle;  // when styles
   std::vector<double> pointSize;          // when sizes: the size variable's values
@@ -133,6 +195,7 @@ struct Layer {
   // kSlices: one value per group and style, in that order (group g, style s
   // at g * styleCount + s; a pair with no cases: 0)
   std::vector<double> slices;
+  std::vector<double> sliceAlpha;  // with the transparency aesthetic: each slice's opacity
   std::size_t styleCount = 1;
   // kBoxes, kErrorBars, kTiles, kContours
   std::vector<Box> boxes;

@@ -432,6 +432,31 @@ double summarize(Summary summary, std::vector<double>& values, double cases, dou
   return result;
 }
 
+namespace {
+
+// Fences, whiskers and the values beyond them, once the hinges are known.
+void fence(BoxStats& box, const std::vector<double>& sorted) {
+  const double spread = box.upperHinge - box.lowerHinge;
+  const double innerLo = box.lowerHinge - 1.5 * spread, innerHi = box.upperHinge + 1.5 * spread;
+  const double outerLo = box.lowerHinge - 3 * spread, outerHi = box.upperHinge + 3 * spread;
+  box.lowWhisker = box.lowerHinge;
+  box.highWhisker = box.upperHinge;
+  bool lowSet = false;
+  for (const double v : sorted) {
+    if (v < outerLo || v > outerHi) {
+      box.extremes.push_back(v);
+    } else if (v < innerLo || v > innerHi) {
+      box.outliers.push_back(v);
+    } else {
+      if (!lowSet) box.lowWhisker = std::min(v, box.lowerHinge);
+      lowSet = true;
+      box.highWhisker = std::max(v, box.upperHinge);
+    }
+  }
+}
+
+}  // namespace
+
 BoxStats boxStats(std::vector<double>& values) {
   std::sort(values.begin(), values.end());
   const std::size_t n = values.size();
@@ -445,23 +470,44 @@ BoxStats boxStats(std::vector<double>& values) {
   const std::size_t half = (n + 1) / 2;
   box.lowerHinge = medianOf(0, half);
   box.upperHinge = medianOf(n - half, half);
-  const double spread = box.upperHinge - box.lowerHinge;
-  const double innerLo = box.lowerHinge - 1.5 * spread, innerHi = box.upperHinge + 1.5 * spread;
-  const double outerLo = box.lowerHinge - 3 * spread, outerHi = box.upperHinge + 3 * spread;
-  box.lowWhisker = box.lowerHinge;
-  box.highWhisker = box.upperHinge;
-  bool lowSet = false;
-  for (const double v : values) {
-    if (v < outerLo || v > outerHi) {
-      box.extremes.push_back(v);
-    } else if (v < innerLo || v > innerHi) {
-      box.outliers.push_back(v);
-    } else {
-      if (!lowSet) box.lowWhisker = std::min(v, box.lowerHinge);
-      lowSet = true;
-      box.highWhisker = std::max(v, box.upperHinge);
+  fence(box, values);
+  return box;
+}
+
+BoxStats boxStats(std::vector<double>& values, const std::vector<double>& weights) {
+  if (weights.empty()) return boxStats(values);
+  const auto pairs = ordered(values, weights);
+  BoxStats box;
+  if (pairs.empty()) return box;
+  double total = 0;
+  for (const auto& entry : pairs) total += entry.second;
+  // The value at depth d from the bottom: the case whose cumulative weight
+  // first reaches d, a fractional depth interpolating to the next one.
+  const auto at = [&](double rank) {
+    double seen = 0;
+    for (const auto& [value, w] : pairs) {
+      seen += w;
+      if (seen >= rank - 1e-9) return value;
     }
-  }
+    return pairs.back().first;
+  };
+  const auto depth = [&](double d) {
+    d = std::clamp(d, 1.0, std::max(1.0, total));
+    const double whole = std::floor(d);
+    const double low = at(whole);
+    return d > whole ? low + (d - whole) * (at(whole + 1) - low) : low;
+  };
+  // Tukey's depths with W, the total weight, for the count of cases.
+  const double medianDepth = (total + 1) / 2;
+  const double hingeDepth = (std::floor(medianDepth) + 1) / 2;
+  box.median = depth(medianDepth);
+  box.lowerHinge = depth(hingeDepth);
+  box.upperHinge = depth(total + 1 - hingeDepth);
+  std::vector<double> sorted;
+  sorted.reserve(pairs.size());
+  for (const auto& entry : pairs) sorted.push_back(entry.first);
+  fence(box, sorted);
+  values = std::move(sorted);
   return box;
 }
 

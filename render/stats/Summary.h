@@ -107,6 +107,14 @@ struct BoxStats {
 // are Tukey's hinges: the medians of the lower and of the upper half of the
 // ordered values, each half holding the median when their count is odd.
 BoxStats boxStats(std::vector<double>& values);
+// The same over weighted cases, weights read as frequencies: Tukey's depths
+// with the total weight W in place of the count (the median at depth
+// (W + 1) / 2, the hinges at (floor of that + 1) / 2 from either end), the
+// value at a depth being the case whose cumulative weight first reaches it
+// and a half depth the midpoint of two cases. Whole weights so give the
+// hinges of the data with each case repeated; unit weights boxStats's.
+// Cases weighing nothing are left out; no weights: boxStats(values).
+BoxStats boxStats(std::vector<double>& values, const std::vector<double>& weights);
 
 // What an error bar spans around a group's mean.
 enum class Spread {

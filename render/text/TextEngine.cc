@@ -46,6 +46,26 @@ void cleanText(std::string_view in, std::string& out) {
   }
 }
 
+// Which CJK language a text is written in, as far as its characters tell:
+// Hangul is Korean, kana Japanese, Han ideographs without either Chinese.
+enum class Cjk { kNone, kJapanese, kChinese, kKorean };
+
+Cjk cjkOf(const std::string& text) {
+  bool han = false;
+  for (const char* p = text.c_str(); *p != '\0'; p = g_utf8_next_char(p)) {
+    const gunichar c = g_utf8_get_char(p);
+    if (c < 0x1100) continue;
+    if ((c >= 0xAC00 && c <= 0xD7AF) || (c >= 0x1100 && c <= 0x11FF) ||
+        (c >= 0x3130 && c <= 0x318F)) {
+      return Cjk::kKorean;
+    }
+    if ((c >= 0x3040 && c <= 0x30FF) || (c >= 0x31F0 && c <= 0x31FF)) return Cjk::kJapanese;
+    han = han || (c >= 0x4E00 && c <= 0x9FFF) || (c >= 0x3400 && c <= 0x4DBF) ||
+          (c >= 0x20000 && c <= 0x2FFFF);
+  }
+  return han ? Cjk::kChinese : Cjk::kNone;
+}
+
 std::string cacheKey(std::string_view text, const Font& font) {
   std::string key(sizeof font.size + 1, '\0');
   std::memcpy(key.data(), &font.size, sizeof font.size);
@@ -73,6 +93,12 @@ struct TextEngine::Impl {
 
   std::vector<TextLine> lines;
   std::vector<PangoLayoutLine*> layoutLines;
+
+  // The families Chinese and Korean texts ask for: a face fontconfig
+  // holds for the language ahead of the Japanese one, when it has such a
+  // face; else the common list. Found on first use.
+  std::string chineseFamilies, koreanFamilies;
+  bool familiesFound = false;
 
   Impl() {
     fontMap = pango_cairo_font_map_new();
@@ -122,6 +148,17 @@ struct TextEngine::Impl {
     layoutLines.clear();
 
     cleanText(text, laidText);
+    const Cjk cjk = cjkOf(laidText);
+    const char* language = cjk == Cjk::kChinese ? "zh-cn" : cjk == Cjk::kKorean ? "ko" : nullptr;
+    pango_font_description_set_family(description, familiesFor(cjk));
+    // The language also picks among a face's regional glyph forms.
+    PangoAttrList* attributes = pango_attr_list_new();
+    if (language != nullptr) {
+      pango_attr_list_insert(attributes,
+                             pango_attr_language_new(pango_language_from_string(language)));
+    }
+    pango_layout_set_attributes(layout, attributes);
+    pango_attr_list_unref(attributes);
     pango_font_description_set_absolute_size(description,
                                              std::min(font.size, kMaxFontSize) * PANGO_SCALE);
     pango_font_description_set_weight(description,
@@ -137,6 +174,39 @@ struct TextEngine::Impl {
     laidBox.missingGlyphs = pango_layout_get_unknown_glyphs_count(layout) > 0;
     laidKey = std::move(key);
     return true;
+  }
+
+  const char* familiesFor(Cjk cjk) {
+    if (cjk != Cjk::kChinese && cjk != Cjk::kKorean) return familyList();
+    if (!familiesFound) {
+      familiesFound = true;
+      chineseFamilies = familiesWith("zh-cn", 0x4E2D);  // 中
+      koreanFamilies = familiesWith("ko", 0xD55C);      // 한
+    }
+    return (cjk == Cjk::kChinese ? chineseFamilies : koreanFamilies).c_str();
+  }
+
+  // The common list with the face fontconfig chooses for `language` (the one
+  // that draws `sample`) ahead of the Japanese face, when that face is
+  // another one.
+  std::string familiesWith(const char* language, gunichar sample) {
+    const std::string common = familyList();
+    PangoFontDescription* generic = pango_font_description_from_string("sans-serif");
+    PangoFontset* fontset =
+        pango_context_load_fontset(context, generic, pango_language_from_string(language));
+    pango_font_description_free(generic);
+    if (fontset == nullptr) return common;
+    std::string family;
+    if (PangoFont* font = pango_fontset_get_font(fontset, sample)) {
+      PangoFontDescription* described = pango_font_describe(font);
+      if (const char* name = pango_font_description_get_family(described)) family = name;
+      pango_font_description_free(described);
+      g_object_unref(font);
+    }
+    g_object_unref(fontset);
+    if (family.empty() || common.find(family) != std::string::npos) return common;
+    const std::size_t comma = common.find(',');
+    return common.substr(0, comma) + ", " + family + common.substr(comma);
   }
 
   // The lines of the laid-out text, placed within its box: each line's
@@ -174,6 +244,16 @@ TextEngine::~TextEngine() = default;
 
 const char* TextEngine::familyList() {
   return "DejaVu Sans, Noto Sans CJK JP, sans-serif";
+}
+
+std::string TextEngine::familiesOf(std::string_view text) {
+  try {
+    std::string cleaned;
+    cleanText(text, cleaned);
+    return impl_->familiesFor(cjkOf(cleaned));
+  } catch (...) {
+    return familyList();
+  }
 }
 
 TextBox TextEngine::measure(std::string_view text, const Font& font) {

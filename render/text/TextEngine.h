@@ -6,6 +6,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <string_view>
 
 #include "scene/Scene.h"
@@ -56,6 +57,10 @@ class TextEngine {
   // The font family names the engine asks for, for writers of text that is
   // not drawn here (SVG): "DejaVu Sans, ...".
   static const char* familyList();
+  // Those it draws `text` with: familyList(), or for a Chinese or Korean
+  // text (by its characters: Hangul, or Han without kana) the face
+  // fontconfig holds for that language ahead of the Japanese one.
+  std::string familiesOf(std::string_view text);
 
  private:
   struct Impl;
