@@ -7,7 +7,8 @@
 // Beyond not crashing, the host's readers must agree: the SAX check and the
 // DOM parser accept the same texts (but for nesting deeper than the DOM
 // parser allows), and a document that was read prints as a well-formed
-// document that reads back and prints the same.
+// document that reads back and prints the same. The full check (the chart
+// schema and the references) calls well formed what the SAX check does.
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -25,6 +26,7 @@
 #include "chartxml/host/ChartBase.h"
 #include "chartxml/host/ChartException.h"
 #include "chartxml/host/ChartPrinter.h"
+#include "chartxml/host/DocumentCheck.h"
 #include "chartxml/host/XDocument.h"
 
 namespace {
@@ -100,6 +102,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string text(reinterpret_cast<const char*>(data), size);
   const bool wellFormed = ChartBase::ValidXML(text);
   const Dom dom = parseDom(text);
+  // Well-formedness alone, then everything: the latter must merely survive.
+  const bool checkedWellFormed = cxhost::checkChartDocument(text, {"", false}).empty();
+  if (checkedWellFormed != wellFormed && dom != Dom::TooDeep) {
+    fail(wellFormed ? "the document check calls ill formed what the SAX check accepts"
+                    : "the document check calls well formed what the SAX check refuses",
+         text);
+  }
+  static const cxhost::CheckOptions kFullCheck{cxhost::shippedSchemaPath(), true};
+  cxhost::checkChartDocument(text, kFullCheck);
   if (dom != Dom::TooDeep && wellFormed != (dom == Dom::Accepted)) {
     fail(wellFormed ? "the check accepts what the DOM parser refuses"
                     : "the DOM parser accepts what the check refuses",

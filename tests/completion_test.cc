@@ -150,8 +150,9 @@ TEST_F(CompletionTest, IciclePlotsAreCustomisedByKind) {
   const int frame = cx->AddFrame(chart, 0, -1);
   cx->AddElement(chart, frame, 20, -1);  // interval
   // The model's graphs are frames with dimensions.
-  cx->getChart(chart)->getElementById(u"frame1")->appendChild(
-      cx->getChart(chart)->createElement(u"dimension"));
+  xercesc::DOMElement* dimension = cx->getChart(chart)->createElement(u"dimension");
+  dimension->setAttribute(u"role", u"x");
+  cx->getChart(chart)->getElementById(u"frame1")->appendChild(dimension);
   EXPECT_EQ(cx->SetChartType(chart, 2), 1);
   EXPECT_EQ(cx->EndChart(chart), 0);
   ASSERT_EQ(cxh_sent_count(), 1);
@@ -178,8 +179,9 @@ TEST_F(CompletionTest, ModelAdjustmentsBeforeSending) {
     dimension->setAttribute(u"sameRatio", u"trueCentered");
     owner->appendChild(dimension);
   }
-  static_cast<xercesc::DOMElement*>(owner->getFirstChild())
-      ->appendChild(doc->createElement(u"axis"));
+  xercesc::DOMElement* axis = doc->createElement(u"axis");
+  axis->setAttribute(u"id", u"axis_by_hand");
+  static_cast<xercesc::DOMElement*>(owner->getFirstChild())->appendChild(axis);
   ASSERT_GT(graph, 0);
   ASSERT_GT(labels, 0);
   EXPECT_EQ(cx->EndChart(chart), 0);

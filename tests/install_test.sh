@@ -250,6 +250,20 @@ for picture in "$work"/demo/chart-*.png; do
 done
 [ "$pictures" -ge 9 ] || fail "chartxml demo drew $pictures pictures, not 9"
 
+# The tool checks documents against the schema installed beside the tables:
+# the demo's are valid, and once the moved tree's schema no longer knows
+# points, a chart of points is refused by it.
+schema=$(find "$moved" -path '*/chartxml/schema/chart.xsd' -print -quit)
+[ -n "$schema" ] || fail "no chart schema in the install tree"
+(cd / && "$tool" check "$work"/demo/chart-*.xml >"$work/check.log" 2>&1) ||
+  fail "the demo's charts are not valid: $(cat "$work/check.log")"
+sed -i '/<xs:enumeration value="point"\/>/d' "$schema"
+points=$(grep -l 'type="point"' "$work"/demo/chart-*.xml | head -n 1)
+if (cd / && "$tool" check "$points" >"$work/check.log" 2>&1); then
+  fail "chartxml check did not use the moved tree's schema"
+fi
+grep -qF "'point'" "$work/check.log" || fail "the refusal does not name the point: $(cat "$work/check.log")"
+
 # With its tables gone, the tool says where it looked rather than showing keys.
 mkdir -p "$work/no-tables"
 CHARTXML_QUIET=0 CHARTXML_STRINGS=$work/no-tables "$tool" demo --out "$work/demo-without" \
@@ -257,4 +271,4 @@ CHARTXML_QUIET=0 CHARTXML_STRINGS=$work/no-tables "$tool" demo --out "$work/demo
 grep -qF "no string tables in $work/no-tables" "$work/demo-without.log" ||
   fail "chartxml demo without tables does not say so: $(cat "$work/demo-without.log")"
 
-echo "install test: the moved tree served CMake, pkg-config and chartxml demo"
+echo "install test: the moved tree served CMake, pkg-config, chartxml demo and check"

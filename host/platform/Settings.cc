@@ -19,6 +19,7 @@ struct Overrides {
   std::optional<std::string> stringTables;
   std::optional<std::string> outputDir;
   std::optional<bool> quiet;
+  std::optional<bool> validate;
   bool bootstrapping = false;
 };
 
@@ -65,18 +66,20 @@ const std::vector<std::filesystem::path>& loadedFrom() {
 }
 [[maybe_unused]] const auto& kLoadedFrom = loadedFrom();
 
-std::string shippedStringTables() {
-  // The tables installed with the library, found from where the library is
-  // now, so that an install tree works wherever it has been moved; then the
-  // source tree's, which serve the library in its build tree.
+// A file or folder shipped with the host (`relative` under its data folder):
+// the installed one, found from where the library is now, so that an install
+// tree works wherever it has been moved; else the source tree's, which
+// serves the library in its build tree.
+std::string shippedData(const char* relative) {
   std::error_code ec;
   for (const std::filesystem::path& folder : loadedFrom()) {
     // Whatever lies beside the build tree is no install of this build.
     if (std::filesystem::equivalent(folder, CHARTXML_BUILD_LIBRARY_DIR, ec)) break;
-    const std::filesystem::path tables = (folder / CHARTXML_STRINGS_FROM_LIBDIR).lexically_normal();
-    if (std::filesystem::is_directory(tables, ec)) return tables.string();
+    const std::filesystem::path shipped =
+        (folder / CHARTXML_DATA_FROM_LIBDIR / relative).lexically_normal();
+    if (std::filesystem::exists(shipped, ec)) return shipped.string();
   }
-  return CHARTXML_SOURCE_STRINGS_DIR;
+  return (std::filesystem::path(CHARTXML_SOURCE_DATA_DIR) / relative).string();
 }
 
 }  // namespace
@@ -90,7 +93,11 @@ std::string codePage() {
 }
 
 std::string stringTables() {
-  return resolve(overrides().stringTables, "CHARTXML_STRINGS", shippedStringTables());
+  return resolve(overrides().stringTables, "CHARTXML_STRINGS", shippedData("strings"));
+}
+
+std::string shippedDataFile(const char* relative) {
+  return shippedData(relative);
 }
 
 std::string outputDir() {
@@ -101,11 +108,22 @@ bool bootstrapping() {
   return overrides().bootstrapping;
 }
 
-bool quiet() {
-  if (overrides().quiet) return *overrides().quiet;
-  // Any value but "0" turns echoing off, so CHARTXML_QUIET=yes works too.
-  const char* env = std::getenv("CHARTXML_QUIET");
+namespace {
+// A switch: the setter's value, else any value of VARIABLE but "0" (so
+// CHARTXML_QUIET=yes works too), else off.
+bool flag(const std::optional<bool>& set, const char* variable) {
+  if (set) return *set;
+  const char* env = std::getenv(variable);
   return env != nullptr && *env != '\0' && std::strcmp(env, "0") != 0;
+}
+}  // namespace
+
+bool quiet() {
+  return flag(overrides().quiet, "CHARTXML_QUIET");
+}
+
+bool validate() {
+  return flag(overrides().validate, "CHARTXML_VALIDATE");
 }
 
 const char* codePageForLanguage(const std::string& language) {
@@ -143,6 +161,14 @@ void setQuiet(int on) {
     overrides().quiet.reset();
   } else {
     overrides().quiet = on != 0;
+  }
+}
+
+void setValidate(int on) {
+  if (on < 0) {
+    overrides().validate.reset();
+  } else {
+    overrides().validate = on != 0;
   }
 }
 

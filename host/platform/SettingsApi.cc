@@ -25,4 +25,9 @@ void cxh_set_quiet(int on) {
   cxhost::settings::setQuiet(on);
 }
 
+// A negative value forgets the setting, so CHARTXML_VALIDATE applies again.
+void cxh_set_validate(int on) {
+  cxhost::settings::setValidate(on);
+}
+
 }  // extern "C"

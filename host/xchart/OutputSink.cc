@@ -11,6 +11,7 @@
 #include <system_error>
 
 #include "chartutl/ReportLog.h"
+#include "chartxml/host/DocumentCheck.h"
 #include "platform/Settings.h"
 
 namespace cxhost {
@@ -88,6 +89,18 @@ bool writeFiles(const SentChart& chart, const std::filesystem::path& folder) {
   return written;
 }
 
+// A host that validates what it receives refuses a document with any
+// finding, and says where each is.
+bool passesCheck(const std::string& xml) {
+  const std::vector<CheckFinding> findings = checkChartDocument(xml, {shippedSchemaPath(), true});
+  for (const CheckFinding& finding : findings) {
+    report("chart document refused at line " + std::to_string(finding.line) + ", column " +
+               std::to_string(finding.column) + ": " + finding.message,
+           kSource, __LINE__);
+  }
+  return findings.empty();
+}
+
 }  // namespace
 
 const std::string* SentChart::csv(std::string_view source) const {
@@ -113,6 +126,7 @@ std::deque<SentChart>& sentCharts() {
 }
 
 bool sendChart(SentChart chart) {
+  if (settings::validate() && !passesCheck(chart.xml)) return false;
   const std::string folder = settings::outputDir();
   if (!folder.empty()) nextNumber = std::max(nextNumber, highestNumberIn(folder) + 1);
   chart.number = nextNumber++;

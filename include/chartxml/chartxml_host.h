@@ -3,7 +3,8 @@
  *
  * Rules:
  * 1. Settings made here win over the environment (CHARTXML_LANG,
- *    CHARTXML_CODEPAGE, CHARTXML_STRINGS, CHARTXML_OUTPUT, CHARTXML_QUIET),
+ *    CHARTXML_CODEPAGE, CHARTXML_STRINGS, CHARTXML_OUTPUT, CHARTXML_QUIET,
+ *    CHARTXML_VALIDATE),
  *    which wins over the built-in defaults. NULL restores the default.
  *    Settings that the library reads when its instance is made (language,
  *    code page, string tables) take effect for the next instance.
@@ -29,6 +30,10 @@ CHARTXML_EXPORT void cxh_set_string_tables(const char* dir);
 CHARTXML_EXPORT void cxh_set_code_page(const char* name); /* the default multibyte code page */
 CHARTXML_EXPORT void cxh_set_bootstrapping(int on);
 CHARTXML_EXPORT void cxh_set_quiet(int on); /* 1: reports are not echoed to standard error */
+/* 1: every chart sent is checked first (cxh_check_xml with the schema); a
+ * document with a finding is refused: each finding is reported, the chart is
+ * neither kept nor written and the send fails. Off by default. */
+CHARTXML_EXPORT void cxh_set_validate(int on);
 /* Where sent charts are written (chart-NNNN.xml and chart-NNNN.SOURCE.csv,
  * numbered after the highest chart number already in the folder);
  * NULL: keep them in memory only. */
@@ -107,6 +112,14 @@ CHARTXML_EXPORT void cxh_clear_debug(void);
 /* The document of a chart still being built, as GetXmlBuffer gives it ("" if
  * there is no such chart). Provided by libchartxml. */
 CHARTXML_EXPORT const char* cxh_chart_xml(int64_t chart);
+
+/* Checks the chart document XML (UTF-8, NUL-terminated): well formed, valid
+ * against the chart schema when USE_SCHEMA is not 0 (the installed
+ * data/schema/chart.xsd; CHARTXML_SCHEMA names another), and every reference
+ * in it names a part of the right kind. Each finding is reported to the
+ * report log as "LINE:COLUMN: MESSAGE". Returns the number of findings (0:
+ * the document passed); -1 when XML is NULL. */
+CHARTXML_EXPORT int cxh_check_xml(const char* xml, int use_schema);
 
 /* Charts the host has been sent, oldest first. */
 CHARTXML_EXPORT int cxh_sent_count(void);

@@ -279,6 +279,9 @@ int Chart::AddFacetStyle(int element, int whenText, int styleText) {
   DOMElement* facetStyle = document()->createElement(kFacetStyle);
   facetStyle->setAttribute(kWhen, when.c_str());
   facetStyle->setAttribute(KytoUni::_style, style.c_str());
+  // The style it names must exist for the reference to hold; several facet
+  // styles may share one.
+  addStyle(styleContainer_, style.c_str());
   insertChild(
       owner, facetStyle,
       {KytoUni::_position, KytoUni::_x, KytoUni::_y, KytoUni::_z, KytoUni::_theta, KytoUni::_r,

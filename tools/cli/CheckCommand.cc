@@ -1,5 +1,6 @@
-// chartxml check FILE.xml...: whether each file is a well-formed XML document,
-// as the host's parser sees it (no DTD, no external entity is read).
+// chartxml check FILE.xml...: whether each file is a chart document a host
+// can trust: well formed (no DTD, no external entity is read), valid against
+// the chart schema, and with every reference naming a part of the right kind.
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -8,25 +9,31 @@
 #include <fstream>
 #include <sstream>
 
-#include "chartxml/chartxml_host.h"
-#include "chartxml/cx.h"
-#include "chartxml/host/ChartBase.h"
+#include "chartxml/host/DocumentCheck.h"
 #include "cli/Args.h"
 #include "cli/Commands.h"
 
 namespace chartxml::cli {
 namespace {
 
-constexpr std::array<Option, 0> kOptions{};
+constexpr std::array kOptions{
+    Option{"no-schema", "", "check only that each file is well formed"},
+    Option{"schema", "FILE", "check against this schema instead of the installed chart schema"},
+};
 
 constexpr const char* kHelpText =
-    "usage: chartxml check FILE.xml...\n"
+    "usage: chartxml check [--no-schema | --schema FILE] FILE.xml...\n"
     "\n"
-    "Tells whether each file is a well-formed XML document. A file that is not\n"
-    "is named on standard error with the line and column of its first error,\n"
-    "as FILE:LINE:COLUMN: MESSAGE.\n"
+    "Checks each file as a host should check a chart document before it trusts\n"
+    "it: that it is well formed XML (no DTD, no external entity is read), that\n"
+    "it is valid against the chart schema (installed with the library as\n"
+    "share/chartxml/schema/chart.xsd), and that every reference in it (a\n"
+    "variable, domain, source, style, style cycle or legend target) names a\n"
+    "part of the document of the right kind. Each finding is printed on\n"
+    "standard error as FILE:LINE:COLUMN: MESSAGE; a file that passes is named\n"
+    "on standard output as FILE: valid.\n"
     "\n"
-    "Exit status: 0 every file is well formed, 1 a file is not or cannot be\n"
+    "Exit status: 0 every file passes, 1 a file has a finding or cannot be\n"
     "read, 2 the command line is wrong.\n"
     "\n"
     "options:\n";
@@ -48,21 +55,6 @@ bool readFile(const std::string& path, std::string& content, std::string& error)
   return true;
 }
 
-// The host reports "XML is not well-formed at line L, column C: MESSAGE";
-// that becomes "FILE:L:C: MESSAGE".
-std::string placeError(const std::string& path, const std::string& report) {
-  long line = 0;
-  long column = 0;
-  int consumed = 0;
-  if (std::sscanf(report.c_str(), "XML is not well-formed at line %ld, column %ld: %n", &line,
-                  &column, &consumed) == 2 &&
-      consumed > 0) {
-    return path + ":" + std::to_string(line) + ":" + std::to_string(column) +
-           ": not well formed: " + report.substr(static_cast<std::size_t>(consumed));
-  }
-  return path + ": not well formed: " + report;
-}
-
 }  // namespace
 
 int runCheck(std::span<char* const> args) {
@@ -78,10 +70,16 @@ int runCheck(std::span<char* const> args) {
                     kExitUsage);
   }
 
-  // The library's instance brings up the XML platform the host parses with.
-  VORN_FortranDictionary* none = nullptr;
-  const int64_t length = 5;
-  CX_INIT(nullptr, &none, "CHECK", &length);
+  if (parsed->has("no-schema") && parsed->value("schema")) {
+    return complain("check", "--no-schema and --schema exclude each other", kExitUsage);
+  }
+  // --no-schema keeps to well-formedness, as the command checked before it
+  // knew the vocabulary.
+  cxhost::CheckOptions options;
+  options.references = !parsed->has("no-schema");
+  if (options.references) {
+    options.schemaPath = parsed->value("schema").value_or(cxhost::shippedSchemaPath());
+  }
   int status = kExitOk;
   for (const std::string& path : parsed->positional) {
     std::string text;
@@ -89,15 +87,18 @@ int runCheck(std::span<char* const> args) {
       status = complain("check", error, kExitFailure);
       continue;
     }
-    const int mark = cxh_report_count();
-    if (ChartBase::ValidXML(text)) {
-      std::printf("%s: well formed\n", path.c_str());
+    const auto findings = cxhost::checkChartDocument(text, options);
+    if (findings.empty()) {
+      std::printf("%s: %s\n", path.c_str(), options.references ? "valid" : "well formed");
       continue;
     }
-    const std::string report = mark < cxh_report_count() ? cxh_report_message(mark) : "";
-    status = complain("check", placeError(path, report), kExitFailure);
+    for (const cxhost::CheckFinding& finding : findings) {
+      const std::string place = finding.line == 0 ? std::string()
+                                                  : ":" + std::to_string(finding.line) + ":" +
+                                                        std::to_string(finding.column);
+      status = complain("check", path + place + ": " + finding.message, kExitFailure);
+    }
   }
-  CX_TERMINATE();
   return status;
 }
 
