@@ -104,6 +104,16 @@ int main(void) {
   const char* rows = cxh_sent_data_csv(0, "source0");
   check(contains(rows, "\n1,2.5,north\n2,,south\n3,7,north\n"), "the data rows");
 
+  /* What was sent passes the host's check; a reference to nothing does not,
+   * and is reported where it is. */
+  check(cxh_check_xml(xml, 1) == 0, "the sent chart is valid");
+  check(cxh_check_xml(NULL, 1) == -1, "no document is refused");
+  cxh_clear_reports();
+  check(cxh_check_xml("<visualization><frame id=\"f\" style=\"none\"/></visualization>", 0) == 1 &&
+            contains(cxh_report_message(0), "1:44: dangling reference: style=\"none\""),
+        "a dangling style found at its place");
+  cxh_clear_reports();
+
   /* The host draws what it was sent, whole or not at all. */
   char picture[64];
   snprintf(picture, sizeof picture, "/tmp/cx_c_test_%ld.png", (long)getpid());
