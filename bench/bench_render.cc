@@ -7,19 +7,17 @@
 //   bench_render --benchmark_filter=1000000   the 1M ones only
 #include <benchmark/benchmark.h>
 
-#include <malloc.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <map>
-#include <new>
 #include <string>
 
+#include "bench_support.h"
 #include "chartxml/chartxml_host.h"
 #include "chartxml/cx.h"
 #include "chartxml/render.h"
@@ -27,34 +25,6 @@
 #include "read/DataTable.h"
 
 namespace {
-
-// Bytes the program holds through operator new, and the most it held since
-// the last reset: the renderer's own memory, as the C++ library sees it.
-std::atomic<std::int64_t> liveBytes{0};
-std::atomic<std::int64_t> peakBytes{0};
-
-void resetPeak() {
-  peakBytes.store(liveBytes.load());
-}
-
-// The process's peak resident memory since the last resetRssPeak, and its
-// resident memory now, in bytes (Linux /proc): this counts what C libraries
-// (cairo, pango, zlib) take with malloc too.
-std::int64_t statusField(const char* field) {
-  std::ifstream in("/proc/self/status");
-  std::string line;
-  const std::string prefix = std::string(field) + ":";
-  while (std::getline(in, line)) {
-    if (line.compare(0, prefix.size(), prefix) == 0) {
-      return std::atoll(line.c_str() + prefix.size()) * 1024;
-    }
-  }
-  return 0;
-}
-
-void resetRssPeak() {
-  std::ofstream("/proc/self/clear_refs") << "5";
-}
 
 constexpr int kGroups = 5;
 
@@ -177,10 +147,10 @@ void drawScatter(benchmark::State& state, chartxml::PictureFormat format) {
   std::int64_t peak = 0, rssPeak = 0;
   std::size_t bytes = 0;
   for (auto _ : state) {
-    resetPeak();
-    const std::int64_t before = liveBytes.load();
-    resetRssPeak();
-    const std::int64_t rssBefore = statusField("VmRSS");
+    bench::resetPeak();
+    const std::int64_t before = bench::liveBytes();
+    bench::resetRssPeak();
+    const std::int64_t rssBefore = bench::statusField("VmRSS");
     const bool loaded = renderer.loadSent(chart);
     const auto picture = loaded ? renderer.picture(format) : std::nullopt;
     if (!picture) {
@@ -188,8 +158,8 @@ void drawScatter(benchmark::State& state, chartxml::PictureFormat format) {
       return;
     }
     bytes = picture->size();
-    peak = std::max(peak, peakBytes.load() - before);
-    rssPeak = std::max(rssPeak, statusField("VmHWM") - rssBefore);
+    peak = std::max(peak, bench::peakBytes() - before);
+    rssPeak = std::max(rssPeak, bench::statusField("VmHWM") - rssBefore);
   }
   Figures& f =
       figures[(format == chartxml::PictureFormat::kPng ? "png/" : "svg/") + std::to_string(points)];
@@ -271,79 +241,45 @@ void BM_BlitPoints(benchmark::State& state) {
 }
 BENCHMARK(BM_BlitPoints)->Arg(1000000)->Unit(benchmark::kMillisecond)->UseRealTime();
 
-// Keeps each benchmark's mean wall time per iteration.
-class Recorder : public benchmark::ConsoleReporter {
- public:
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const Run& run : runs) {
-      if (run.run_type != Run::RT_Iteration || run.error_occurred) continue;
-      // "BM_ScatterPng/1000000/min_time:2.000/real_time" is "png/1000000".
-      std::string name = run.benchmark_name();
-      const bool png = name.rfind("BM_ScatterPng/", 0) == 0;
-      name = name.substr(name.find('/') + 1);
-      name = (png ? "png/" : "svg/") + name.substr(0, name.find('/'));
-      figures[name].seconds = run.GetAdjustedRealTime() / 1e3;  // the unit is milliseconds
-    }
-    ConsoleReporter::ReportRuns(runs);
-  }
-};
-
-bool check(const std::string& what, double value, double limit, const char* unit) {
-  const bool ok = value <= limit;
-  std::printf("%-50s %10.4g %-6s (goal <= %g) %s\n", what.c_str(), value, unit, limit,
-              ok ? "ok" : "MISSED");
-  return ok;
-}
-
 }  // namespace
-
-// Blocks are counted at their usable size, the same on the way in and out.
-void* operator new(std::size_t size) {
-  void* block = std::malloc(size == 0 ? 1 : size);
-  if (block == nullptr) throw std::bad_alloc();
-  const auto bytes = static_cast<std::int64_t>(malloc_usable_size(block));
-  const std::int64_t live = liveBytes.fetch_add(bytes) + bytes;
-  std::int64_t peak = peakBytes.load();
-  while (live > peak && !peakBytes.compare_exchange_weak(peak, live)) {
-  }
-  return block;
-}
-void operator delete(void* p) noexcept {
-  if (p == nullptr) return;
-  liveBytes.fetch_sub(static_cast<std::int64_t>(malloc_usable_size(p)));
-  std::free(p);
-}
-void operator delete(void* p, std::size_t) noexcept {
-  operator delete(p);
-}
 
 int main(int argc, char** argv) {
   cxh_set_quiet(1);
   cxh_set_output_dir(nullptr);
   cxh_set_string_tables(CHARTXML_SOURCE_STRINGS_DIR);
   benchmark::Initialize(&argc, argv);
-  Recorder recorder;
+  bench::Recorder recorder;
   benchmark::RunSpecifiedBenchmarks(&recorder);
+  // "BM_ScatterPng/1000000/min_time:2.000/real_time" is "png/1000000"; the
+  // unit is milliseconds.
+  for (const auto& [run, times] : recorder.times) {
+    const std::size_t slash = run.find('/');
+    const std::string kind = run.rfind("BM_ScatterPng/", 0) == 0   ? "png/"
+                             : run.rfind("BM_ScatterSvg/", 0) == 0 ? "svg/"
+                                                                   : "";
+    if (kind.empty()) continue;
+    const std::string points = run.substr(slash + 1, run.find('/', slash + 1) - slash - 1);
+    figures[kind + points].seconds = times.real / 1e3;
+  }
 
   bool ok = true;
   std::printf("\n");
   const auto have = [](const char* name) { return figures.count(name) > 0; };
   if (have("png/1000000")) {
     const Figures& f = figures["png/1000000"];
-    ok &= check("1M points, 5 groups, sent chart to PNG: time", f.seconds, 0.1, "s");
-    ok &= check("  peak memory (operator new)", f.peakMb, 60, "MB");
-    ok &= check("  new resident memory (whole process)", f.rssPeakMb, 60, "MB");
+    ok &= bench::check("1M points, 5 groups, sent chart to PNG: time", f.seconds, 0.1, "s");
+    ok &= bench::check("  peak memory (operator new)", f.peakMb, 60, "MB");
+    ok &= bench::check("  new resident memory (whole process)", f.rssPeakMb, 60, "MB");
   }
   if (have("png/10000000")) {
     const Figures& f = figures["png/10000000"];
-    ok &= check("10M points, 5 groups, sent chart to PNG: time", f.seconds, 1.0, "s");
-    ok &= check("  peak memory (operator new)", f.peakMb, 400, "MB");
-    ok &= check("  new resident memory (whole process)", f.rssPeakMb, 400, "MB");
+    ok &= bench::check("10M points, 5 groups, sent chart to PNG: time", f.seconds, 1.0, "s");
+    ok &= bench::check("  peak memory (operator new)", f.peakMb, 400, "MB");
+    ok &= bench::check("  new resident memory (whole process)", f.rssPeakMb, 400, "MB");
   }
   if (have("svg/1000000")) {
     const Figures& f = figures["svg/1000000"];
-    ok &= check("1M points to SVG: bytes per point", f.bytesPerPoint, 16, "B");
+    ok &= bench::check("1M points to SVG: bytes per point", f.bytesPerPoint, 16, "B");
   }
-  std::printf("\n%s\n", ok ? "all goals met" : "some goals MISSED");
-  return ok ? 0 : 1;
+  return bench::verdict(ok);
 }
