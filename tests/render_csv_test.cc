@@ -56,7 +56,9 @@ TEST(RenderCsvNumbers, ShortcutRoundsAsTheGeneralReader) {
     if (text.find("e-300") == std::string::npos && text.find("e+200") == std::string::npos) {
       EXPECT_TRUE(fast) << text;
     }
-    if (fast) EXPECT_EQ(bitsOf(value), bitsOf(generalRead(text))) << text;
+    if (fast) {
+      EXPECT_EQ(bitsOf(value), bitsOf(generalRead(text))) << text;
+    }
   }
   // Not decimals of the shortcut's form: the general reader decides.
   for (const char* text : {"", "-", ".5", "5.", "1e", "1e+", "+1", "1,5", "1 ", "inf", "0x10",
@@ -159,7 +161,9 @@ TEST(RenderCsvHalves, BigFileReadsAsAStraightReadWould) {
     }
     // Texts in order of first appearance, each once, wherever the halves meet.
     EXPECT_EQ(c.texts, expectedTexts);
-    if (firstText == kRows) EXPECT_TRUE(c.textIndex.empty());
+    if (firstText == kRows) {
+      EXPECT_TRUE(c.textIndex.empty());
+    }
   }
 }
 

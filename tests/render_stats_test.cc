@@ -60,10 +60,11 @@ TEST(RenderData, ReadsNumbersTextsAndMissingCellsAsTheSinkWritesThem) {
   EXPECT_EQ(*q.text(0), "123");
   EXPECT_EQ(*q.text(1), "inf");
   EXPECT_EQ(q.numbers[2], 4);
-  EXPECT_EQ(std::vector<double>(quoted->columns[1].numbers.begin(), quoted->columns[1].numbers.end()),
-            (std::vector<double>{std::numeric_limits<double>::infinity(),
-                                 std::numeric_limits<double>::infinity(),
-                                 -std::numeric_limits<double>::infinity()}));
+  EXPECT_EQ(
+      std::vector<double>(quoted->columns[1].numbers.begin(), quoted->columns[1].numbers.end()),
+      (std::vector<double>{std::numeric_limits<double>::infinity(),
+                           std::numeric_limits<double>::infinity(),
+                           -std::numeric_limits<double>::infinity()}));
   // Old Mac line ends, also inside a quoted field.
   const auto mac = readCsv("a\r\"x\ry\"\r2\r", "d.csv", error);
   ASSERT_TRUE(mac) << error;

@@ -16,12 +16,13 @@ std::string language();      // CHARTXML_LANG, default "en"
 std::string codePage();      // CHARTXML_CODEPAGE, default "UTF-8"
 std::string stringTables();  // CHARTXML_STRINGS, default the shipped tables
 std::string outputDir();     // CHARTXML_OUTPUT, default "" (memory only)
-// A file shipped with the host, such as "schema/chart.xsd", found as the
-// string tables are (whether or not it exists).
-std::string shippedDataFile(const char* relative);
 bool bootstrapping();        // set only through cxh_set_bootstrapping
 bool quiet();                // CHARTXML_QUIET=1, default false
 bool validate();             // CHARTXML_VALIDATE=1, default false
+
+// A file shipped with the host, such as "schema/chart.xsd", found as the
+// string tables are (whether or not it exists).
+std::string shippedDataFile(const char* relative);
 
 // The code page that an output-language code selects for string-table texts.
 const char* codePageForLanguage(const std::string& language);
