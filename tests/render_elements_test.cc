@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <map>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -306,6 +308,41 @@ TEST_F(RenderElements, CollidingLabelsAreHiddenWhenTheElementSaysSo) {
   };
   EXPECT_EQ(labelled(""), (std::vector<std::string>{"A", "B", "C"}));
   EXPECT_EQ(labelled(" showCollidingLabels=\"false\""), (std::vector<std::string>{"A", "C"}));
+}
+
+// Labels of marks on the panel's edge stay inside it, where the panel would
+// clip them: the top one goes below its point, the side ones along the edge.
+TEST_F(RenderElements, LabelsAtThePanelsEdgeMoveInside) {
+  const std::string edges =
+      "<dimension role=\"x\"><axis id=\"axis_x\"><majorTicks/></axis></dimension>"
+      "<dimension role=\"y\"><axis id=\"axis_y\"><majorTicks/></axis></dimension>";
+  const std::string xml =
+      document(kXY + variable("vn", "N", true),
+               edges +
+                   "<element id=\"e\" type=\"point\"><x variable=\"vx\"/><y variable=\"vy\"/>"
+                   "<labeling variable=\"vn\"/></element>");
+  const std::string picture = draw(xml, "X,Y,N\n0,0,Lowest\n10,10,Highest\n");
+  std::smatch clip;
+  ASSERT_TRUE(
+      std::regex_search(picture, clip,
+                        std::regex(R"re(<clipPath id="clip\d+"><rect x="([\d.]+)" y="([\d.]+)" )re"
+                                   R"re(width="([\d.]+)" height="([\d.]+)")re")));
+  const double left = std::stod(clip[1]), top = std::stod(clip[2]);
+  const double right = left + std::stod(clip[3]);
+  std::map<std::string, std::pair<double, double>> at;  // left end and baseline of each label
+  const std::regex label(R"re(class="mark-label"[^>]*><tspan x="([\d.]+)" y="([\d.]+)">(\w+)<)re");
+  for (auto it = std::sregex_iterator(picture.begin(), picture.end(), label);
+       it != std::sregex_iterator(); ++it) {
+    at[(*it)[3]] = {std::stod((*it)[1]), std::stod((*it)[2])};
+  }
+  ASSERT_EQ(at.size(), 2u) << picture;
+  // "Lowest", centred on the panel's left edge, would start half its width
+  // left of it; it starts at the edge.
+  EXPECT_NEAR(at["Lowest"].first, left, 0.5);
+  // "Highest" sits on the top edge: its baseline is below the point by the
+  // gap and a line of 10-pixel text, and its right end is inside.
+  EXPECT_GT(at["Highest"].second, top + 10);
+  EXPECT_LT(at["Highest"].first, right - 30);
 }
 
 TEST_F(RenderElements, LabelsShowTheValueEachMarkDraws) {

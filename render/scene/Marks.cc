@@ -389,6 +389,23 @@ void drawContours(Scene& scene, const Layer& layer, const PanelView& view) {
 
 constexpr Font kMarkLabelFont{10, false};
 
+// A label that would cross the panel's edge, where the panel clips it, moves
+// inside: below its mark when there is no room above it, else along the edge.
+void keepInside(TextItem& item, Rect& box, const Rect& area, double markY) {
+  if (box.y < area.y && item.vAlign == 1) {
+    const double gap = markY - item.y;  // between the mark and the text
+    item.vAlign = 0;
+    item.y = markY + gap;
+    box.y = item.y;
+  }
+  const double dx = std::max(area.x - box.x, 0.0) - std::max(box.right() - area.right(), 0.0);
+  const double dy = std::max(area.y - box.y, 0.0) - std::max(box.bottom() - area.bottom(), 0.0);
+  item.x += dx;
+  box.x += dx;
+  item.y += dy;
+  box.y += dy;
+}
+
 // Labels at their marks: above points, lines and bars (beside them when the
 // frame is transposed), in the middle of boxes and cells.
 void drawLabels(Scene& scene, const Layer& layer, const PanelView& view, LabelRoom* room) {
@@ -434,8 +451,9 @@ void drawLabels(Scene& scene, const Layer& layer, const PanelView& view, LabelRo
     item.role = "mark-label";
     if (room != nullptr && room->text != nullptr) {
       const TextBox measured = room->text->measure(item.text, item.font);
-      const Rect box{item.x - item.hAlign * measured.width, item.y - item.vAlign * measured.height,
-                     measured.width, measured.height};
+      Rect box{item.x - item.hAlign * measured.width, item.y - item.vAlign * measured.height,
+               measured.width, measured.height};
+      keepInside(item, box, view.area, view.py(label.x, label.y));
       if (hide && room->collides(box)) continue;
       room->place(box);
       if (layer.kind == LayerKind::kContours) {
