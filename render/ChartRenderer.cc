@@ -5,10 +5,8 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <map>
 #include <set>
-#include <sstream>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -19,6 +17,7 @@
 #include "device/Devices.h"
 #include "model/ModelBuilder.h"
 #include "read/DataTable.h"
+#include "read/FileText.h"
 #include "read/XmlTree.h"
 #include "scene/SceneBuilder.h"
 #include "text/TextEngine.h"
@@ -44,41 +43,6 @@ std::string fileNamePart(std::string_view source) {
     out += kept ? c : '_';
   }
   return out.empty() ? "_" : out;
-}
-
-std::optional<std::string> readWholeFile(const std::string& path, std::string& error) {
-  std::error_code ec;
-  if (std::filesystem::is_directory(path, ec)) {
-    error = path + ": is a folder, not a file";
-    return std::nullopt;
-  }
-  const auto size = std::filesystem::file_size(path, ec);
-  if (!ec && size > kMaxFileBytes) {
-    error = path + ": is too large to be a chart's file (" + std::to_string(size) + " bytes)";
-    return std::nullopt;
-  }
-  std::ifstream in(path, std::ios::binary);
-  if (!in) {
-    error = path + ": cannot open: " + std::strerror(errno);
-    return std::nullopt;
-  }
-  // In one read of the size the file has: a data file of millions of rows
-  // read through a growing stream is copied over and over.
-  std::string text(ec ? 0 : static_cast<std::size_t>(size), '\0');
-  in.read(text.data(), static_cast<std::streamsize>(text.size()));
-  text.resize(static_cast<std::size_t>(in.gcount()));
-  if (!in.bad()) {
-    // Whatever the file grew by since its size was taken.
-    in.clear();
-    std::ostringstream rest;
-    rest << in.rdbuf();
-    text += std::move(rest).str();
-  }
-  if (in.bad()) {
-    error = path + ": cannot read: " + std::strerror(errno);
-    return std::nullopt;
-  }
-  return text;
 }
 
 // Writes `bytes` to `path` through a temporary file in the same folder,
@@ -148,10 +112,16 @@ struct ChartRenderer::Impl {
   std::unique_ptr<render::TextEngine> text;
 
   using OriginOf = std::function<std::string(const std::string& source)>;
+  // What holds a source's text while it is read, when the text had to be
+  // read or made: a file's bytes, or a caller's text.
+  struct SourceStore {
+    render::FileText file;
+    std::string text;
+  };
   // The CSV text of a source, or nothing: a view of the host's memory, or
-  // of `storage` when the text had to be read or made.
+  // of `storage`.
   using DataView = std::function<std::optional<std::string_view>(const std::string& source,
-                                                                 std::string& storage)>;
+                                                                 SourceStore& storage)>;
 
   // Loads a document from `text` with its data from `data`.
   bool loadView(std::string_view text, const std::string& name, const DataView& data) {
@@ -168,11 +138,11 @@ struct ChartRenderer::Impl {
 
   static DataView viewOf(const DataLookup& data) {
     return [&data](const std::string& source,
-                   std::string& storage) -> std::optional<std::string_view> {
+                   SourceStore& storage) -> std::optional<std::string_view> {
       std::optional<std::string> csv = data(source);
       if (!csv) return std::nullopt;
-      storage = std::move(*csv);
-      return std::string_view(storage);
+      storage.text = std::move(*csv);
+      return std::string_view(storage.text);
     };
   }
 
@@ -213,7 +183,7 @@ struct ChartRenderer::Impl {
     std::map<std::string, DataTable> tables;
     for (const std::string& source : used) {
       const std::string origin = originOf(source);
-      std::string storage;
+      SourceStore storage;
       const std::optional<std::string_view> csv = data(source, storage);
       if (!csv)
         return fail(origin + ": not found (the data of source '" + source + "' of " + name + ")");
@@ -243,7 +213,7 @@ ChartRenderer::~ChartRenderer() = default;
 bool ChartRenderer::loadFile(const std::string& documentPath, const std::string& dataDir) {
   try {
     impl_->error.clear();
-    const auto document = readWholeFile(documentPath, impl_->error);
+    const auto document = render::readFileText(documentPath, kMaxFileBytes, impl_->error);
     if (!document) return impl_->fail(impl_->error);
     const std::filesystem::path path(documentPath);
     const std::filesystem::path folder =
@@ -252,16 +222,18 @@ bool ChartRenderer::loadFile(const std::string& documentPath, const std::string&
     const auto fileOf = [&](const std::string& source) {
       return (folder / (stem + "." + fileNamePart(source) + ".csv")).string();
     };
-    std::string dataError;
-    const DataLookup data = [&](const std::string& source) -> std::optional<std::string> {
+    const Impl::DataView data = [&](const std::string& source,
+                                    Impl::SourceStore& storage) -> std::optional<std::string_view> {
       const std::string file = fileOf(source);
       std::error_code ec;
       if (!std::filesystem::exists(file, ec)) return std::nullopt;
-      auto text = readWholeFile(file, dataError);
+      std::string dataError;
+      auto text = render::readFileText(file, kMaxFileBytes, dataError);
       if (!text) throw std::runtime_error(dataError);
-      return text;
+      storage.file = std::move(*text);
+      return storage.file.view();
     };
-    return impl_->load(*document, documentPath, Impl::viewOf(data), fileOf);
+    return impl_->load(document->view(), documentPath, data, fileOf);
   } catch (const std::bad_alloc&) {
     return impl_->fail(documentPath + ": out of memory");
   } catch (const std::exception& e) {
@@ -284,7 +256,7 @@ bool ChartRenderer::loadSent(int i) {
   const char* document = cxh_sent_xml(i);
   return impl_->loadView(
       document, name,
-      [i](const std::string& source, std::string&) -> std::optional<std::string_view> {
+      [i](const std::string& source, Impl::SourceStore&) -> std::optional<std::string_view> {
         const char* csv = cxh_sent_data_csv(i, source.c_str());
         if (csv == nullptr) return std::nullopt;
         return std::string_view(csv);

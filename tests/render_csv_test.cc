@@ -8,11 +8,13 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "read/DataTable.h"
+#include "read/FileText.h"
 
 namespace {
 
@@ -181,3 +183,45 @@ TEST(RenderCsvHalves, FaultInTheSecondHalfNamesItsLine) {
 }
 
 }  // namespace
+
+namespace chartxml::render {
+namespace {
+
+TEST(RenderFiles, ReadWholeOrSayWhy) {
+  std::string error;
+  EXPECT_FALSE(readFileText("/nonexistent/data.csv", 1 << 20, error));
+  EXPECT_EQ(error, "/nonexistent/data.csv: cannot open: No such file or directory");
+  EXPECT_FALSE(readFileText("/tmp", 1 << 20, error));
+  EXPECT_EQ(error, "/tmp: is a folder, not a file");
+
+  // Larger than a large block, so it lands in one; and then over a limit.
+  const std::string path = ::testing::TempDir() + "render_files_big.csv";
+  std::string text;
+  for (int i = 0; text.size() < 3 * kLargeBlockBytes; ++i) text += std::to_string(i) + ",x\n";
+  {
+    std::FILE* file = std::fopen(path.c_str(), "wb");
+    ASSERT_NE(file, nullptr);
+    ASSERT_EQ(std::fwrite(text.data(), 1, text.size(), file), text.size());
+    std::fclose(file);
+  }
+  const auto read = readFileText(path, text.size(), error);
+  ASSERT_TRUE(read) << error;
+  EXPECT_TRUE(read->view() == text);
+  EXPECT_FALSE(readFileText(path, text.size() - 1, error));
+  EXPECT_EQ(error, path + ": is too large to be a chart's file (" + std::to_string(text.size()) +
+                       " bytes)");
+  std::remove(path.c_str());
+
+  // A stream of unknown length (a pipe) is read to its end, and held to the limit too.
+  std::FILE* pipe = popen("seq 1 100000", "r");
+  ASSERT_NE(pipe, nullptr);
+  const std::string fromPipe = "/dev/fd/" + std::to_string(fileno(pipe));
+  const auto streamed = readFileText(fromPipe, 1 << 20, error);
+  pclose(pipe);
+  ASSERT_TRUE(streamed) << error;
+  EXPECT_EQ(streamed->bytes.size(), 588895u) << "the digits and line ends of 1..100000";
+  EXPECT_TRUE(streamed->view().substr(streamed->bytes.size() - 7) == "100000\n");
+}
+
+}  // namespace
+}  // namespace chartxml::render

@@ -107,8 +107,8 @@ PointBatch points(MarkerShape shape, double size, std::vector<float> x, std::vec
   PointBatch batch;
   batch.shape = shape;
   batch.size = size;
-  batch.x = std::move(x);
-  batch.y = std::move(y);
+  batch.x.assign(x.begin(), x.end());
+  batch.y.assign(y.begin(), y.end());
   batch.palette = std::move(palette);
   return batch;
 }

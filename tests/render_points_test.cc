@@ -66,7 +66,7 @@ PointBatch batch(double size, std::vector<Color> palette,
     out.x.push_back(x);
     out.y.push_back(y);
   }
-  out.colorIndex = std::move(colors);
+  out.colorIndex.assign(colors.begin(), colors.end());
   out.role = "mark point";
   return out;
 }
@@ -280,6 +280,39 @@ TEST(RenderPoints, SvgKeepsOverlappingMarkersInTheirOrder) {
   ASSERT_TRUE(blueLeft >= 0 && redRight >= 0) << "every dot is written";
   EXPECT_LT(blueLeft, redLeft);
   EXPECT_LT(redRight, blueRight);
+}
+
+TEST(RenderPoints, MarkersBlendAlikeWhetherFourPixelsGoAtOnceOrOne) {
+  // Translucent markers close to the clip's right edge at x = 40, but not
+  // reaching it: their masks, widened to eight pixels, would cross it, so
+  // they blend a pixel at a time; with the clip at the image's edge they
+  // blend four at a time. Left of x = 40 the pixels must agree.
+  PointBatch dots;
+  dots.size = 5;
+  dots.palette = {{230, 159, 0, 90}, {0, 114, 178, 200}};
+  for (int i = 0; i < 400; ++i) {
+    dots.x.push_back(35.5f + static_cast<float>(i % 7) * 0.25f);
+    dots.y.push_back(4 + static_cast<float>(i % 37));
+    dots.colorIndex.push_back(static_cast<std::uint16_t>(i % 2));
+  }
+  constexpr int kWidth = 64, kHeight = 48, kStride = 4 * kWidth;
+  std::vector<std::uint32_t> narrow(kWidth * kHeight, 0xFFFFFFFFu), wide = narrow;
+  const auto image = [](std::vector<std::uint32_t>& pixels) {
+    return device::PixelImage{reinterpret_cast<unsigned char*>(pixels.data()), kWidth, kHeight,
+                              kStride};
+  };
+  ASSERT_TRUE(device::blitPoints(dots, {}, {0, 0, 40, kHeight}, image(narrow)));
+  ASSERT_TRUE(device::blitPoints(dots, {}, {0, 0, kWidth, kHeight}, image(wide)));
+  int differ = 0, drawn = 0;
+  for (int y = 0; y < kHeight; ++y) {
+    for (int x = 0; x < 40; ++x) {
+      const std::size_t at = static_cast<std::size_t>(y * kWidth + x);
+      differ += narrow[at] != wide[at];
+      drawn += wide[at] != 0xFFFFFFFFu;
+    }
+  }
+  EXPECT_EQ(differ, 0);
+  EXPECT_GT(drawn, 200) << "the markers drew";
 }
 
 TEST(RenderPoints, TwoThreadsBlendTheSamePixelsAsOne) {

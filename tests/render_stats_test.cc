@@ -146,8 +146,21 @@ TEST(RenderData, CategoriesComeInValueOrderWithTheirLabels) {
   // Numbers by value (2 before 10), then texts in byte order.
   EXPECT_EQ(categories->categories.keys, (std::vector<std::string>{"2", "10", "a", "b"}));
   EXPECT_EQ(categories->categories.labels, (std::vector<std::string>{"Two", "10", "a", "Bee"}));
-  EXPECT_EQ(categories->codes, (std::vector<std::int32_t>{3, 1, 0, 2, 0, -1}));
+  EXPECT_EQ(categories->codes, (LargeVector<std::int32_t>{3, 1, 0, 2, 0, -1}));
   EXPECT_EQ(binder.bind("v", true, error), categories) << "bound once";
+
+  // Numbers alone, few of them (group codes): missing cells stay -1 and an
+  // infinity is a category past every number.
+  ChartModel numeric = modelOf(
+      "<visualization><variable id=\"g\" source=\"t\" sourceName=\"G\" "
+      "categorical=\"true\"/></visualization>");
+  std::map<std::string, DataTable> groups;
+  groups.emplace("t", *readCsv("G\n3\n1\n\n2.5\n1\ninf\n-0\n", "t.csv", error));
+  DataBinder groupBinder(numeric, groups);
+  const BoundColumn* bound = groupBinder.bind("g", true, error);
+  ASSERT_NE(bound, nullptr) << error;
+  EXPECT_EQ(bound->categories.keys, (std::vector<std::string>{"-0", "1", "2.5", "3", "inf"}));
+  EXPECT_EQ(bound->codes, (LargeVector<std::int32_t>{3, 1, -1, 2, 1, 4, 0}));
 
   EXPECT_EQ(binder.bind("n", false, error), nullptr);
   EXPECT_EQ(error,

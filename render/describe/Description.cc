@@ -8,6 +8,7 @@
 #include <optional>
 #include <vector>
 
+#include "scales/Extent.h"
 #include "stats/Layers.h"
 
 namespace chartxml::render {
@@ -126,9 +127,32 @@ const BoundColumn* anyColumn(const Layer& layer) {
   return nullptr;
 }
 
+void addAll(Range& range, const Coordinates& values) {
+  Extent extent{range.lo, range.hi};
+  widen(extent, values.data(), values.size());
+  range.lo = extent.lo;
+  range.hi = extent.hi;
+}
+
 void tallyRows(const Panel& panel, const Layer& layer, Tally& tally) {
   const BoundColumn* some = anyColumn(layer);
   if (some == nullptr) return;
+  // A scatter whose positions view its columns draws every row, each
+  // checked for its positions and group when the layer was made: the
+  // tally needs no second look at each row.
+  if (panel.allRows && layer.kind == LayerKind::kPoints && layer.px.viewing() &&
+      layer.py.viewing() && !layer.summary && !layer.countsOnY && layer.z == nullptr &&
+      layer.styles == nullptr) {
+    tally.cases += layer.px.size();
+    addAll(tally.x, layer.px);
+    addAll(tally.y, layer.py);
+    if (layer.groups != nullptr) {
+      for (const std::uint16_t group : layer.pointGroup) {
+        if (group < tally.groupCases.size()) ++tally.groupCases[group];
+      }
+    }
+    return;
+  }
   // Points need every position; summaries, counts and lines only the place
   // they stand at (a missing y still counts, or breaks a line).
   const bool everyPosition = layer.kind == LayerKind::kPoints && !layer.summary;

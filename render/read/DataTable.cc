@@ -109,8 +109,17 @@ bool decimalToDouble(std::uint64_t m, int e10, bool negative, double& value) {
   const std::uint64_t d = kPowersOf5[static_cast<std::size_t>(k)];
   const int shift = 63 + (64 - std::countl_zero(d)) - (64 - std::countl_zero(m));
   const Wide n = Wide{m} << shift;
-  const auto q = static_cast<std::uint64_t>(n / d);
-  const bool remainder = n - Wide{q} * d != 0;
+  // The quotient fits in 64 bits (n < 2^(63 + bits(d)) and d >= 2^(bits(d) - 1)):
+  // one hardware division does, where the 128-bit one is a slow library call.
+  std::uint64_t q, r;
+#if defined(__x86_64__)
+  const auto high = static_cast<std::uint64_t>(n >> 64), low = static_cast<std::uint64_t>(n);
+  __asm__("divq %4" : "=a"(q), "=d"(r) : "a"(low), "d"(high), "r"(d));
+#else
+  q = static_cast<std::uint64_t>(n / d);
+  r = static_cast<std::uint64_t>(n - Wide{q} * d);
+#endif
+  const bool remainder = r != 0;
   return roundBinary(q, -shift - k, remainder, negative, value);
 }
 
@@ -118,11 +127,7 @@ inline bool isDigit(char c) {
   return static_cast<unsigned char>(c - '0') < 10;
 }
 
-// Whether the eight bytes of `word` are all digits, and their value.
-inline bool eightDigits(std::uint64_t word) {
-  return (((word + 0x4646464646464646ULL) | (word - 0x3030303030303030ULL)) &
-          0x8080808080808080ULL) == 0;
-}
+// The value of eight digits.
 inline std::uint32_t valueOfEight(std::uint64_t word) {
   // The first digit is the lowest byte: pairs, then fours, then all eight.
   word -= 0x3030303030303030ULL;
@@ -132,6 +137,19 @@ inline std::uint32_t valueOfEight(std::uint64_t word) {
          32;
   return static_cast<std::uint32_t>(word);
 }
+
+// How many of the eight bytes of `word` are digits before the first that
+// is not (8 when all are). A borrow or carry only runs from a byte into
+// later ones, past the first that is not a digit, so the first flagged
+// byte is the first non-digit.
+inline int digitRun(std::uint64_t word) {
+  const std::uint64_t flags =
+      ((word + 0x4646464646464646ULL) | (word - 0x3030303030303030ULL)) & 0x8080808080808080ULL;
+  return flags == 0 ? 8 : std::countr_zero(flags) >> 3;
+}
+
+constexpr std::uint64_t kPowersOf10Int[] = {1,      10,      100,      1000,     10000,
+                                            100000, 1000000, 10000000, 100000000};
 
 // Adds the digits at `p` to `m` (at most 19 significant ones in all,
 // counted in `digits`), lowering `e10` by one for each when they are a
@@ -143,14 +161,20 @@ const char* scanDigits(const char* p, const char* end, std::uint64_t& m, int& di
     for (; p != end && *p == '0'; ++p) e10 -= fraction;
   }
   if constexpr (std::endian::native == std::endian::little) {
-    while (end - p >= 8 && digits <= 11) {
+    // Up to eight digits a step: the run's bytes move to the top of the
+    // word behind '0's, which leaves their value as it is.
+    while (end - p >= 8) {
       std::uint64_t word;
       std::memcpy(&word, p, 8);
-      if (!eightDigits(word)) break;
-      m = m * 100000000 + valueOfEight(word);
-      digits += 8;
-      e10 -= fraction ? 8 : 0;
-      p += 8;
+      const int n = digitRun(word);
+      if (n == 0) return p;
+      if (digits + n > 19) break;
+      if (n < 8) word = word << (8 * (8 - n)) | 0x3030303030303030ULL >> (8 * n);
+      m = m * kPowersOf10Int[n] + valueOfEight(word);
+      digits += n;
+      e10 -= fraction ? n : 0;
+      p += n;
+      if (n < 8) return p;
     }
   }
   for (; p != end && isDigit(*p); ++p) {

@@ -18,30 +18,11 @@
 #include <utility>
 #include <vector>
 
+#include "read/LargeBuffer.h"
+
 namespace chartxml::render {
 
-// Leaves elements uninitialised when a vector grows by resize(): the reader
-// writes every number it keeps, and a column of millions of numbers is then
-// touched once, by the thread that fills it, not zeroed first.
-template <class T>
-struct UninitializedAllocator : std::allocator<T> {
-  template <class U>
-  struct rebind {
-    using other = UninitializedAllocator<U>;
-  };
-  UninitializedAllocator() = default;
-  template <class U>
-  UninitializedAllocator(const UninitializedAllocator<U>&) noexcept {}
-  template <class U, class... Args>
-  void construct(U* p, Args&&... args) {
-    if constexpr (sizeof...(Args) == 0) {
-      ::new (static_cast<void*>(p)) U;
-    } else {
-      ::new (static_cast<void*>(p)) U(std::forward<Args>(args)...);
-    }
-  }
-};
-using NumberVector = std::vector<double, UninitializedAllocator<double>>;
+using NumberVector = LargeVector<double>;
 
 struct DataColumn {
   std::string name;

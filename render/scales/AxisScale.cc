@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "scales/DateTicks.h"
+#include "scales/Extent.h"
 #include "scales/Ticks.h"
 
 namespace chartxml::render {
@@ -16,6 +17,17 @@ void AxisScale::train(double value) {
   }
   lo_ = std::min(lo_, value);
   hi_ = std::max(hi_, value);
+}
+
+void AxisScale::trainAll(const double* values, std::size_t count) {
+  if (kind_ == Kind::kLog) {
+    for (std::size_t i = 0; i < count; ++i) train(values[i]);
+    return;
+  }
+  Extent extent{lo_, hi_};
+  widen(extent, values, count);
+  lo_ = extent.lo;
+  hi_ = extent.hi;
 }
 
 namespace {

@@ -22,6 +22,8 @@ class AxisScale {
   // Extends the trained range to hold `value` (non-finite values are ignored,
   // and so are values a log scale cannot show, which are counted).
   void train(double value);
+  // train(values[i]) for each of `count` values, at the speed of a copy.
+  void trainAll(const double* values, std::size_t count);
   // The scale shows categories: positions 0..n-1, each in a band of width 1.
   void useCategories(const Categories& categories);
   // Values that bars stand on: kept at the edge of the range, no margin past them.

@@ -53,7 +53,87 @@ double sizeStep(double size) {
   return std::round(size * 4) / 4;
 }
 
+// The batch's look: its colours (each in every step of opacity with the
+// transparency aesthetic) and outline.
+void dressBatch(PointBatch& batch, const Layer& layer, const PointLook& look, std::size_t groups) {
+  batch.role = "mark point";
+  const std::size_t colours = layer.shades ? kGradientSteps : groups;
+  for (std::size_t g = 0; g < colours; ++g) {
+    const Color color =
+        layer.shades
+            ? gradientColor(static_cast<double>(g) / static_cast<double>(kGradientSteps - 1))
+            : groupColor(layer, g);
+    const Color drawn = layer.element->hollow ? Color{color.r, color.g, color.b, 40}
+                        : layer.sizes         ? withAlpha(color, 190)
+                                              : withAlpha(color, look.alpha);
+    if (layer.transparency == nullptr) {
+      batch.palette.push_back(drawn);
+      continue;
+    }
+    // Each colour in every step of opacity: colour g, step k at g * steps + k.
+    for (std::size_t k = 0; k < kAlphaSteps; ++k) {
+      batch.palette.push_back(withAlpha(
+          drawn, static_cast<std::uint8_t>(std::lround(drawn.a * alphaOfStep(k) / 255.0))));
+    }
+  }
+  if (look.outlined || layer.sizes) batch.outline = {Color{255, 255, 255, 255}, 0.6, {}, false};
+}
+
+// The pixels along one side of a panel of a linear (or date) scale's
+// values: as PanelView places them, one value after another.
+void placeLinear(const Coordinates& values, const AxisScale& scale, double start, double length,
+                 bool upward, LargeVector<float>& out) {
+  const double lo = scale.lo(), span = scale.hi() - scale.lo();
+  out.resize(values.size());
+  const double* in = values.data();
+  float* to = out.data();
+  if (upward) {
+    for (std::size_t i = 0; i < values.size(); ++i) {
+      to[i] = static_cast<float>(start - (in[i] - lo) / span * length);
+    }
+  } else {
+    for (std::size_t i = 0; i < values.size(); ++i) {
+      to[i] = static_cast<float>(start + (in[i] - lo) / span * length);
+    }
+  }
+}
+
+bool linearScale(const AxisScale& scale) {
+  return scale.kind() == AxisScale::Kind::kLinear || scale.kind() == AxisScale::Kind::kDate;
+}
+
+// Points of one look in one batch, placed a column at a time: the common
+// scatter of many points. False, with nothing drawn, for any other.
+bool drawPlainPoints(Scene& scene, const Layer& layer, const PanelView& view,
+                     const PointLook& look) {
+  if (layer.styles || layer.sizes || layer.shades || layer.transparency || !linearScale(*view.x) ||
+      !linearScale(*view.y)) {
+    return false;
+  }
+  const std::size_t groups = groupCount(layer);
+  const MarkerShape shape = groupShape(layer, 0);
+  for (std::size_t g = 1; g < groups; ++g) {
+    if (groupShape(layer, g) != shape) return false;
+  }
+  for (const std::uint16_t group : layer.pointGroup) {
+    if (group >= groups) return false;
+  }
+  PointBatch batch;
+  batch.shape = shape;
+  batch.size = look.size;
+  dressBatch(batch, layer, look, groups);
+  const Rect& area = view.area;
+  placeLinear(view.transposed ? layer.py : layer.px, view.horizontal(), area.x, area.width, false,
+              batch.x);
+  placeLinear(view.transposed ? layer.px : layer.py, view.vertical(), area.bottom(), area.height,
+              true, batch.y);
+  batch.colorIndex = layer.pointGroup;
+  scene.items.emplace_back(std::move(batch));
+  return true;
+}
+
 void drawPoints(Scene& scene, const Layer& layer, const PanelView& view, const PointLook& look) {
+  if (drawPlainPoints(scene, layer, view, look)) return;
   const std::size_t groups = groupCount(layer);
   // One batch per shape and size: shapes tell style-by categories apart, or
   // colour groups past the distinct colours; sizes come from the size aesthetic.
@@ -84,27 +164,7 @@ void drawPoints(Scene& scene, const Layer& layer, const PanelView& view, const P
       PointBatch batch;
       batch.shape = shape;
       batch.size = size;
-      batch.role = "mark point";
-      const std::size_t colours = layer.shades ? kGradientSteps : groups;
-      for (std::size_t g = 0; g < colours; ++g) {
-        const Color color =
-            layer.shades
-                ? gradientColor(static_cast<double>(g) / static_cast<double>(kGradientSteps - 1))
-                : groupColor(layer, g);
-        const Color drawn = layer.element->hollow ? Color{color.r, color.g, color.b, 40}
-                            : layer.sizes         ? withAlpha(color, 190)
-                                                  : withAlpha(color, look.alpha);
-        if (layer.transparency == nullptr) {
-          batch.palette.push_back(drawn);
-          continue;
-        }
-        // Each colour in every step of opacity: colour g, step k at g * steps + k.
-        for (std::size_t k = 0; k < kAlphaSteps; ++k) {
-          batch.palette.push_back(withAlpha(
-              drawn, static_cast<std::uint8_t>(std::lround(drawn.a * alphaOfStep(k) / 255.0))));
-        }
-      }
-      if (look.outlined || layer.sizes) batch.outline = {Color{255, 255, 255, 255}, 0.6, {}, false};
+      dressBatch(batch, layer, look, groups);
       if (layer.sizes == nullptr && layer.styles == nullptr) {
         // One size and, mostly, one shape: room for every point.
         batch.x.reserve(layer.px.size());

@@ -10,6 +10,8 @@
 #include <variant>
 #include <vector>
 
+#include "read/LargeBuffer.h"
+
 namespace chartxml::render {
 
 // A colour with straight (not premultiplied) alpha.
@@ -73,8 +75,8 @@ enum class MarkerShape : std::uint8_t { kCircle, kSquare, kTriangle, kDiamond, k
 struct PointBatch {
   MarkerShape shape = MarkerShape::kCircle;
   double size = 7;  // the marker's diameter (or side) in pixels
-  std::vector<float> x, y;
-  std::vector<std::uint16_t> colorIndex;  // one per point; empty: every point palette[0]
+  LargeVector<float> x, y;
+  LargeVector<std::uint16_t> colorIndex;  // one per point; empty: every point palette[0]
   std::vector<Color> palette;
   Stroke outline;  // drawn around each marker when its width is above 0
   std::string role;

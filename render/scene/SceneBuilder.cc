@@ -262,9 +262,8 @@ class Builder {
 
   static void trainOn(AxisScale& scale, const Layer& layer, Role role) {
     const bool x = role == Role::kX;
-    for (const double value : x ? layer.px : role == Role::kY ? layer.py : layer.pz) {
-      scale.train(value);
-    }
+    const Coordinates& points = x ? layer.px : role == Role::kY ? layer.py : layer.pz;
+    scale.trainAll(points.data(), points.size());
     if (role == Role::kZ) return;
     for (const Series& series : layer.series) {
       for (const double value : x ? series.x : series.y) scale.train(value);

@@ -1,6 +1,7 @@
 #include "stats/Binding.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -60,6 +61,21 @@ void bindCategories(const DataColumn& column, const Variable& variable, BoundCol
     out.categories.labels.push_back(label ? *label : key);
   }
   out.codes.resize(rows, -1);
+  // Few numbers and no texts, the usual group variable: a value's code is
+  // how many categories lie below it, counted without a search.
+  constexpr std::size_t kCounted = 16;
+  if (column.texts.empty() && numbers.size() <= kCounted) {
+    std::array<double, kCounted> below;
+    below.fill(std::numeric_limits<double>::infinity());
+    std::copy(numbers.begin(), numbers.end(), below.begin());
+    for (std::size_t row = 0; row < rows; ++row) {
+      const double value = column.numbers[row];
+      std::int32_t code = 0;
+      for (const double category : below) code += category < value;
+      out.codes[row] = std::isnan(value) ? -1 : code;
+    }
+    return;
+  }
   for (std::size_t row = 0; row < rows; ++row) {
     if (const std::string* text = column.text(row); text != nullptr) {
       out.codes[row] = textCode[static_cast<std::size_t>(column.textIndex[row])];

@@ -11,6 +11,7 @@
 
 #include "model/ChartModel.h"
 #include "read/DataTable.h"
+#include "read/LargeBuffer.h"
 
 namespace chartxml::render {
 
@@ -29,7 +30,7 @@ struct BoundColumn {
   // Continuous: one per row, NaN when missing: the data table's own numbers,
   // which outlive the binding (a million rows are not copied).
   std::span<const double> numbers;
-  std::vector<std::int32_t> codes;  // categorical: one per row, -1 when missing
+  LargeVector<std::int32_t> codes;  // categorical: one per row, -1 when missing
   Categories categories;
 
   std::size_t rows() const { return categorical ? codes.size() : numbers.size(); }

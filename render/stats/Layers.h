@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "model/ChartModel.h"
+#include "read/LargeBuffer.h"
 #include "stats/Binding.h"
 #include "stats/Summary.h"
 
@@ -183,7 +184,7 @@ struct Layer {
 
   // kPoints; pz in 3-D frames
   Coordinates px, py, pz;
-  std::vector<std::uint16_t> pointGroup;
+  LargeVector<std::uint16_t> pointGroup;
   std::vector<std::uint16_t> pointStyle;  // when styles
   std::vector<double> pointSize;          // when sizes: the size variable's values
   std::vector<double> pointShade;         // when shades: the colour variable's values
