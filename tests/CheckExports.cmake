@@ -1,7 +1,7 @@
-# Fails unless the library exports every entry-point name of the list
-# (names separated by blanks and line breaks; "#" starts a comment line),
-# under exactly that name.
-# Usage: cmake -DNM=nm -DLIBRARY=libchartxml.so -DEXPECTED=cx_exports.txt -P CheckExports.cmake
+# Fails unless the library exports exactly the entry points of the table of
+# operations (src/chartxml/CxOperations.def): each of its CX_FORWARD and
+# CX_STEPS lines under exactly its name, and no other CX_ name.
+# Usage: cmake -DNM=nm -DLIBRARY=libchartxml.so -DTABLE=CxOperations.def -P CheckExports.cmake
 execute_process(COMMAND ${NM} -D --defined-only ${LIBRARY}
   OUTPUT_VARIABLE symbols RESULT_VARIABLE status)
 if(NOT status EQUAL 0)
@@ -14,12 +14,16 @@ foreach(line IN LISTS defined)
   list(APPEND exported "${name}")
 endforeach()
 
-file(STRINGS ${EXPECTED} lines REGEX "^[^#]")
+file(STRINGS ${TABLE} lines REGEX "^CX_(FORWARD|STEPS)\\(")
 set(expected "")
 foreach(line IN LISTS lines)
-  string(REGEX MATCHALL "[^ \t]+" names "${line}")
-  list(APPEND expected ${names})
+  string(REGEX REPLACE "^CX_(FORWARD|STEPS)\\(([A-Z0-9_]+).*" "CX_\\2" name "${line}")
+  list(APPEND expected "${name}")
 endforeach()
+list(LENGTH expected count)
+if(count LESS 100)
+  message(FATAL_ERROR "only ${count} entry points read from ${TABLE}")
+endif()
 set(missing "")
 foreach(name IN LISTS expected)
   list(FIND exported "${name}" at)
@@ -27,8 +31,19 @@ foreach(name IN LISTS expected)
     list(APPEND missing "${name}")
   endif()
 endforeach()
-list(LENGTH expected count)
+set(unlisted "")
+foreach(name IN LISTS exported)
+  if(name MATCHES "^CX_")
+    list(FIND expected "${name}" at)
+    if(at EQUAL -1)
+      list(APPEND unlisted "${name}")
+    endif()
+  endif()
+endforeach()
 if(missing)
   message(FATAL_ERROR "not exported: ${missing}")
 endif()
-message(STATUS "all ${count} entry points exported")
+if(unlisted)
+  message(FATAL_ERROR "exported but not in the table: ${unlisted}")
+endif()
+message(STATUS "all ${count} entry points exported, none besides")

@@ -33,85 +33,19 @@ extern "C" {
 
 // ---- Strings ---------------------------------------------------------------
 
-int64_t CX_STRING(const void*, const char* text, const int64_t* textLength) {
-  return call(__func__, &ChartXml::NStringNoTranslate, Text{text, textLength});
-}
-
-int64_t CX_NSTRINGNOTRANSLATE(const char* text, const int64_t* textLength) {
-  return call(__func__, &ChartXml::NStringNoTranslate, Text{text, textLength});
-}
-
-int64_t CX_NSTRING(const void*, const char* key, const int64_t* keyLength) {
-  return call(__func__, &ChartXml::NString, Text{key, keyLength});
-}
-
-int64_t CX_COMPOSITESTRING(const char* key, const int64_t* keyLength) {
-  return call(__func__, &ChartXml::CompositeString, Text{key, keyLength});
-}
-
-int64_t CX_ADDPARAMETER(const int64_t* composite, const int64_t* parameter) {
-  return call(__func__, &ChartXml::AddParameter, composite, parameter);
-}
-
-int64_t CX_BEGINREPEAT(const int64_t* composite) {
-  return call(__func__, &ChartXml::BeginRepeat, composite);
-}
-
-int64_t CX_ENDREPEAT(const int64_t* composite) {
-  return call(__func__, &ChartXml::EndRepeat, composite);
-}
-
-int64_t CX_ENDCOMPOSITESTRING(const int64_t* composite) {
-  return call(__func__, &ChartXml::EndCompositeString, composite);
-}
-
-int64_t CX_STYLESTRING(const int64_t* string, const int64_t* index) {
-  return call(__func__, &ChartXml::StyleString, string, index);
-}
-
-int64_t CX_TOTS(const int64_t* string) {
-  return call(__func__, &ChartXml::ToTS, string);
-}
-
 // ---- Numbers and value texts -------------------------------------------------
-
-int64_t CX_DOUBLE(const double* value) {
-  return call(__func__, &ChartXml::Double, value);
-}
 
 int64_t CX_INTEGER(const void*, const int64_t* value) {
   static const int64_t kNoFormat = -1;
   return integerValue(__func__, value, &kNoFormat, &ChartXml::LRValue);
 }
 
-int64_t CX_LRVALUE(const double* value, const int64_t* format) {
-  return call(__func__, &ChartXml::LRValue, value, format);
-}
-
 int64_t CX_IVALUE(const void*, const int64_t* value, const int64_t* format) {
   return integerValue(__func__, value, format, &ChartXml::LRValue);
 }
 
-int64_t CX_LRVALUEASSTRING(const double* value, const int64_t* format) {
-  return call(__func__, &ChartXml::LRValueAsString, value, format);
-}
-
 int64_t CX_IVALUEASSTRING(const int64_t* value, const int64_t* format) {
   return integerValue(__func__, value, format, &ChartXml::LRValueAsString);
-}
-
-int64_t CX_VARIABLENAME(const int64_t* variable) {
-  return call(__func__, &ChartXml::VariableName, variable);
-}
-
-int64_t CX_VARIABLELABEL(const int64_t* variable) {
-  return call(__func__, &ChartXml::VariableLabel, variable);
-}
-
-int64_t CX_VARIABLELABELFROMDICTIONARY(void* data, VORN_FortranDictionary** dictionary,
-                                       const int64_t* variable) {
-  return call(__func__, &ChartXml::VariableLabelFromDataSource, DataArea{data}, dictionary,
-              variable);
 }
 
 int64_t CX_VALUELABEL(const int64_t* variable, const double* value, const int64_t* maxLength) {
@@ -122,18 +56,6 @@ int64_t CX_VALUELABEL(const int64_t* variable, const double* value, const int64_
 int64_t CX_VALUELABELSHORT(const int64_t* variable, const double* value, const int64_t* maxLength) {
   return call(__func__, static_cast<ValueLabelOf>(&ChartXml::ValueLabel), variable, value,
               maxLength);
-}
-
-int64_t CX_VALUE(const int64_t* variable, const double* value) {
-  return call(__func__, &ChartXml::Value, variable, value);
-}
-
-int64_t CX_MEANVALUE(const int64_t* variable, const double* value) {
-  return call(__func__, &ChartXml::MeanValue, variable, value);
-}
-
-int64_t CX_OBJECTLABEL(const int64_t* variable, const double* value) {
-  return call(__func__, &ChartXml::ObjectLabel, variable, value);
 }
 
 // ---- Split groups ------------------------------------------------------------
@@ -150,14 +72,6 @@ int64_t CX_SPLITLIST(const int64_t* chart, const int64_t* variable, const int64_
                             integer(textWidth), integer(maxLength));
       },
       chart, variable, count, numbers, fields, maxLength);
-}
-
-int64_t CX_SPLITHEADER(const int64_t* header, const int64_t* flag) {
-  return call(__func__, &ChartXml::SplitHeader, header, flag);
-}
-
-int64_t CX_SETSPLITCOMPOSITE(const int64_t* composite, const int64_t* text) {
-  return call(__func__, &ChartXml::SetSplitComposite, composite, text);
 }
 
 }  // extern "C"
