@@ -12,14 +12,20 @@ using chartxml::cx::Text;
 // is passed (with the comma before it).
 #define CX_PARAM_I(n) const int64_t* a##n
 #define CX_PARAM_D(n) const double* a##n
-#define CX_PARAM_T(n) const char* a##n, const int64_t* a##n##Length
+#define CX_PARAM_T(n) const char *a##n, const int64_t *a##n##Length
 #define CX_PARAM_A(n) void* a##n
 #define CX_PARAM_Y(n) VORN_FortranDictionary** a##n
 #define CX_PARAM_X(n) const void*
 #define CX_PASS_I(n) , a##n
 #define CX_PASS_D(n) , a##n
-#define CX_PASS_T(n) , Text{a##n, a##n##Length}
-#define CX_PASS_A(n) , DataArea{a##n}
+#define CX_PASS_T(n)   \
+  , Text {             \
+    a##n, a##n##Length \
+  }
+#define CX_PASS_A(n) \
+  , DataArea {       \
+    a##n             \
+  }
 #define CX_PASS_Y(n) , a##n
 #define CX_PASS_X(n)
 
@@ -54,8 +60,7 @@ using chartxml::cx::Text;
 #define CX_PASSES_4(k1, k2, k3, k4) CX_PASSES_3(k1, k2, k3) CX_PASS_##k4(4)
 #define CX_PASSES_5(k1, k2, k3, k4, k5) CX_PASSES_4(k1, k2, k3, k4) CX_PASS_##k5(5)
 #define CX_PASSES_6(k1, k2, k3, k4, k5, k6) CX_PASSES_5(k1, k2, k3, k4, k5) CX_PASS_##k6(6)
-#define CX_PASSES_7(k1, k2, k3, k4, k5, k6, k7) \
-  CX_PASSES_6(k1, k2, k3, k4, k5, k6) CX_PASS_##k7(7)
+#define CX_PASSES_7(k1, k2, k3, k4, k5, k6, k7) CX_PASSES_6(k1, k2, k3, k4, k5, k6) CX_PASS_##k7(7)
 #define CX_PASSES_8(k1, k2, k3, k4, k5, k6, k7, k8) \
   CX_PASSES_7(k1, k2, k3, k4, k5, k6, k7) CX_PASS_##k8(8)
 #define CX_PASSES_9(k1, k2, k3, k4, k5, k6, k7, k8, k9) \
@@ -63,9 +68,9 @@ using chartxml::cx::Text;
 #define CX_PASSES_10(k1, k2, k3, k4, k5, k6, k7, k8, k9, k10) \
   CX_PASSES_9(k1, k2, k3, k4, k5, k6, k7, k8, k9) CX_PASS_##k10(10)
 
-#define CX_FORWARD(NAME, OPERATION, ...)                                   \
-  int64_t CX_##NAME(CX_PARAMS(__VA_ARGS__)) {                              \
-    return call(__func__, &ChartXml::OPERATION CX_PASSES(__VA_ARGS__));    \
+#define CX_FORWARD(NAME, OPERATION, ...)                                \
+  int64_t CX_##NAME(CX_PARAMS(__VA_ARGS__)) {                           \
+    return call(__func__, &ChartXml::OPERATION CX_PASSES(__VA_ARGS__)); \
   }
 #define CX_STEPS(NAME)
 
