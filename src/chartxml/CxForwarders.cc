@@ -10,24 +10,20 @@ using chartxml::cx::Text;
 
 // Argument number n of each kind: its C parameters, then what the operation
 // is passed (with the comma before it).
+// clang-format off
 #define CX_PARAM_I(n) const int64_t* a##n
 #define CX_PARAM_D(n) const double* a##n
-#define CX_PARAM_T(n) const char *a##n, const int64_t *a##n##Length
+#define CX_PARAM_T(n) const char* a##n, const int64_t* a##n##Length
 #define CX_PARAM_A(n) void* a##n
 #define CX_PARAM_Y(n) VORN_FortranDictionary** a##n
 #define CX_PARAM_X(n) const void*
 #define CX_PASS_I(n) , a##n
 #define CX_PASS_D(n) , a##n
-#define CX_PASS_T(n)   \
-  , Text {             \
-    a##n, a##n##Length \
-  }
-#define CX_PASS_A(n) \
-  , DataArea {       \
-    a##n             \
-  }
+#define CX_PASS_T(n) , Text{a##n, a##n##Length}
+#define CX_PASS_A(n) , DataArea{a##n}
 #define CX_PASS_Y(n) , a##n
 #define CX_PASS_X(n)
+// clang-format on
 
 // Counts up to ten kinds, none included.
 #define CX_COUNT(...) CX_COUNT_(__VA_OPT__(__VA_ARGS__, ) 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0)
