@@ -20,6 +20,7 @@
 
 #include "bench_support.h"
 #include "chartxml/chartxml_host.h"
+#include "chartxml/codes.h"
 #include "chartxml/cx.h"
 #include "chartxml/render.h"
 #include "device/Devices.h"
@@ -35,9 +36,9 @@ namespace {
 constexpr int kGroups = 5;
 
 // Word codes of the chart vocabulary, as the command-line tool uses them.
-constexpr int64_t kPoint = 23;
-constexpr int64_t kScatter = 96;
-constexpr int64_t kColor = 35;
+constexpr int64_t kPoint = CX_WORD_POINT;
+constexpr int64_t kScatter = CX_WORD_SCATTER;
+constexpr int64_t kColor = CX_WORD_COLOR;
 constexpr int64_t kNone = -1;
 constexpr int64_t kNo = 0;
 constexpr int64_t kYes = 1;

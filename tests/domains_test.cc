@@ -6,6 +6,7 @@
 
 #include <xercesc/dom/DOMNodeList.hpp>
 
+#include "chartxml/codes.h"
 #include "test_support.h"
 
 namespace {
@@ -46,7 +47,7 @@ TEST_F(DomainTest, DomainsAndTheirPartsKeepTheirPlaces) {
   const int toVariable = cx->AddDomainReference(chart, domain, byValue);
   cx->AddSort(chart, domain);
   const int interval = cx->AddIntervalEx(chart, domain, str("0"), str("10"));
-  const int open = cx->AddIntervalEx(chart, domain, -1, 49);  // vocabulary code: "max"
+  const int open = cx->AddIntervalEx(chart, domain, -1, CX_WORD_MAX);
   // Sorts go ahead of formats, intervals ahead of sorts and references, and
   // references last.
   EXPECT_EQ(childTags(element(domain)),

@@ -5,6 +5,7 @@
 
 #include <xercesc/dom/DOMNodeList.hpp>
 
+#include "chartxml/codes.h"
 #include "chartxml/host/VarDataProcessor.h"
 #include "test_support.h"
 
@@ -33,7 +34,7 @@ TEST_F(StatisticTest, StatisticsAndParameters) {
   cx->AddLabel(chart, frame, -1, str("Title"));
   // A positional member put there directly: its builder is not this family's.
   element(frame)->appendChild(cx->getChart(chart)->createElement(u"y"));
-  const int histogram = cx->AddStatistic(chart, frame, 44);  // vocabulary code: "histogram"
+  const int histogram = cx->AddStatistic(chart, frame, CX_WORD_HISTOGRAM);
   const int mean = cx->AddStatistic(chart, frame, str("mean"));
   EXPECT_EQ(childTags(element(frame)), "label statistic statistic y");
   EXPECT_EQ(attr(element(histogram), u"method"), "histogram");
@@ -42,7 +43,7 @@ TEST_F(StatisticTest, StatisticsAndParameters) {
   EXPECT_EQ(attr(lastChild(histogram), u"value"), "true");
   EXPECT_EQ(childTags(element(mean)), "");
 
-  const int type = cx->AddParam(chart, histogram, 71, str("hex"));  // code 71: "type"
+  const int type = cx->AddParam(chart, histogram, CX_WORD_TYPE, str("hex"));
   EXPECT_EQ(type, mean + 1);
   EXPECT_EQ(lastChild(histogram), element(type));
   EXPECT_EQ(attr(element(type), u"name"), "type");
@@ -76,7 +77,7 @@ TEST_F(StatisticTest, StatisticsAndParameters) {
 TEST_F(StatisticTest, BinWidthGoesToEveryHistogram) {
   EXPECT_EQ(cx->SetBinWidth(chart, 2.0), -1);  // no statistic at all
   const int frame = cx->AddFrame(chart, 0, -1);
-  const int first = cx->AddStatistic(chart, frame, 44);
+  const int first = cx->AddStatistic(chart, frame, CX_WORD_HISTOGRAM);
   const int mean = cx->AddStatistic(chart, frame, str("mean"));
   const int second = cx->AddStatistic(chart, cx->AddFrame(chart, frame, -1), str("histogram"));
   const std::string before = xml();

@@ -14,6 +14,7 @@
 #include "chart/Chart.h"
 #include "chart/Words.h"
 #include "chartstringhandler/ChartStringHandler.h"
+#include "chartxml/codes.h"
 #include "chartxml/host/KytoUni.h"
 #include "common/SourceNames.h"
 #include "common/XmlText.h"
@@ -53,16 +54,9 @@ constexpr char16_t kPercentSign[] = u"%";
 constexpr char16_t kPercent[] = u"percent";
 
 // Vocabulary codes that the scale and reference-line builders key on.
-constexpr int kLineCode = 21;
-constexpr int kReferenceLineCode = 50;
-constexpr int kLogCode = 116;
-constexpr int kBaseCode = 117;
-constexpr int kExponentCode = 118;
 // A hole in the vocabulary that callers pass for the natural logarithm: it
 // names no string, so its text is never read.
 constexpr int kNaturalLogCode = 124;
-constexpr int kXCode = 128;
-constexpr int kYCode = 129;
 
 const char16_t* flag(bool value) {
   return value ? KytoUni::_true : KytoUni::_false;
@@ -279,7 +273,7 @@ int Chart::SetDimensionScale(int dimension, int method, int value, bool invert) 
   if (!naturalLog && !callerText(method, kMethod, methodText, __LINE__)) return -1;
   // Only these two methods take the caller's value; read it before the
   // scale exists so that a bad one leaves no half-made scale behind.
-  const bool ownValue = method == kLogCode || method == kExponentCode;
+  const bool ownValue = method == CX_WORD_LOG || method == CX_WORD_EXPONENT;
   ChartString valueText;
   if (ownValue && !callerText(value, KytoUni::_value, valueText, __LINE__)) return -1;
   // The scale and its parameters.
@@ -291,14 +285,14 @@ int Chart::SetDimensionScale(int dimension, int method, int value, bool invert) 
   insertChild(target, scale, {KytoUni::_axis, KytoUni::_label});
   const int handle = registerElement(scale);
 
-  if (method == kLogCode) {
-    AddParam(handle, kBaseCode, value);
-  } else if (method == kExponentCode) {
-    AddParam(handle, kExponentCode, value);
+  if (method == CX_WORD_LOG) {
+    AddParam(handle, CX_WORD_UTF_BASE, value);
+  } else if (method == CX_WORD_EXPONENT) {
+    AddParam(handle, CX_WORD_EXPONENT, value);
   } else {
     ChartString e;
     e.assignDouble(std::numbers::e);
-    AddParam(handle, kBaseCode, strings().add(e));
+    AddParam(handle, CX_WORD_UTF_BASE, strings().add(e));
   }
   const int safe = strings().add(ChartString(kSafe));
   AddParam(handle, safe, strings().add(ChartString(KytoUni::_true)));
@@ -504,12 +498,12 @@ int Chart::addReferenceLine(int axis, int frame, int value, int number) {
   if (number >= 0) {
     // A number too large for the index wraps negative and is refused there.
     const auto index = static_cast<int>(static_cast<std::int64_t>(axis) * 100 + number);
-    suffix = strings().styleString(kReferenceLineCode, index);
+    suffix = strings().styleString(CX_WORD_REFERENCE_LINE, index);
     if (suffix < 0) return suffix;
   }
-  const int guide = AddGuide(frame, kLineCode, suffix);
+  const int guide = AddGuide(frame, CX_WORD_LINE, suffix);
   if (guide < 0) return -1;
-  if (AddParam(guide, axis == 1 ? kXCode : kYCode, value) >= 0) return guide;
+  if (AddParam(guide, axis == 1 ? CX_WORD_X : CX_WORD_Y, value) >= 0) return guide;
   // The value could not be written: the line goes again, and gives up its id
   // so that a corrected call may take it.
   DOMElement* line = getElement(guide);

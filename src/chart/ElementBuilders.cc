@@ -10,6 +10,7 @@
 #include "chart/Chart.h"
 #include "chart/Words.h"
 #include "chartstringhandler/ChartStringHandler.h"
+#include "chartxml/codes.h"
 #include "chartxml/host/KytoUni.h"
 #include "common/SourceNames.h"
 #include "common/XmlText.h"
@@ -34,10 +35,8 @@ constexpr char16_t kLow[] = u"low";
 constexpr char16_t kClip[] = u"clip";
 
 // Vocabulary codes of the position modifiers.
-constexpr int kUnstackedCode = 86;
-constexpr int kStackedCode = 87;
 
-constexpr int kLastPositionalRole = 6;
+constexpr int kLastPositionalRole = CX_ROLE_PHI;
 
 const char16_t* booleanToken(bool value) {
   return value ? KytoUni::_true : KytoUni::_false;
@@ -464,7 +463,7 @@ int Chart::AddStack(int position, bool stacked) {
   DOMElement* owner = parent != nullptr && parent->getNodeType() == DOMNode::ELEMENT_NODE
                           ? static_cast<DOMElement*>(parent)
                           : nullptr;
-  const ChartString modifier = strings().getString(stacked ? kStackedCode : kUnstackedCode);
+  const ChartString modifier = strings().getString(stacked ? CX_WORD_STACK : CX_WORD_NONE);
   return setPositionModifier(owner, modifier) < 0 ? -1 : position;
 }
 

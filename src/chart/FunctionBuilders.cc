@@ -8,6 +8,7 @@
 
 #include "chart/Chart.h"
 #include "chartstringhandler/ChartStringHandler.h"
+#include "chartxml/codes.h"
 #include "chartxml/host/KytoUni.h"
 #include "common/SourceNames.h"
 #include "common/XmlText.h"
@@ -18,10 +19,6 @@ using xercesc::DOMNode;
 namespace {
 
 // Vocabulary codes of the function guide.
-constexpr int kYCode = 129;             // parameter name of the formula
-constexpr int kYFunctionOfXCode = 142;  // first word of the guide's id
-constexpr int kFunctionCode = 143;      // guide type
-constexpr int kNumPointsCode = 144;     // parameter name of the point count
 
 constexpr double kNumPoints = 1000.0;
 
@@ -37,13 +34,13 @@ int Chart::AddYFunctionOfX(int frame, int functionText, int idNumber) {
   if (owner != nullptr && !checkDepth(owner, KytoUni::_guide, __LINE__, 2)) return -1;
   int suffix = -1;
   if (idNumber >= 0) {
-    ChartString id = strings().getString(kYFunctionOfXCode);
+    ChartString id = strings().getString(CX_WORD_Y_FUNCTION_OF_X);
     id += ChartBase::_underscore;
     id += chartxml::widenAscii(asString(idNumber));
     suffix = strings().add(id);
     if (suffix == -1) return -1;
   }
-  const int guide = AddGuide(frame, kFunctionCode, suffix);
+  const int guide = AddGuide(frame, CX_WORD_FUNCTION, suffix);
   if (guide == -1) return -1;
 
   // The point count as the display value of the number (as LRValue with no
@@ -51,8 +48,8 @@ int Chart::AddYFunctionOfX(int frame, int functionText, int idNumber) {
   ChartString points;
   points.assignDouble(kNumPoints);
   const int pointsText = strings().add(points);
-  if (AddParam(guide, kYCode, functionText) >= 0 &&
-      AddParam(guide, kNumPointsCode, pointsText) >= 0) {
+  if (AddParam(guide, CX_WORD_Y, functionText) >= 0 &&
+      AddParam(guide, CX_WORD_NUM_POINTS, pointsText) >= 0) {
     return guide;
   }
   // A line without its formula or point count draws nothing: take the guide

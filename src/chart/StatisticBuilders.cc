@@ -9,6 +9,7 @@
 #include "chart/Chart.h"
 #include "chart/Words.h"
 #include "chartstringhandler/ChartStringHandler.h"
+#include "chartxml/codes.h"
 #include "chartxml/host/KytoUni.h"
 #include "common/XmlText.h"
 
@@ -53,54 +54,54 @@ struct SummaryFunction {
 
 SummaryFunction summaryFunction(int code) {
   switch (code) {
-    case -1:
+    case CX_SUMMARY_CUSTOM_STATISTIC:
       return {KytoExtensionSV::_customStatistic, 0};
-    case 1:
-    case 15:
+    case CX_SUMMARY_NUMBER_OF_CASES:
+    case 15:  // as CX_SUMMARY_NUMBER_OF_CASES
       return {KytoExtensionSV::_numberOfCases, 0};
-    case 3:
+    case CX_SUMMARY_MINIMUM_VALUE:
       return {u"minimumValue", 0};
-    case 4:
+    case CX_SUMMARY_MAXIMUM_VALUE:
       return {u"maximumValue", 0};
-    case 5:
+    case CX_SUMMARY_VALID_N:
       return {KytoExtensionSV::_validN, 0};
-    case 6:
+    case CX_SUMMARY_SUM_OF_VALUES:
       return {u"sumOfValues", 0};
-    case 7:
+    case CX_SUMMARY_CUMULATIVE_SUM:
       return {u"cumulativeSum", 0};
-    case 8:
+    case CX_SUMMARY_MEAN_OF_VALUES:
       return {u"meanOfValues", 0};
-    case 9:
+    case CX_SUMMARY_STANDARD_DEVIATION:
       return {u"standardDeviation", 0};
-    case 10:
+    case CX_SUMMARY_VARIANCE:
       return {u"variance", 0};
-    case 11:
+    case CX_SUMMARY_MEDIAN_OF_VALUES:
       return {u"medianOfValues", 0};
-    case 12:
+    case CX_SUMMARY_MODE_OF_VALUES:
       return {u"modeOfValues", 0};
-    case 13:
+    case CX_SUMMARY_PERCENTAGE_OF_CASES:
       return {u"percentageOfCases", 0};
-    case 14:
+    case CX_SUMMARY_CUMULATIVE_PERCENTAGE_OF_CASES:
       return {u"cumulativePercentageOfCases", 0};
-    case 16:
+    case CX_SUMMARY_CUMULATIVE_NUMBER_OF_CASES:
       return {u"cumulativeNumberOfCases", 0};
-    case 17:
+    case CX_SUMMARY_PERCENTILE:
       return {u"percentile", 1};
-    case 18:
+    case CX_SUMMARY_PERCENTAGE_BELOW:
       return {u"percentageBelow", 1};
-    case 19:
+    case CX_SUMMARY_PERCENTAGE_ABOVE:
       return {u"percentageAbove", 1};
-    case 20:
+    case CX_SUMMARY_NUMBER_BELOW:
       return {u"numberBelow", 1};
-    case 21:
+    case CX_SUMMARY_NUMBER_ABOVE:
       return {u"numberAbove", 1};
-    case 22:
+    case CX_SUMMARY_PERCENTAGE_INSIDE:
       return {u"percentageInside", 2};
-    case 23:
+    case CX_SUMMARY_NUMBER_INSIDE:
       return {u"numberInside", 2};
-    case 25:
+    case CX_SUMMARY_G_MEDIAN:
       return {u"gMedian", 1};
-    case 26:
+    case CX_SUMMARY_G_PTILE:
       return {u"gPtile", 1};
     default:
       return {nullptr, 0};  // 0, 2, 24 and unknown codes

@@ -4,14 +4,11 @@
 
 #include "chartxml/ChartXml.h"
 #include "chartxml/CxArguments.h"
+#include "chartxml/codes.h"
 
 using chartxml::cx::call;
 using chartxml::cx::integer;
 using chartxml::cx::run;
-
-namespace {
-constexpr int kInside = 32;  // vocabulary code of "inside"
-}
 
 extern "C" {
 
@@ -22,7 +19,8 @@ int64_t CX_ADDLABELINGINSIDE(const int64_t* chart, const int64_t* element,
   return run(
       __func__,
       [&](ChartXml& cx) -> int64_t {
-        return cx.AddLabelingSuffix(integer(chart), integer(element), integer(variable), kInside);
+        return cx.AddLabelingSuffix(integer(chart), integer(element), integer(variable),
+                                    CX_WORD_INSIDE);
       },
       chart, element, variable);
 }

@@ -12,6 +12,7 @@
 
 #include "chartxml/ChartXml.h"
 #include "chartxml/CxArguments.h"
+#include "chartxml/codes.h"
 
 using chartxml::cx::given;
 using chartxml::cx::guarded;
@@ -24,35 +25,6 @@ using chartxml::cx::Text;
 using chartxml::cx::usable;
 
 namespace {
-
-// Vocabulary codes (predefined string handles) the sequences use.
-constexpr int kNormal = 72;
-constexpr int kLegend = 15;
-constexpr int kSubtitle = 16;
-constexpr int kPoint = 23;
-constexpr int kMatrixScatter = 90;
-constexpr int kMatrixScatterX = 91;
-constexpr int kMatrixScatterY = 92;
-constexpr int kRectangular = 104;
-constexpr int kTheta = 105;
-constexpr int kPhi = 106;
-constexpr int kFrame = 107;
-constexpr int kPlane = 108;
-constexpr int kComplete = 109;
-constexpr int kFalse = 110;
-constexpr int kMatrixScatterInnerX = 122;
-constexpr int kMatrixScatterInnerY = 123;
-constexpr int kYZPlane = 125;
-constexpr int kXZPlane = 126;
-constexpr int kXYPlane = 127;
-constexpr int kAxisX = 128;
-constexpr int kAxisY = 129;
-constexpr int kAxisZ = 130;
-constexpr int kMatrixScatterDiagonal = 136;
-constexpr int kZeta = 137;
-constexpr int kDistance = 138;
-constexpr int kYAxisText = 148;
-constexpr int kXAxisText = 155;
 
 // A 64-bit value read as an integer input.
 int low32(std::int64_t value) {
@@ -137,7 +109,7 @@ int frameWithLabel(ChartXml& cx, int chart, int parent, int styleKind, int style
 // the legend handle.
 int legendFrame(ChartXml& cx, int chart, int parent, int styleVariant, std::int64_t* styleOut,
                 std::int64_t* legendOut) {
-  const int style = put(styleOut, cx.StyleString(kLegend, styleVariant));
+  const int style = put(styleOut, cx.StyleString(CX_WORD_LEGEND, styleVariant));
   if (style < 0) return style;
   const int frame = cx.AddFrame(chart, parent, style);
   if (frame < 0) return frame;
@@ -200,10 +172,10 @@ int numberParam(ChartXml& cx, int chart, int owner, int name, double value) {
 // The rectangular 3-D transform, optionally a wire frame, and the three back
 // planes: `parent`.
 int backPlanes(ChartXml& cx, int chart, int parent, bool wireFrame) {
-  const int transform = cx.AddCoordinateTransform(chart, parent, kRectangular);
+  const int transform = cx.AddCoordinateTransform(chart, parent, CX_WORD_RECTANGULAR);
   if (transform < 0) return transform;
   const std::pair<int, double> view[] = {
-      {kTheta, 10.0}, {kPhi, -35.0}, {kZeta, 0.0}, {kDistance, 1.3}};
+      {CX_WORD_THETA, 10.0}, {CX_WORD_PHI, -35.0}, {CX_WORD_ZETA, 0.0}, {CX_WORD_DISTANCE, 1.3}};
   for (const auto& [name, value] : view) {
     const int status = numberParam(cx, chart, transform, name, value);
     if (status < 0) return status;
@@ -215,20 +187,21 @@ int backPlanes(ChartXml& cx, int chart, int parent, bool wireFrame) {
       const int status = numberParam(cx, chart, transform, name, 0.1);
       if (status < 0) return status;
     }
-    const int style = cx.StyleString(kFrame, 1);
+    const int style = cx.StyleString(CX_WORD_FRAME, 1);
     if (style < 0) return style;
-    const int frame = cx.AddGuide(chart, parent, kFrame, style);
+    const int frame = cx.AddGuide(chart, parent, CX_WORD_FRAME, style);
     if (frame < 0) return frame;
-    const int complete = cx.AddParam(chart, frame, kComplete, kFalse);
+    const int complete = cx.AddParam(chart, frame, CX_WORD_COMPLETE, CX_WORD_FALSE);
     if (complete < 0) return complete;
   }
-  const std::pair<int, int> planes[] = {{kYZPlane, kAxisX}, {kXZPlane, kAxisY}, {kXYPlane, kAxisZ}};
+  const std::pair<int, int> planes[] = {
+      {CX_WORD_YZPLANE, CX_WORD_X}, {CX_WORD_XZPLANE, CX_WORD_Y}, {CX_WORD_XYPLANE, CX_WORD_Z}};
   for (const auto& [styleCode, axisCode] : planes) {
     const int style = cx.StyleString(styleCode, 1);
     if (style < 0) return style;
-    const int plane = cx.AddGuide(chart, parent, kPlane, style);
+    const int plane = cx.AddGuide(chart, parent, CX_WORD_PLANE, style);
     if (plane < 0) return plane;
-    const int normal = cx.AddParam(chart, plane, kNormal, axisCode);
+    const int normal = cx.AddParam(chart, plane, CX_WORD_NORMAL, axisCode);
     if (normal < 0) return normal;
   }
   return parent;
@@ -276,40 +249,42 @@ int scatterMatrix(ChartXml& cx, int chart, int parent, const std::int64_t* varia
   }
   const int mx = cx.AddMatrixVariable(chart, list1);
   if (mx < 0) return mx;
-  cx.SetVariableName(chart, mx, kXAxisText);
-  cx.SetVariableLabel(chart, mx, kXAxisText);
+  cx.SetVariableName(chart, mx, CX_WORD_X_AXIS);
+  cx.SetVariableLabel(chart, mx, CX_WORD_X_AXIS);
   const int my = cx.AddMatrixVariable(chart, list2);
   if (my < 0) return my;
-  cx.SetVariableName(chart, my, kYAxisText);
-  cx.SetVariableLabel(chart, my, kYAxisText);
+  cx.SetVariableName(chart, my, CX_WORD_Y_AXIS);
+  cx.SetVariableLabel(chart, my, CX_WORD_Y_AXIS);
 
   const int labeling = cx.AddFacetLabeling(chart, parent);
   if (labeling < 0) return labeling;
   const int aspect = cx.SetFacetLabelingCellAspect(chart, labeling, 1.0);
   if (aspect < 0) return aspect;
-  const int sx = cx.StyleString(kMatrixScatterX, 1);
+  const int sx = cx.StyleString(CX_WORD_MATRIXSCATTERX, 1);
   if (sx < 0) return sx;
   const int zero = cx.LRValue(0.0, -1);
   if (zero < 0) return zero;
   const int ax = facetAxis(cx, chart, labeling, sx, 1, zero, -1, false);
   if (ax < 0) return ax;
-  const int sy = cx.StyleString(kMatrixScatterY, 1);
+  const int sy = cx.StyleString(CX_WORD_MATRIXSCATTERY, 1);
   if (sy < 0) return sy;
   const int angle = cx.LRValue(-90.0, -1);
   if (angle < 0) return angle;
   const int ay = facetAxis(cx, chart, labeling, sy, 2, zero, angle, true);
   if (ay < 0) return ay;
 
-  const int dx = matrixDimension(cx, chart, parent, 1, mx, limits1, kMatrixScatterInnerX);
+  const int dx = matrixDimension(cx, chart, parent, 1, mx, limits1, CX_WORD_MATRIXSCATTERINNERX);
   if (dx < 0) return dx;
-  const int dy = matrixDimension(cx, chart, parent, 2, my, limits2, kMatrixScatterInnerY);
+  const int dy = matrixDimension(cx, chart, parent, 2, my, limits2, CX_WORD_MATRIXSCATTERINNERY);
   if (dy < 0) return dy;
 
-  const int element = xyElement(cx, chart, parent, 1, kPoint, mx, my, kMatrixScatter, elementOut);
+  const int element =
+      xyElement(cx, chart, parent, 1, CX_WORD_POINT, mx, my, CX_WORD_MATRIXSCATTER, elementOut);
   if (element < 0) return element;
-  const int diagonal = cx.StyleString(kMatrixScatter, 1);
+  const int diagonal = cx.StyleString(CX_WORD_MATRIXSCATTER, 1);
   if (diagonal < 0) return diagonal;
-  cx.AddFacetStyle(chart, element, kMatrixScatterDiagonal, diagonal);  // its result does not matter
+  cx.AddFacetStyle(chart, element, CX_WORD_MATRIXSCATTERDIAGONAL,
+                   diagonal);  // its result does not matter
   return element;
 }
 
@@ -403,7 +378,7 @@ int64_t CX_ADDSPLITHEADEREX(const int64_t* chart, const int64_t* parent, const i
       [&](ChartXml& cx) -> int64_t {
         const int text = cx.SplitHeader(integer(header), logical(flag));
         if (text < 0) return text;
-        return frameWithLabel(cx, integer(chart), integer(parent), kSubtitle, 1, text);
+        return frameWithLabel(cx, integer(chart), integer(parent), CX_WORD_SUBTITLE, 1, text);
       },
       chart, parent, header, flag);
 }

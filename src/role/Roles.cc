@@ -1,5 +1,6 @@
 #include "role/Roles.h"
 
+#include <iterator>
 #include <string>
 
 #include "chartxml/host/ChartErrorHandler.h"
@@ -10,7 +11,8 @@ namespace chartxml {
 
 namespace {
 constexpr const char* kRoles[] = {"", "x", "y", "z", "r", "theta", "phi", "position"};
-}
+static_assert(std::size(kRoles) == kLastRole + 1, "a text for every role code");
+}  // namespace
 
 const char* roleText(int role, ChartErrorHandler& errors) {
   if (role < kFirstRole || role > kLastRole) {

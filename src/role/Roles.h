@@ -2,12 +2,14 @@
 #ifndef CHARTXML_ROLE_ROLES_H_
 #define CHARTXML_ROLE_ROLES_H_
 
+#include "chartxml/codes.h"
+
 class ChartErrorHandler;
 
 namespace chartxml {
 
-inline constexpr int kFirstRole = 1;
-inline constexpr int kLastRole = 7;
+inline constexpr int kFirstRole = CX_ROLE_X;
+inline constexpr int kLastRole = CX_ROLE_POSITION;
 
 // The role's text: "x", "y", "z", "r", "theta", "phi", "position"; a code
 // outside 1..7 yields "" and is reported ("role handle out of range N").

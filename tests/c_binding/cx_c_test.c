@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "chartxml/chartxml_host.h"
+#include "chartxml/codes.h"
 #include "chartxml/cx.h"
 #include "chartxml/render.h"
 
@@ -48,7 +49,8 @@ int main(void) {
   check(dictionary != NULL, "the CSV source opens");
   void* const allOnes = (void*)~(uintptr_t)0;
   const int64_t nameLength = 5, zero = 0, one = 1, two = 2, yes = 1, no = 0, none = -1;
-  const int64_t point = 23, elementKind = 12, colorAesthetic = 35, titleKind = 17;
+  const int64_t point = CX_WORD_POINT, elementKind = CX_WORD_ELEMENT;
+  const int64_t colorAesthetic = CX_WORD_COLOR, titleKind = CX_WORD_TITLE;
   check(CX_INIT(allOnes, &dictionary, "CTEST", &nameLength) == 0, "CX_INIT");
 
   int64_t chart = -9, source = -9, graph = -9, data = -9;

@@ -3,6 +3,7 @@
 program cx_fortran_test
   use, intrinsic :: iso_c_binding
   implicit none
+  include "chartxml/cx_codes.fi"
 
   interface
     function cxh_open_csv(path) bind(C, name="cxh_open_csv") result(source)
@@ -102,7 +103,6 @@ program cx_fortran_test
   character(len=*), parameter :: csvPath = "cx_fortran_test.csv"
   character(len=4, kind=c_char), parameter :: procName = "FTST"
   integer(c_int64_t), parameter :: nameLength = 4, none = -1, no = 0, one = 1, two = 2
-  integer(c_int64_t), parameter :: point = 23, elementKind = 12
   integer :: passed = 0, failed = 0, unit, row
   type(c_ptr) :: allOnes, dictionary
   integer(c_int64_t) :: chart, source, graph, frame, x, y, xDim, yDim, element, status
@@ -130,7 +130,7 @@ program cx_fortran_test
   xDim = cx_adddimensionaxis(chart, frame, one, none, no, xStyle, xAxis, none, none, none, none)
   yDim = cx_adddimensionaxis(chart, frame, two, none, no, yStyle, yAxis, none, none, none, none)
   call check(xDim > 0 .and. yDim > xDim .and. xAxis > xDim .and. yAxis > yDim, "dimension axes")
-  call check(cx_addxyelementex(chart, frame, one, point, x, y, elementKind, element) == element &
+  call check(cx_addxyelementex(chart, frame, one, CX_WORD_POINT, x, y, CX_WORD_ELEMENT, element) == element &
              .and. element > 0, "a point element")
   call check(cx_addyofxlinear(chart, frame, one, 1.0_c_double, 2.0_c_double, no) > 0, &
              "a fitted line")

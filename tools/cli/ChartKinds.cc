@@ -8,35 +8,36 @@
 #include <vector>
 
 #include "chartxml/chartxml_host.h"
+#include "chartxml/codes.h"
 #include "cli/Progress.h"
 #include "cli/Session.h"
 
 namespace chartxml::cli {
 namespace {
 
-// Vocabulary codes: the predefined string handles of the chart vocabulary.
+// The vocabulary codes the steps pass, as addresses the entry points can take.
 namespace word {
-constexpr int64_t kTitle = 17;
-constexpr int64_t kArea = 18;
-constexpr int64_t kInterval = 20;
-constexpr int64_t kLine = 21;
-constexpr int64_t kPoint = 23;
-constexpr int64_t kPolar = 31;
-constexpr int64_t kColor = 35;
-constexpr int64_t kSimpleBar = 41;
-constexpr int64_t kSimpleLine = 43;
-constexpr int64_t kHistogram = 44;
-constexpr int64_t kStack = 87;
-constexpr int64_t kDodge = 88;
-constexpr int64_t kSimpleArea = 94;
-constexpr int64_t kScatter = 96;
-constexpr int64_t kClusteredBar = 146;
-constexpr int64_t kPanel = 149;
+constexpr int64_t kTitle = CX_WORD_TITLE;
+constexpr int64_t kArea = CX_WORD_AREA;
+constexpr int64_t kInterval = CX_WORD_INTERVAL;
+constexpr int64_t kLine = CX_WORD_LINE;
+constexpr int64_t kPoint = CX_WORD_POINT;
+constexpr int64_t kPolar = CX_WORD_POLAR;
+constexpr int64_t kColor = CX_WORD_COLOR;
+constexpr int64_t kSimpleBar = CX_WORD_SIMPLEBAR;
+constexpr int64_t kSimpleLine = CX_WORD_SIMPLELINE;
+constexpr int64_t kHistogram = CX_WORD_HISTOGRAM;
+constexpr int64_t kStack = CX_WORD_STACK;
+constexpr int64_t kDodge = CX_WORD_DODGE;
+constexpr int64_t kSimpleArea = CX_WORD_SIMPLEAREA;
+constexpr int64_t kScatter = CX_WORD_SCATTER;
+constexpr int64_t kClusteredBar = CX_WORD_CLUSTEREDBAR;
+constexpr int64_t kPanel = CX_WORD_PANEL;
 }  // namespace word
 
 // Role codes of dimensions and facet variables.
-constexpr int64_t kRoleX = 1;
-constexpr int64_t kRoleTheta = 5;
+constexpr int64_t kRoleX = CX_ROLE_X;
+constexpr int64_t kRoleTheta = CX_ROLE_THETA;
 
 constexpr int64_t kNone = -1;
 constexpr int64_t kNo = 0;

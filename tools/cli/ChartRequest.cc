@@ -5,6 +5,8 @@
 #include <limits>
 #include <utility>
 
+#include "chartxml/codes.h"
+
 namespace chartxml::cli {
 namespace {
 
@@ -21,12 +23,12 @@ constexpr std::array<std::pair<Kind, std::string_view>, 8> kKinds{{
 
 // Summary-function codes and the vocabulary codes of the methods' words.
 constexpr std::array<Stat, 6> kStats{{
-    {"mean", 8, 131, "Mean"},
-    {"median", 11, 64, "Median"},
-    {"sum", 6, 111, "Sum"},
-    {"count", 1, 0, "Count"},
-    {"min", 3, 48, "Minimum"},
-    {"max", 4, 49, "Maximum"},
+    {"mean", CX_SUMMARY_MEAN_OF_VALUES, CX_WORD_MEAN, "Mean"},
+    {"median", CX_SUMMARY_MEDIAN_OF_VALUES, CX_WORD_MEDIAN, "Median"},
+    {"sum", CX_SUMMARY_SUM_OF_VALUES, CX_WORD_SUM, "Sum"},
+    {"count", CX_SUMMARY_NUMBER_OF_CASES, 0, "Count"},
+    {"min", CX_SUMMARY_MINIMUM_VALUE, CX_WORD_MIN, "Minimum"},
+    {"max", CX_SUMMARY_MAXIMUM_VALUE, CX_WORD_MAX, "Maximum"},
 }};
 
 }  // namespace
