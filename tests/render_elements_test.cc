@@ -5,6 +5,7 @@
 // colours are probed in the PNG.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <map>
 #include <regex>
@@ -308,6 +309,35 @@ TEST_F(RenderElements, CollidingLabelsAreHiddenWhenTheElementSaysSo) {
   };
   EXPECT_EQ(labelled(""), (std::vector<std::string>{"A", "B", "C"}));
   EXPECT_EQ(labelled(" showCollidingLabels=\"false\""), (std::vector<std::string>{"A", "C"}));
+  EXPECT_EQ(labelled(" labelCollisionHandling=\"hide\""), (std::vector<std::string>{"A", "C"}));
+  EXPECT_EQ(labelled(" labelCollisionHandling=\"normal\""),
+            (std::vector<std::string>{"A", "B", "C"}));
+  // Shifted, B leaves A's place above the point for the one below it.
+  EXPECT_EQ(labelled(" labelCollisionHandling=\"shift\" showCollidingLabels=\"false\""),
+            (std::vector<std::string>{"A", "B", "C"}));
+  std::map<std::string, std::pair<double, double>> at;  // each label's left end and baseline
+  const std::string picture = svg();
+  const std::regex label(R"re(class="mark-label"[^>]*><tspan x="([\d.]+)" y="([\d.]+)">(\w+)<)re");
+  for (auto it = std::sregex_iterator(picture.begin(), picture.end(), label);
+       it != std::sregex_iterator(); ++it) {
+    at[(*it)[3]] = {std::stod((*it)[1]), std::stod((*it)[2])};
+  }
+  ASSERT_EQ(at.size(), 3u) << picture;
+  const auto points = circles(picture, "mark point");
+  ASSERT_EQ(points.size(), 3u);
+  // A ends 5 pixels above its point, B starts 5 below it: at least a line
+  // of 10-pixel text and the 10 pixels between them.
+  EXPECT_LT(at["A"].second, points[0].second - 5 + 0.5);
+  EXPECT_GT(at["B"].second, points[0].second + 5 + 9);
+  EXPECT_NEAR(at["A"].first, at["B"].first, 0.5);  // both centred on the point
+  // A way of handling collisions that is not drawn is said.
+  ASSERT_TRUE(load(document(kXY + variable("vn", "N", true),
+                            kAxes + "<element id=\"e\" type=\"point\" "
+                                    "labelCollisionHandling=\"scatter\"><x variable=\"vx\"/>"
+                                    "<y variable=\"vy\"/><labeling variable=\"vn\"/></element>"),
+                   "X,Y,N\n1,1,A\n"));
+  EXPECT_EQ(renderer.skipped(),
+            std::vector<std::string>{"label collision handling 'scatter' of element e"});
 }
 
 // Labels of marks on the panel's edge stay inside it, where the panel would
@@ -383,6 +413,111 @@ TEST_F(RenderElements, TransparencyFadesPointsAndIsKeyed) {
   // 4/15 (68/255): 255 - (255 - c) * 68/255 for 0, 114, 178 is 187, 217, 234.
   EXPECT_EQ(pixel(png, points[0]), 0x0072B2u);
   EXPECT_TRUE(near(pixel(png, points[1]), 0xBBD9EA)) << std::hex << pixel(png, points[1]);
+}
+
+// Past 4,096 colours, every colour in 16 steps of opacity no longer fits one
+// 16-bit palette: the points go to batches with palettes of their own.
+TEST_F(RenderElements, TransparencyFadesPointsOfThousandsOfColours) {
+  const std::string xml =
+      document(kXY + variable("vg", "G", true) + variable("vt", "T", true),
+               pointsWith("<color variable=\"vg\"/><transparency variable=\"vt\"/>"));
+  // 5,000 colour groups g0000..g4999, all on one spot but g4950 and g4951
+  // (past the first palette, and circles: the 276th round of 18 colours).
+  std::string csv = "X,Y,G,T\n";
+  for (int g = 0; g < 5000; ++g) {
+    const std::string name = "g" +
+                             std::string(g < 10     ? "000"
+                                         : g < 100  ? "00"
+                                         : g < 1000 ? "0"
+                                                    : "") +
+                             std::to_string(g);
+    const std::string at = g == 4950 ? "10,10," : g == 4951 ? "10,0," : "0,0,";
+    csv += at + name + (g % 2 ? ",lo\n" : ",hi\n");
+  }
+  const std::string picture = draw(xml, csv);
+  EXPECT_GE(count(picture, "<g class=\"mark point\""), 2u);
+  const auto x = axisMap(picture, "x"), y = axisMap(picture, "y");
+  ASSERT_TRUE(x && y);
+  const std::string png = this->png();
+  // 5,000 points take the look's opacity 200; hi keeps it, lo is opaque in
+  // step 4 of 15 (68/255): 200 * 68 / 255 = 53. Over white each channel is
+  // 255 - (255 - c) * alpha / 255.
+  const auto over = [](chartxml::render::Color c, double alpha) {
+    const auto channel = [&](int v) {
+      return static_cast<unsigned>(std::lround(255 - (255 - v) * alpha / 255));
+    };
+    return (channel(c.r) << 16) | (channel(c.g) << 8) | channel(c.b);
+  };
+  const unsigned high = pixel(png, static_cast<int>((*x)(10)), static_cast<int>((*y)(10)));
+  const unsigned low = pixel(png, static_cast<int>((*x)(10)), static_cast<int>((*y)(0)));
+  EXPECT_TRUE(near(high, over(chartxml::render::categoryColor(4950), 200), 3)) << std::hex << high;
+  EXPECT_TRUE(near(low, over(chartxml::render::categoryColor(4951), 53), 3)) << std::hex << low;
+}
+
+// The size aesthetic maps its least value to the size low says and its
+// greatest to high's, the marker's area growing with the value between.
+TEST_F(RenderElements, SizesSpanTheRangeTheDocumentGives) {
+  const auto radii = [&](const std::string& range) {
+    const std::string xml = document(kXY + variable("vz", "Z", false),
+                                     pointsWith("<size variable=\"vz\"" + range + "/>"));
+    EXPECT_TRUE(load(xml, "X,Y,Z\n0,0,0\n5,5,25\n10,10,100\n")) << renderer.error();
+    std::vector<double> out;
+    const std::string picture = svg();
+    const std::regex circle(R"re(<circle cx="[-0-9.]+" cy="[-0-9.]+" r="([0-9.]+)")re");
+    for (auto it = std::sregex_iterator(picture.begin(), picture.end(), circle);
+         it != std::sregex_iterator(); ++it) {
+      out.push_back(std::stod((*it)[1].str()));
+    }
+    std::sort(out.begin(), out.end());
+    return out;
+  };
+  // 2 px to a quarter inch (24 px): 2 + 22 * sqrt(share) for shares 0, 1/4
+  // and 1 is 2, 13 and 24 across.
+  EXPECT_EQ(radii(" low=\"2px\" high=\"0.25in\""), (std::vector<double>{1, 6.5, 12}));
+  EXPECT_EQ(renderer.skipped(), std::vector<std::string>{});
+  // High below low: the greatest value takes the smallest marker, 18 pt is 24 px.
+  EXPECT_EQ(radii(" low=\"18pt\" high=\"2\""), (std::vector<double>{1, 6.5, 12}));
+  // The binned element's words and no range at all: the own range, 4 to 18.
+  EXPECT_EQ(radii(" low=\"binlowval\" high=\"binhighval\""), (std::vector<double>{2, 5.5, 9}));
+  EXPECT_EQ(renderer.skipped(), std::vector<std::string>{});
+  EXPECT_EQ(radii(" high=\"huge\""), (std::vector<double>{2, 5.5, 9}));
+  EXPECT_EQ(renderer.skipped(),
+            std::vector<std::string>{
+                "size high 'huge' of element e (not a length: the default range is drawn)"});
+}
+
+// A point element of an x alone, set to dots, stacks its cases as a dot
+// plot: one dot per case, one count of y apart, from zero up.
+TEST_F(RenderElements, DotPlotsStackTheirCasesOverTheirValues) {
+  const std::string xml = document(
+      variable("vx", "X", false),
+      kAxes + "<element id=\"e\" type=\"point\" dot=\"dot\"><x variable=\"vx\"/></element>");
+  const std::string picture = draw(xml, "X\n1\n3\n1\n2\n1\n3\n");
+  const auto x = axisMap(picture, "x"), y = axisMap(picture, "y");
+  ASSERT_TRUE(x && y);
+  std::vector<std::pair<double, double>> dots;
+  for (const auto& [px, py] : circles(picture, "mark point")) {
+    dots.emplace_back(std::round((px - x->a) / x->b * 100) / 100,
+                      std::round((py - y->a) / y->b * 100) / 100);
+  }
+  std::sort(dots.begin(), dots.end());
+  EXPECT_EQ(dots, (std::vector<std::pair<double, double>>{
+                      {1, 0.5}, {1, 1.5}, {1, 2.5}, {2, 0.5}, {3, 0.5}, {3, 1.5}}));
+  // Dots of one stack touch: their diameter is one count (under 16 pixels).
+  const std::regex radius(R"re(<circle [^>]*r="([0-9.]+)")re");
+  std::smatch r;
+  ASSERT_TRUE(std::regex_search(picture, r, radius));
+  EXPECT_NEAR(2 * std::stod(r[1].str()), std::min(16.0, std::fabs(y->b)), 0.01);
+  EXPECT_NE(renderer.description().find("Dot plot of vx, 6 cases"), std::string::npos)
+      << renderer.description();
+  EXPECT_NE(renderer.description().find("Count from 1 to 3"), std::string::npos)
+      << renderer.description();
+  // With a y the element stays a scatter, and says so.
+  ASSERT_TRUE(load(document(kXY, kAxes + "<element id=\"e\" type=\"point\" dot=\"dot\">"
+                                         "<x variable=\"vx\"/><y variable=\"vy\"/></element>"),
+                   "X,Y\n1,1\n"));
+  EXPECT_EQ(renderer.skipped(),
+            std::vector<std::string>{"dot plot of element e with a y (drawn as a scatter)"});
 }
 
 TEST_F(RenderElements, BarsTakeTheMeanOpacityAndColourOfTheirCases) {

@@ -402,6 +402,73 @@ TEST_F(RenderPanels, FacetLabelingReversesLevelsAndShapesCells) {
     ASSERT_TRUE(w.size() == 1 && h.size() == 1) << rect;
     EXPECT_NEAR(std::stod(w[0]), std::stod(h[0]), 0.6) << rect;
   }
+  // Gaps between the columns (level 1) and rows (level 2): an inch and
+  // half an inch, the rows' beside the strips of the row below.
+  const auto corners = [&]() {
+    std::vector<std::pair<double, double>> out;
+    for (const std::string& rect : matches(svg, "<clipPath id=\"[^\"]*\"><rect ([^/]*)/>")) {
+      out.emplace_back(std::stod(matches(rect, "x=\"([-0-9.]+)\"")[0]),
+                       std::stod(matches(rect, "y=\"([-0-9.]+)\"")[0]));
+    }
+    return out;
+  };
+  const auto spaced = [&](const std::string& columns, const std::string& rows) {
+    draw(document(kLevelVariables, "<facetLabeling><facetLabel level=\"1\"" + columns +
+                                       "/><facetLabel level=\"2\"" + rows + "/></facetLabeling>" +
+                                       facets("<facetVariable role=\"x\" variable=\"va\"/>"
+                                              "<facetVariable role=\"y\" variable=\"vb\"/>")),
+         kLevels);
+    EXPECT_TRUE(renderer.skipped().empty()) << renderer.skipped().front();
+    const auto at = corners();
+    const auto w = matches(svg, "<clipPath id=\"[^\"]*\"><rect [^/]*width=\"([-0-9.]+)\"");
+    const auto h = matches(svg, "<clipPath id=\"[^\"]*\"><rect [^/]*height=\"([-0-9.]+)\"");
+    EXPECT_EQ(at.size(), 4u);
+    // Panels in reading order: the second is right of the first, the third below it.
+    return std::pair{at[1].first - at[0].first - std::stod(w[0]),
+                     at[2].second - at[0].second - std::stod(h[0])};
+  };
+  const auto plain = spaced("", "");
+  const auto apart = spaced(" gap=\"1in\"", " gap=\"0.5in\" cellStyle=\"data_1\"");
+  EXPECT_NEAR(apart.first, 96, 0.1);
+  EXPECT_NEAR(apart.second - plain.second, 48 - 10, 0.1);  // 10: the gap when none is said
+  // Axes along the levels name them once, at the grid's edge, in place of
+  // the strips: the columns' under the bottom tick labels, the rows' turned
+  // to read upwards beside the left ones.
+  draw(document(kLevelVariables,
+                "<facetLabeling><facetLabel level=\"1\"><axis id=\"ax\"><majorTicks/></axis>"
+                "</facetLabel><facetLabel level=\"2\"><axis id=\"ay\"><majorTicks "
+                "labelAngle=\"-90\"/></axis></facetLabel></facetLabeling>" +
+                    facets("<facetVariable role=\"x\" variable=\"va\"/>"
+                           "<facetVariable role=\"y\" variable=\"vb\"/>")),
+       kLevels);
+  EXPECT_TRUE(renderer.skipped().empty()) << renderer.skipped().front();
+  EXPECT_EQ(count(svg, "panel-strip"), 0u);
+  EXPECT_EQ(texts(svg, "facet-axis-label x"), (std::vector<std::string>{"a", "b"}));
+  EXPECT_EQ(texts(svg, "facet-axis-label y"), (std::vector<std::string>{"p", "q"}));
+  const auto lowest = [&](const std::string& role) {
+    double y = 0;
+    for (const std::string& at : matches(svg, "class=\"" + role +
+                                                  "\"[^>]*><tspan x=\"[-0-9.]+\" "
+                                                  "y=\"([-0-9.]+)\"")) {
+      y = std::max(y, std::stod(at));
+    }
+    return y;
+  };
+  EXPECT_GT(lowest("facet-axis-label x"), lowest("tick-label x") + 6);
+  EXPECT_EQ(matches(svg, "class=\"facet-axis-label y\"[^>]*(transform=\"rotate\\(-90 )").size(), 2u)
+      << svg;
+  // A gap and an axis at the cells' own level and a cell class our look
+  // does not know are not drawn, and said.
+  draw(document(kLevelVariables,
+                "<facetLabeling><facetLabel level=\"0\" gap=\"5px\" cellStyle=\"fancy_1\">"
+                "<axis id=\"strip_axis\"><majorTicks/></axis></facetLabel></facetLabeling>" +
+                    facets("<facetVariable role=\"x\" variable=\"va\"/>")),
+       kLevels);
+  EXPECT_EQ(renderer.skipped(),
+            (std::vector<std::string>{
+                "gap '5px' of the facet label of level 0 of frame frame_data_1",
+                "cell style 'fancy_1' of the facet label of level 0 of frame frame_data_1",
+                "axis of the facet label of level 0 of frame frame_data_1"}));
   // A wide cell aspect of a half: cells twice as wide as high.
   draw(document(kLevelVariables, "<facetLabeling cellAspect=\"0.5\"/>" +
                                      facets("<facetVariable role=\"x\" variable=\"va\"/>")),
@@ -410,6 +477,35 @@ TEST_F(RenderPanels, FacetLabelingReversesLevelsAndShapesCells) {
   ASSERT_EQ(wide.size(), 2u) << svg;
   EXPECT_NEAR(std::stod(matches(wide[0], "width=\"([-0-9.]+)\"")[0]),
               2 * std::stod(matches(wide[0], "height=\"([-0-9.]+)\"")[0]), 1.0);
+}
+
+// Marks are cut at their panel's edge unless the frame says not to clip:
+// then a marker on the edge is drawn whole, over the axis's side.
+TEST_F(RenderPanels, FramesThatDoNotClipDrawEdgeMarkersWhole) {
+  const std::string body =
+      dimension("x", "", "<majorTicks/>") + dimension("y", "", "<majorTicks/>") + kPoints;
+  const std::string csv = "X,Y\n0,5\n10,0\n10,10\n";
+  const auto probe = [&](const std::string& clip) {
+    draw(std::regex_replace(document(kLevelVariables, body), std::regex("\"frame_data_1\""),
+                            "\"frame_data_1\"" + clip),
+         csv);
+    EXPECT_TRUE(renderer.skipped().empty());
+    // The point (0, 5) sits on the panel's left edge, half way up; 8 pixels
+    // across, it reaches 4 pixels past the edge. Ticks at 0 and 10 give
+    // the edge and the middle.
+    const auto xs = starts(svg, "tick x"), ys = starts(svg, "tick y");
+    const double left = xs.front().first, middle = (ys.front().second + ys.back().second) / 2;
+    return pixel(png(), static_cast<int>(left - 2), static_cast<int>(middle));
+  };
+  const unsigned marker = 0x0072B2;
+  EXPECT_EQ(probe(""), 0xFFFFFFu);
+  EXPECT_EQ(count(svg, "<clipPath"), 1u);
+  EXPECT_EQ(count(svg, "<rect x=\"0\" y=\"0\""), 0u) << "the clip is the panel";
+  EXPECT_EQ(probe(" clip=\"true\""), 0xFFFFFFu);
+  EXPECT_EQ(probe(" clip=\"false\""), marker);
+  const auto clips = matches(svg, "<clipPath id=\"[^\"]*\"><rect ([^/]*)/>");
+  ASSERT_EQ(clips.size(), 1u) << svg;
+  EXPECT_EQ(matches(clips[0], "(x=\"0\" y=\"0\")").size(), 1u) << "the clip is the picture";
 }
 
 TEST_F(RenderPanels, CubeWireFrameDrawsTwelveEdgesOrNineClearOfTheNearCorner) {

@@ -186,7 +186,15 @@ void tallyRows(const Panel& panel, const Layer& layer, Tally& tally) {
 void tallyMarks(const Layer& layer, Tally& tally) {
   const bool histogram =
       layer.element->statistic && layer.element->statistic->method == "histogram";
-  if (layer.summary || layer.countsOnY) {
+  if (layer.kind == LayerKind::kPoints && layer.countsOnY) {
+    // A dot plot's values are its stacks' heights: the top dot's count.
+    std::map<double, double> stacks;
+    for (std::size_t i = 0; i < layer.px.size(); ++i) {
+      double& top = stacks[layer.px[i]];
+      top = std::max(top, layer.py[i] + 0.5);
+    }
+    for (const auto& [x, height] : stacks) tally.values.add(height);
+  } else if (layer.summary || layer.countsOnY) {
     for (const double value : layer.py) tally.values.add(value);
     for (const Series& series : layer.series) {
       for (const double value : series.y) tally.values.add(value);
@@ -274,6 +282,9 @@ std::string kindPhrase(const DescribedChart& chart, const Layer& layer) {
     case LayerKind::kPoints:
       if (layer.z != nullptr) {
         return "3-D scatter plot of " + y + " by " + nameOf(layer.x) + " and " + nameOf(layer.z);
+      }
+      if (layer.countsOnY && layer.x != nullptr) {
+        return (polar ? "Polar dot plot of " : "Dot plot of ") + nameOf(layer.x) + around;
       }
       return std::string(polar ? (layer.summary ? "Polar dot plot of " : "Polar scatter plot of ")
                                : (layer.summary ? "Dot plot of " : "Scatter plot of ")) +

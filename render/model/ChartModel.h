@@ -80,6 +80,13 @@ struct Element {
   std::string labeling;                   // the labeling's variable id, if it names one
   bool hollow = false;                    // its style says "fill:transparent"
   bool hideCollidingLabels = false;       // a label overlapping one placed before is left out
+  // A label colliding with one placed before first tries other places
+  // around its mark (labelCollisionHandling "shift"); else it stays put.
+  bool shiftCollidingLabels = false;
+  bool dot = false;  // points of an x alone stack as a dot plot
+  // The marker diameters (pixels) the size aesthetic's least and greatest
+  // values take; unset: the renderer's own range.
+  std::optional<double> sizeLow, sizeHigh;
 
   const std::string* position(Role role) const;
 };
@@ -145,6 +152,16 @@ struct DataFrame {
   // multiple of its width.
   bool reverseColumns = false, reverseRows = false;
   std::optional<double> cellAspect;
+  // The room (pixels) between columns (level 1) and rows (level 2) of
+  // panels, when the labeling says.
+  std::optional<double> columnGap, rowGap;
+  // An axis along the columns' (rows') labels names those levels once, at
+  // the grid's edge, in place of a strip over each panel; turned by its
+  // tick labels' angle.
+  std::optional<double> columnAxisAngle, rowAxisAngle;
+  // Marks are cut at the edge of their panel; false: they may reach past it
+  // (a marker on the edge is whole), up to the picture's edge.
+  bool clip = true;
 
   const Dimension* dimension(Role role) const;
 };

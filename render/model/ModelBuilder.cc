@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <map>
 
 namespace chartxml::render {
@@ -135,6 +136,25 @@ std::optional<double> marginOf(std::string_view text) {
   const auto percent = parseNumber(text.substr(0, text.size() - 1));
   if (!percent || *percent < 0 || *percent > 1000) return std::nullopt;
   return *percent / 100;
+}
+
+// A length such as "12px", "9pt", "0.5in", "1cm", "4mm" or a bare number of
+// pixels, in pixels (96 to the inch); nothing for any other text.
+std::optional<double> lengthOf(std::string_view text) {
+  text = trimmed(text);
+  static constexpr std::pair<std::string_view, double> kUnits[] = {
+      {"px", 1.0}, {"pt", 96.0 / 72}, {"in", 96.0}, {"cm", 96.0 / 2.54}, {"mm", 96.0 / 25.4}};
+  double scale = 1;
+  for (const auto& [unit, pixels] : kUnits) {
+    if (text.size() > unit.size() && text.ends_with(unit)) {
+      text.remove_suffix(unit.size());
+      scale = pixels;
+      break;
+    }
+  }
+  const auto value = parseNumber(text);
+  if (!value || !std::isfinite(*value) || *value < 0) return std::nullopt;
+  return *value * scale;
 }
 
 class Builder {
@@ -312,6 +332,7 @@ class Builder {
   DataFrame readDataFrame(const XmlNode& node) {
     DataFrame frame;
     frame.id = node.attr("id");
+    frame.clip = node.attr("clip") != "false";
     for (const XmlNode& child : node.children) {
       const std::string_view tag = child.tag;
       if (tag == "coordinateTransform") {
@@ -348,10 +369,46 @@ class Builder {
       frame.cellAspect = std::clamp(*aspect, 0.05, 20.0);
     }
     for (const XmlNode& label : node.children) {
-      if (label.tag != "facetLabel" || !isTrue(label.attr("reverse"))) continue;
+      if (label.tag != "facetLabel") continue;
       const int level = parseInt(label.attr("level"), 0);
-      if (level == 1) frame.reverseColumns = true;
-      if (level == 2) frame.reverseRows = true;
+      const std::string what =
+          "facet label of level " + std::to_string(level) + " of frame " + frame.id;
+      if (isTrue(label.attr("reverse"))) {
+        if (level == 1) frame.reverseColumns = true;
+        if (level == 2) frame.reverseRows = true;
+      }
+      if (const auto* gap = label.find("gap")) {
+        const auto pixels = lengthOf(*gap);
+        // Level 1 parts the columns, level 2 the rows; the cells' own level
+        // (0) has no neighbours to keep apart.
+        if (pixels && (level == 1 || level == 2)) {
+          (level == 1 ? frame.columnGap : frame.rowGap) = std::min(*pixels, 500.0);
+        } else {
+          model_.skip("gap '" + *gap + "' of the " + what);
+        }
+      }
+      // The cell classes of our own look: data and pie cells are the plain
+      // panels, a matrix's are its grey variable cells; both are drawn so.
+      if (const auto* cell = label.find("cellStyle")) {
+        static constexpr std::string_view kKnown[] = {"data_1", "pie_1", "matrixscatterx_1",
+                                                      "matrixscattery_1"};
+        if (std::find(std::begin(kKnown), std::end(kKnown), *cell) == std::end(kKnown)) {
+          model_.skip("cell style '" + *cell + "' of the " + what);
+        }
+      }
+      for (const XmlNode& child : label.children) {
+        if (child.tag != "axis" || (level != 1 && level != 2)) {
+          model_.skip(child.tag + " of the " + what);
+          continue;
+        }
+        double angle = 0;
+        if (const XmlNode* ticks = child.child("majorTicks")) {
+          if (const auto* text = ticks->find("labelAngle")) {
+            angle = std::clamp(parseNumber(*text).value_or(0), -90.0, 90.0);
+          }
+        }
+        (level == 1 ? frame.columnAxisAngle : frame.rowAxisAngle) = angle;
+      }
     }
   }
 
@@ -477,6 +534,23 @@ class Builder {
     }
     readElementChildren(element, node);
     element.hideCollidingLabels = node.attr("showCollidingLabels") == "false";
+    if (const auto* handling = node.find("labelCollisionHandling")) {
+      if (*handling == "shift") {
+        element.shiftCollidingLabels = true;
+      } else if (*handling == "hide") {
+        element.hideCollidingLabels = true;
+      } else if (*handling != "normal") {
+        model_.skip("label collision handling '" + *handling + "' of element " + element.id);
+      }
+    }
+    if (const auto* dot = node.find("dot")) {
+      element.dot = *dot == "dot" || *dot == "true";
+      if (element.type != "point" && element.dot) {
+        model_.skip("dot plot of element " + element.id + " of type '" + element.type + "'");
+      } else if (!element.dot && *dot != "false" && !dot->empty()) {
+        model_.skip("dot setting '" + *dot + "' of element " + element.id);
+      }
+    }
     return element;
   }
 
@@ -505,6 +579,7 @@ class Builder {
         element.styleCycle = child.attr("styleCycle");
       } else if (tag == "size") {
         element.size = variable;
+        readSizeRange(element, child);
       } else if (tag == "split") {
         element.split = variable;
       } else if (tag == "transparency") {
@@ -521,6 +596,21 @@ class Builder {
         model_.skip(std::string(tag) + " of element " + element.id);
       }
     }
+  }
+
+  // The marker sizes of the least and greatest values. The binned
+  // element's words name our look's own sizes for counts: its default range.
+  void readSizeRange(Element& element, const XmlNode& size) {
+    const auto read = [&](std::string_view name, std::string_view word) -> std::optional<double> {
+      const auto* text = size.find(name);
+      if (text == nullptr || *text == word) return std::nullopt;
+      if (const auto pixels = lengthOf(*text)) return std::clamp(*pixels, 0.5, 200.0);
+      model_.skip("size " + std::string(name) + " '" + *text + "' of element " + element.id +
+                  " (not a length: the default range is drawn)");
+      return std::nullopt;
+    };
+    element.sizeLow = read("low", "binlowval");
+    element.sizeHigh = read("high", "binhighval");
   }
 
   ChartModel& model_;

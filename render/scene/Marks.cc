@@ -7,6 +7,7 @@
 #include <map>
 #include <numbers>
 #include <optional>
+#include <tuple>
 
 #include "scales/Palette.h"
 #include "scene/Guides.h"
@@ -53,12 +54,16 @@ double sizeStep(double size) {
   return std::round(size * 4) / 4;
 }
 
-// The batch's look: its colours (each in every step of opacity with the
-// transparency aesthetic) and outline.
-void dressBatch(PointBatch& batch, const Layer& layer, const PointLook& look, std::size_t groups) {
+// How many colours a batch's palette holds with the transparency
+// aesthetic: each in every step of opacity, indexed by 16 bits.
+constexpr std::size_t kColoursPerPalette = 65536 / kAlphaSteps;
+
+// The batch's look: colours first..end-1 (each in every step of opacity with
+// the transparency aesthetic) and its outline.
+void dressBatch(PointBatch& batch, const Layer& layer, const PointLook& look, std::size_t first,
+                std::size_t end) {
   batch.role = "mark point";
-  const std::size_t colours = layer.shades ? kGradientSteps : groups;
-  for (std::size_t g = 0; g < colours; ++g) {
+  for (std::size_t g = first; g < end; ++g) {
     const Color color =
         layer.shades
             ? gradientColor(static_cast<double>(g) / static_cast<double>(kGradientSteps - 1))
@@ -70,7 +75,7 @@ void dressBatch(PointBatch& batch, const Layer& layer, const PointLook& look, st
       batch.palette.push_back(drawn);
       continue;
     }
-    // Each colour in every step of opacity: colour g, step k at g * steps + k.
+    // Each colour in every step of opacity: colour g, step k at (g - first) * steps + k.
     for (std::size_t k = 0; k < kAlphaSteps; ++k) {
       batch.palette.push_back(withAlpha(
           drawn, static_cast<std::uint8_t>(std::lround(drawn.a * alphaOfStep(k) / 255.0))));
@@ -102,6 +107,15 @@ bool linearScale(const AxisScale& scale) {
   return scale.kind() == AxisScale::Kind::kLinear || scale.kind() == AxisScale::Kind::kDate;
 }
 
+// The diameter of unsized points: the look's; a dot plot's dots are one
+// count of y across, so that a stack's dots touch (within reason).
+double unsizedPoint(const Layer& layer, const PanelView& view, const PointLook& look) {
+  if (!layer.element->dot || !layer.countsOnY) return look.size;
+  const double x = layer.px.empty() ? 0 : layer.px[0];
+  const double across = std::hypot(view.px(x, 1) - view.px(x, 0), view.py(x, 1) - view.py(x, 0));
+  return std::isfinite(across) ? std::clamp(across, 1.0, 16.0) : look.size;
+}
+
 // Points of one look in one batch, placed a column at a time: the common
 // scatter of many points. False, with nothing drawn, for any other.
 bool drawPlainPoints(Scene& scene, const Layer& layer, const PanelView& view,
@@ -120,8 +134,8 @@ bool drawPlainPoints(Scene& scene, const Layer& layer, const PanelView& view,
   }
   PointBatch batch;
   batch.shape = shape;
-  batch.size = look.size;
-  dressBatch(batch, layer, look, groups);
+  batch.size = unsizedPoint(layer, view, look);
+  dressBatch(batch, layer, look, 0, groups);
   const Rect& area = view.area;
   placeLinear(view.transposed ? layer.py : layer.px, view.horizontal(), area.x, area.width, false,
               batch.x);
@@ -135,13 +149,20 @@ bool drawPlainPoints(Scene& scene, const Layer& layer, const PanelView& view,
 void drawPoints(Scene& scene, const Layer& layer, const PanelView& view, const PointLook& look) {
   if (drawPlainPoints(scene, layer, view, look)) return;
   const std::size_t groups = groupCount(layer);
-  // One batch per shape and size: shapes tell style-by categories apart, or
-  // colour groups past the distinct colours; sizes come from the size aesthetic.
+  const std::size_t colours = layer.shades ? kGradientSteps : groups;
+  // One batch per shape, size and palette: shapes tell style-by categories
+  // apart, or colour groups past the distinct colours; sizes come from the
+  // size aesthetic; with the transparency aesthetic, colours past what 16
+  // bits index in every step of opacity go to batches of their own.
+  const double unsized = unsizedPoint(layer, view, look);
+  const bool fading = layer.transparency != nullptr;
+  const std::size_t perPalette = fading ? kColoursPerPalette : colours;
+  using Key = std::tuple<MarkerShape, double, std::size_t>;
   std::vector<PointBatch> batches;
-  std::map<std::pair<MarkerShape, double>, std::size_t> batchOf;
+  std::map<Key, std::size_t> batchOf;
   // The batch of the point before: most points share it, and a scatter of
   // millions should not ask the map for each.
-  std::pair<MarkerShape, double> lastKey{};
+  Key lastKey{};
   std::size_t current = 0;
   // Each group's shape once: a style cycle names shapes in words.
   std::vector<MarkerShape> shapes(groups);
@@ -151,8 +172,10 @@ void drawPoints(Scene& scene, const Layer& layer, const PanelView& view, const P
     const MarkerShape shape = layer.styles     ? styleShape(layer, layer.pointStyle[i])
                               : group < groups ? shapes[group]
                                                : groupShape(layer, group);
-    const double size = layer.sizes ? sizeStep(markerSize(layer, layer.pointSize[i])) : look.size;
-    const std::pair<MarkerShape, double> key{shape, size};
+    const double size = layer.sizes ? sizeStep(markerSize(layer, layer.pointSize[i])) : unsized;
+    const std::size_t colour = layer.shades ? shadeIndex(layer, layer.pointShade[i]) : group;
+    const std::size_t palette = fading ? colour / perPalette : 0;
+    const Key key{shape, size, palette};
     const bool same = i > 0 && key == lastKey;
     const auto [at, added] =
         same ? std::pair{batchOf.end(), false} : batchOf.try_emplace(key, batches.size());
@@ -164,8 +187,9 @@ void drawPoints(Scene& scene, const Layer& layer, const PanelView& view, const P
       PointBatch batch;
       batch.shape = shape;
       batch.size = size;
-      dressBatch(batch, layer, look, groups);
-      if (layer.sizes == nullptr && layer.styles == nullptr) {
+      const std::size_t first = palette * perPalette;
+      dressBatch(batch, layer, look, first, std::min(colours, first + perPalette));
+      if (layer.sizes == nullptr && layer.styles == nullptr && colours <= perPalette) {
         // One size and, mostly, one shape: room for every point.
         batch.x.reserve(layer.px.size());
         batch.y.reserve(layer.px.size());
@@ -176,10 +200,10 @@ void drawPoints(Scene& scene, const Layer& layer, const PanelView& view, const P
     PointBatch& batch = batches[current];
     batch.x.push_back(static_cast<float>(view.px(layer.px[i], layer.py[i])));
     batch.y.push_back(static_cast<float>(view.py(layer.px[i], layer.py[i])));
-    std::size_t colour = layer.shades ? shadeIndex(layer, layer.pointShade[i]) : group;
-    if (layer.transparency != nullptr)
-      colour = colour * kAlphaSteps + alphaStep(layer.pointAlpha[i]);
-    batch.colorIndex.push_back(static_cast<std::uint16_t>(colour));
+    const std::size_t index =
+        fading ? (colour - palette * perPalette) * kAlphaSteps + alphaStep(layer.pointAlpha[i])
+               : colour;
+    batch.colorIndex.push_back(static_cast<std::uint16_t>(index));
   }
   // Big markers first, so that small ones stay visible on top of them.
   std::stable_sort(batches.begin(), batches.end(),
@@ -472,6 +496,7 @@ void drawLabels(Scene& scene, const Layer& layer, const PanelView& view, LabelRo
   const bool centred = layer.kind == LayerKind::kTiles || layer.kind == LayerKind::kBoxes ||
                        layer.kind == LayerKind::kContours;
   const bool hide = layer.element->hideCollidingLabels;
+  const bool shift = layer.element->shiftCollidingLabels;
   // Cells label in white where their colour is dark.
   const bool onTiles = layer.kind == LayerKind::kTiles && layer.labels.size() == layer.tiles.size();
   for (std::size_t i = 0; i < layer.labels.size(); ++i) {
@@ -513,7 +538,41 @@ void drawLabels(Scene& scene, const Layer& layer, const PanelView& view, LabelRo
       const TextBox measured = room->text->measure(item.text, item.font);
       Rect box{item.x - item.hAlign * measured.width, item.y - item.vAlign * measured.height,
                measured.width, measured.height};
-      keepInside(item, box, view.area, view.py(label.x, label.y));
+      const double markX = view.px(label.x, label.y), markY = view.py(label.x, label.y);
+      keepInside(item, box, view.area, markY);
+      if (shift && !centred && room->collides(box)) {
+        // Other places around the mark, nearest first, the first clear one
+        // winning: below it, beside it (hanging from the place above),
+        // then a line farther out each round.
+        constexpr double kReach = 5;
+        const double line = measured.height;
+        for (int round = 0; round < 3; ++round) {
+          const double out = round * line;
+          const double beside = markY - kReach + 0.5 + out;  // just clear of the place above
+          const double places[][4] = {{markX, markY + kReach + out, 0.5, 0},
+                                      {markX + kReach, beside, 0, 0},
+                                      {markX - kReach, beside, 1, 0},
+                                      {markX, markY - kReach - out, 0.5, 1}};
+          bool placed = false;
+          for (const auto& [x, y, h, v] : places) {
+            if (round == 0 && v == 1) continue;  // the first place, taken
+            TextItem moved = item;
+            moved.x = x;
+            moved.y = y;
+            moved.hAlign = h;
+            moved.vAlign = v;
+            Rect movedBox{x - h * measured.width, y - v * measured.height, measured.width,
+                          measured.height};
+            keepInside(moved, movedBox, view.area, markY);
+            if (room->collides(movedBox)) continue;
+            item = std::move(moved);
+            box = movedBox;
+            placed = true;
+            break;
+          }
+          if (placed) break;
+        }
+      }
       if (hide && room->collides(box)) continue;
       room->place(box);
       if (layer.kind == LayerKind::kContours) {
@@ -640,11 +699,14 @@ void addHatch(Scene& scene, const Path& region, const Rect& bounds, std::size_t 
 }
 
 double markerSize(const Layer& layer, double value) {
-  constexpr double kSmallest = 4, kLargest = 18;
+  // The document may give the sizes of the least and greatest values (the
+  // greatest may be the smaller: larger values then draw smaller markers).
+  const double smallest = layer.element && layer.element->sizeLow ? *layer.element->sizeLow : 4;
+  const double largest = layer.element && layer.element->sizeHigh ? *layer.element->sizeHigh : 18;
   const double span = layer.sizeHi - layer.sizeLo;
   const double share = span > 0 ? std::clamp((value - layer.sizeLo) / span, 0.0, 1.0) : 0.5;
   // Areas, not diameters, grow with the value.
-  return kSmallest + (kLargest - kSmallest) * std::sqrt(share);
+  return smallest + (largest - smallest) * std::sqrt(share);
 }
 
 Color groupColor(const Layer& layer, std::size_t group) {

@@ -53,13 +53,15 @@ std::uint8_t alphaOfStep(std::size_t step);
 // Hatching over `region` (a closed path within `bounds`) for `style`.
 void addHatch(Scene& scene, const Path& region, const Rect& bounds, std::size_t style);
 
-// The diameter of a marker whose size variable has `value`.
+// The diameter of a marker whose size variable has `value`: between the
+// element's low and high sizes, else the renderer's own range.
 double markerSize(const Layer& layer, double value);
 
 // The labels placed so far in a panel, measured by `text`: a contour's
-// label gets a backing the line does not cross, and an element that hides
-// colliding labels leaves out each one that would overlap a label placed
-// before it (in drawing order, its own or another element's).
+// label gets a backing the line does not cross, an element that shifts
+// colliding labels first tries other places around the mark, and one that
+// hides them leaves out each that would still overlap a label placed before
+// it (in drawing order, its own or another element's).
 struct LabelRoom {
   explicit LabelRoom(TextEngine* engine) : text(engine) {}
 

@@ -79,6 +79,8 @@ bool makeMatrix(const DataFrame& frame, const Element& element, ChartModel& mode
       panel.rightEdge = column + 1 == grid.columns;
       panel.diagonal = x.variable == y.variable;
       panel.diagonalLabel = x.label;
+      panel.columnName = x.label;
+      panel.rowName = y.label;
       if (!panel.diagonal) {
         Element cell = element;
         cell.positions[Role::kX] = x.variable;

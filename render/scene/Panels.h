@@ -27,6 +27,7 @@ struct Panel {
   // A matrix cell of a variable against itself shows the variable's name.
   bool diagonal = false;
   std::string diagonalLabel;
+  std::string columnName, rowName;       // a matrix's variables of its column and row
   std::vector<const Element*> elements;  // what the panel draws
   std::vector<Layer> layers;
   Rect area;

@@ -348,9 +348,9 @@ Series closedLoop(const Series& series, double turn) {
 }  // namespace
 
 void drawPolarMarks(Scene& scene, const std::vector<Layer>& layers, const Rect& area,
-                    const AxisScale& angle, const AxisScale& radius, const ValueFormat& angleFormat,
-                    const ValueFormat& radiusFormat, const PointLook& look, bool rose,
-                    TextEngine& text) {
+                    const Rect& clip, const AxisScale& angle, const AxisScale& radius,
+                    const ValueFormat& angleFormat, const ValueFormat& radiusFormat,
+                    const PointLook& look, bool rose, TextEngine& text) {
   const PolarMap map{Circle(area), &angle, &radius, area};
   AxisScale::TickSet rings;
   if (!rose) {
@@ -368,7 +368,7 @@ void drawPolarMarks(Scene& scene, const std::vector<Layer>& layers, const Rect& 
   up.train(area.bottom());
   up.finish(nullptr);
   const PanelView view{area, &across, &up, false};
-  scene.items.emplace_back(ClipBegin::rectangle(area.x, area.y, area.width, area.height));
+  scene.items.emplace_back(ClipBegin::rectangle(clip.x, clip.y, clip.width, clip.height));
   LabelRoom labels(&text);
   // Categories around the circle follow one another round and round.
   const bool around = angle.kind() == AxisScale::Kind::kBand && angle.categories() != nullptr;

@@ -34,10 +34,10 @@ void drawRose(Scene& scene, const Layer& layer, const Rect& area, const AxisScal
 // Points, lines and areas of `layers` (other kinds are left to drawRose
 // and drawSlices) over `area`: rings at the radius ticks, spokes and names
 // at the angle's, unless `rose` says a rose draws them. `angleFormat` and
-// `radiusFormat` format the two scales' tick labels.
+// `radiusFormat` format the two scales' tick labels. Marks are cut at `clip`.
 void drawPolarMarks(Scene& scene, const std::vector<Layer>& layers, const Rect& area,
-                    const AxisScale& angle, const AxisScale& radius, const ValueFormat& angleFormat,
-                    const ValueFormat& radiusFormat, const PointLook& look, bool rose,
-                    TextEngine& text);
+                    const Rect& clip, const AxisScale& angle, const AxisScale& radius,
+                    const ValueFormat& angleFormat, const ValueFormat& radiusFormat,
+                    const PointLook& look, bool rose, TextEngine& text);
 
 }  // namespace chartxml::render

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <numbers>
 #include <tuple>
 
 #include "describe/Description.h"
@@ -27,11 +28,13 @@ constexpr Font kFootnoteFont{11, false};
 constexpr Font kStripFont{11, false};
 constexpr Font kDiagonalFont{12, true};
 constexpr Font kNoteFont{12, false};
-constexpr double kOuter = 14;      // the picture's margin
-constexpr double kPanelGap = 10;   // between panels
-constexpr double kLegendGap = 18;  // between the panels and the legends
-constexpr double kStripPad = 4;    // around a panel label's text
-constexpr double kMinPanel = 10;   // panels never shrink below this
+constexpr double kOuter = 14;            // the picture's margin
+constexpr double kPanelGap = 10;         // between panels
+constexpr double kLegendGap = 18;        // between the panels and the legends
+constexpr double kStripPad = 4;          // around a panel label's text
+constexpr double kMinPanel = 10;         // panels never shrink below this
+constexpr double kLevelAxisGap = 6;      // between the axes and the names of the levels
+constexpr double kMostLevelDepth = 160;  // how far a level's name may reach out
 
 TextItem text(std::string content, Font font, Color color, double x, double y, double hAlign,
               std::string role) {
@@ -580,12 +583,15 @@ class Builder {
     double columnLines = 0, rowLines = 0;
     layout.columnTexts.clear();
     layout.rowTexts.clear();
+    // Levels that an axis names have no strips.
+    const bool columnStrips = !frame_->columnAxisAngle, rowStrips = !frame_->rowAxisAngle;
     for (const Panel& panel : grid_.panels) {
-      const double c =
-          panel.columnLabel.empty() ? 0 : fit(panel.columnLabel, width, layout.columnTexts);
-      if (panel.columnLabel.empty()) layout.columnTexts.emplace_back();
-      const double r = panel.rowLabel.empty() ? 0 : fit(panel.rowLabel, height, layout.rowTexts);
-      if (panel.rowLabel.empty()) layout.rowTexts.emplace_back();
+      const bool column = columnStrips && !panel.columnLabel.empty();
+      const bool row = rowStrips && !panel.rowLabel.empty();
+      const double c = column ? fit(panel.columnLabel, width, layout.columnTexts) : 0;
+      if (!column) layout.columnTexts.emplace_back();
+      const double r = row ? fit(panel.rowLabel, height, layout.rowTexts) : 0;
+      if (!row) layout.rowTexts.emplace_back();
       columnLines = std::max(columnLines, c);
       rowLines = std::max(rowLines, r);
     }
@@ -635,14 +641,21 @@ class Builder {
         vEnd = std::max(vEnd, labelOverhang(plan, panelHeight, true, text_));
       }
       const double hReach = hStart + hEnd + kLabelSpace, vReach = vStart + vEnd + 2;
-      layout.hGap = std::max(kPanelGap, hReach) + (layout.ownV ? layout.vLabels : 0);
+      // The labeling may set the room between panels; labels between them
+      // still get theirs.
+      const double columnGap = frame_->columnGap.value_or(kPanelGap);
+      const double rowGap = frame_->rowGap.value_or(kPanelGap);
+      layout.hGap = std::max(columnGap, hReach) + (layout.ownV ? layout.vLabels : 0);
       const double between = layout.stripDepth + (layout.ownH ? layout.hLabels : 0);
-      layout.vGap = std::max(kPanelGap + between, vReach);
+      layout.vGap = std::max(rowGap + between, vReach);
       // The outermost tick labels may reach past the panels' corners, into
       // the picture's margin but no farther.
-      const double leftOuter = std::max(vSide == AxisSide::kLeft ? vDepth : 0, hStart - kOuter / 2);
+      const double leftOuter =
+          std::max(vSide == AxisSide::kLeft ? vDepth : 0, hStart - kOuter / 2) +
+          levelAxisRoom(false, panelHeight);
       const double bottomOuter =
-          std::max(hSide == AxisSide::kBottom ? hDepth : 0, vStart - kOuter / 2);
+          std::max(hSide == AxisSide::kBottom ? hDepth : 0, vStart - kOuter / 2) +
+          levelAxisRoom(true, panelWidth);
       topOuter =
           std::max((hSide == AxisSide::kTop ? hDepth : 0) + layout.stripDepth + (axes ? 6 : 0),
                    vEnd - kOuter / 2);
@@ -699,7 +712,7 @@ class Builder {
         if (polarDraws({LayerKind::kPoints, LayerKind::kLines, LayerKind::kAreas})) {
           const AxisScale& angle = xScales_[panel.xScale];
           const AxisScale& radius = yScales_[panel.yScale];
-          drawPolarMarks(scene_, panel.layers, panel.area, angle, radius,
+          drawPolarMarks(scene_, panel.layers, panel.area, clipOf(panel), angle, radius,
                          describeAxis(AxisSide::kBottom, &angle, Role::kX, panel.xScale).format,
                          describeAxis(AxisSide::kLeft, &radius, Role::kY, panel.yScale).format,
                          look, rose, text_);
@@ -727,7 +740,15 @@ class Builder {
       }
       drawAxisTitle(scene_, deepestPlan, titled);
     }
+    drawLevelAxes(span, hSide == AxisSide::kBottom ? deepest(bottom) : 0,
+                  vSide == AxisSide::kLeft ? deepest(left) : 0, panelWidth, panelHeight);
     plotArea_ = span;
+  }
+
+  // Where a panel's marks are cut: at its edge, or, when the frame does not
+  // clip, at the picture's (a marker on the panel's edge stays whole).
+  Rect clipOf(const Panel& panel) const {
+    return frame_->clip ? panel.area : Rect{0, 0, scene_.width, scene_.height};
   }
 
   void drawCartesian(const Panel& panel, const PointLook& look, const std::vector<AxisPlan>& bottom,
@@ -740,8 +761,8 @@ class Builder {
     } else {
       drawGrid(scene_, across, view);
       drawGrid(scene_, upward, view);
-      scene_.items.emplace_back(
-          ClipBegin::rectangle(panel.area.x, panel.area.y, panel.area.width, panel.area.height));
+      const Rect clip = clipOf(panel);
+      scene_.items.emplace_back(ClipBegin::rectangle(clip.x, clip.y, clip.width, clip.height));
       LabelRoom labels(&text_);
       for (const Layer& layer : panel.layers) drawLayer(scene_, layer, view, look, &labels);
       drawFrameGuides(scene_, *frame_, view, model_);
@@ -808,16 +829,86 @@ class Builder {
     drawCube(scene_, text_, panel.area, cube);
   }
 
+  // The name of a panel's column (row) on an axis along the levels: its
+  // facet level, or its variable in a matrix.
+  static const std::string& levelName(const Panel& panel, bool column) {
+    if (column) return panel.columnLabel.empty() ? panel.columnName : panel.columnLabel;
+    return panel.rowLabel.empty() ? panel.rowName : panel.rowLabel;
+  }
+
+  // A level's name fitted to `along` pixels when it runs along the grid's
+  // side (else to kMostLevelDepth), and how far it reaches out from the side
+  // (the bottom for columns, the left for rows) at `angle`.
+  double levelText(const std::string& name, double angle, bool column, double along,
+                   std::string& fitted) const {
+    const double a = angle * std::numbers::pi / 180;
+    const double c = std::fabs(std::cos(a)), s = std::fabs(std::sin(a));
+    const bool runsAlong = (column ? c : s) > 0.99;
+    fitted = ellipsized(name, kStripFont, std::max((runsAlong ? along : kMostLevelDepth) - 4, 8.0),
+                        text_);
+    const TextBox box = text_.measure(fitted, kStripFont);
+    return column ? box.width * s + box.height * c : box.width * c + box.height * s;
+  }
+
+  // The room the axis along the columns' (rows') levels takes below (left
+  // of) the grid: its deepest name and a gap.
+  double levelAxisRoom(bool columns, double along) const {
+    const std::optional<double>& angle = columns ? frame_->columnAxisAngle : frame_->rowAxisAngle;
+    if (!angle) return 0;
+    double depth = 0;
+    std::string fitted;
+    for (const Panel& panel : grid_.panels) {
+      const std::string& name = levelName(panel, columns);
+      if (!name.empty()) depth = std::max(depth, levelText(name, *angle, columns, along, fitted));
+    }
+    return depth > 0 ? depth + kLevelAxisGap : 0;
+  }
+
+  // The levels' names along the grid's bottom (columns) and left (rows),
+  // beyond the axes' `below` and `beside` depth, when an axis names them.
+  void drawLevelAxes(const Rect& span, double below, double beside, double width, double height) {
+    std::string fitted;
+    for (const Panel& panel : grid_.panels) {
+      const Rect& area = panel.area;
+      const auto& across = frame_->columnAxisAngle;
+      if (const std::string& name = levelName(panel, true);
+          across && panel.bottomEdge && !name.empty()) {
+        levelText(name, *across, true, width, fitted);
+        TextItem item = text(fitted, kStripFont, kTextColor, area.x + area.width / 2,
+                             span.bottom() + below + kLevelAxisGap, 0.5, "facet-axis-label x");
+        item.angle = *across;
+        // Turned text hangs from the anchor by its end (reading up) or start.
+        if (*across != 0) {
+          item.hAlign = *across < 0 ? 1 : 0;
+          item.vAlign = 0.5;
+        }
+        scene_.items.emplace_back(std::move(item));
+      }
+      const auto& up = frame_->rowAxisAngle;
+      if (const std::string& name = levelName(panel, false);
+          up && panel.leftEdge && !name.empty()) {
+        levelText(name, *up, false, height, fitted);
+        const bool turned = std::fabs(*up) > 45;
+        TextItem item = text(fitted, kStripFont, kTextColor, span.x - beside - kLevelAxisGap,
+                             area.y + area.height / 2, turned ? 0.5 : 1, "facet-axis-label y");
+        item.angle = *up;
+        // Turned up, the text's foot faces the grid; turned down, its head.
+        item.vAlign = !turned ? 0.5 : *up < 0 ? 1 : 0;
+        scene_.items.emplace_back(std::move(item));
+      }
+    }
+  }
+
   // The panel's labels: its column's above it (above its top tick labels,
   // `lift`), its row's beside the last panel of the row (beyond `push`).
   void drawStrips(const Panel& panel, const Layout& layout, std::size_t index, double lift,
                   double push) {
     const Rect& area = panel.area;
-    if (!panel.columnLabel.empty()) {
+    if (!panel.columnLabel.empty() && !frame_->columnAxisAngle) {
       labelledBox({area.x, area.y - lift - layout.stripDepth, area.width, layout.stripDepth},
                   layout.columnTexts[index], kStripFont, 0, "panel-strip");
     }
-    if (!panel.rowLabel.empty() && panel.rightEdge) {
+    if (!panel.rowLabel.empty() && panel.rightEdge && !frame_->rowAxisAngle) {
       labelledBox({area.right() + push + 2, area.y, layout.rowStripDepth, area.height},
                   layout.rowTexts[index], kStripFont, 90, "panel-strip");
     }

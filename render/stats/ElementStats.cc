@@ -316,13 +316,6 @@ class LayerMaker {
                   " (a line of equal value stands for no cases of its own)");
       return true;
     }
-    // Each colour of a point is drawn in every step of opacity: their
-    // product must stay an index of a point's colour.
-    const std::size_t colours = layer_.shades != nullptr ? kGradientSteps : cellCount();
-    if (layer_.kind == LayerKind::kPoints && colours * kAlphaSteps > 65535) {
-      model_.skip("transparency aesthetic of element " + element_.id + " (too many colours)");
-      return true;
-    }
     if (!usable(element_.transparency)) return false;
     const Variable* variable = model_.variable(element_.transparency);
     layer_.transparency = bind(element_.transparency, variable != nullptr && variable->categorical);
@@ -509,12 +502,64 @@ class LayerMaker {
     return true;
   }
 
+  // A dot plot: each case a dot, stacked up from zero over its x (its
+  // category, its value when the values are few, else the middle of one of
+  // kDotStacks equal bins across their range), one count of y per dot.
+  std::optional<Layer> dots() {
+    constexpr std::size_t kDotStacks = 40;
+    const BoundColumn& x = *layer_.x;
+    std::vector<double> values;
+    if (!x.categorical) {
+      for (const double value : x.numbers) {
+        if (std::isfinite(value)) values.push_back(value);
+      }
+      std::sort(values.begin(), values.end());
+      values.erase(std::unique(values.begin(), values.end()), values.end());
+    }
+    const bool binned = values.size() > kDotStacks;
+    const double lo = values.empty() ? 0 : values.front();
+    const double width = values.empty() ? 1 : (values.back() - lo) / kDotStacks;
+    const auto stackOf = [&](double value) {
+      if (!binned) return value;
+      const double bin = std::min(std::floor((value - lo) / width), kDotStacks - 1.0);
+      return lo + (bin + 0.5) * width;
+    };
+    std::map<double, double> height;  // by stack: the dots on it so far
+    double highest = 0;
+    forEachRow(rows_, rowCount_, [&](std::uint32_t row) {
+      const double value = positionOf(x, row);
+      const int group = cellOf(row);
+      if (!std::isfinite(value) || group < 0) return;
+      const double size = layer_.sizes ? layer_.sizes->numbers[row] : 0.0;
+      const double shade = layer_.shades ? layer_.shades->numbers[row] : 0.0;
+      const double alpha = layer_.transparency ? alphaOf(row) : 1.0;
+      if (!std::isfinite(size) || !std::isfinite(shade) || std::isnan(alpha)) return;
+      const double at = stackOf(value);
+      double& dots = height[at];
+      layer_.px.push_back(at);
+      layer_.py.push_back(dots + 0.5);
+      highest = std::max(highest, ++dots);
+      layer_.pointGroup.push_back(static_cast<std::uint16_t>(group));
+      if (layer_.sizes) layer_.pointSize.push_back(size);
+      if (layer_.shades) layer_.pointShade.push_back(shade);
+      if (layer_.transparency) layer_.pointAlpha.push_back(alpha);
+      if (element_.labeled) pointLabels_.push_back(labelOfRow(row));
+    });
+    layer_.countsOnY = true;
+    layer_.extentY = {0, highest};
+    return std::move(layer_);
+  }
+
   // Points, lines and areas: raw rows, or a summary of y per x and group.
   std::optional<Layer> xy() {
     if (!bindAxis(Role::kX, false, layer_.x) || !bindAxis(Role::kY, false, layer_.y)) {
       return std::nullopt;
     }
     if (layer_.x == nullptr) return skip("element " + element_.id + " without an x variable");
+    if (element_.dot && layer_.kind == LayerKind::kPoints) {
+      if (layer_.y == nullptr && !layer_.summary && layer_.z == nullptr) return dots();
+      model_.skip("dot plot of element " + element_.id + " with a y (drawn as a scatter)");
+    }
     if (layer_.y == nullptr && !layer_.summary) {
       return skip("element " + element_.id + " without a y variable");
     }
@@ -942,8 +987,11 @@ class LayerMaker {
         layer_.y->categorical) {
       return skip("binned element " + element_.id + " without a numeric x and y");
     }
-    const auto [xlo, xhi] = finiteRange(layer_.x->numbers);
-    const auto [ylo, yhi] = finiteRange(layer_.y->numbers);
+    // Plain variables, not structured bindings: the lambda below captures them,
+    // which clang before 16 refuses.
+    const std::pair<double, double> xr = finiteRange(layer_.x->numbers);
+    const std::pair<double, double> yr = finiteRange(layer_.y->numbers);
+    const double xlo = xr.first, xhi = xr.second, ylo = yr.first, yhi = yr.second;
     const std::string* grid = findParameter(element_.statistic->parameters, "grid");
     const bool hex = grid != nullptr && *grid == "hex";
     const double across =
