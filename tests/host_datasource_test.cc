@@ -1,14 +1,11 @@
 // Data sources: CSV reading, column typing, the dictionary file and the
 // procedure's view through a dictionary.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cstdio>
 
 #include <filesystem>
-#include <fstream>
 #include <limits>
-#include <memory>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -17,6 +14,7 @@
 #include "chartxml/host/Platform.h"
 #include "chartxml/host/VORN_DataSource.h"
 #include "chartxml/host/formatter.h"
+#include "host_test_support.h"
 
 namespace fs = std::filesystem;
 
@@ -25,18 +23,9 @@ namespace {
 constexpr double kMissing = kVornMissingValue;
 using Numbers = std::vector<double>;
 
-// Handles are dictionaries; a CSV handle is also its own data source.
-void* handleOf(VORN_DataSource* source) {
-  return static_cast<VORN_FortranDictionary*>(source);
-}
-VORN_DataSource* asSource(void* handle) {
-  return handle == nullptr ? nullptr : static_cast<VORN_FortranDictionary*>(handle)->Source();
-}
-
-struct Closer {
-  void operator()(VORN_DataSource* source) const { cxh_close(handleOf(source)); }
-};
-using Source = std::unique_ptr<VORN_DataSource, Closer>;
+using hosttest::asSource;
+using hosttest::handleOf;
+using hosttest::Source;
 
 // A row's texts joined by '|', and a column's numbers.
 std::string row(const VORN_DataSource& source, int r) {
@@ -60,28 +49,17 @@ std::string shown(VORN_DataSource& source, int column) {
   return out;
 }
 
-class DataSourceTest : public ::testing::Test {
+class DataSourceTest : public hosttest::QuietReports {
  protected:
-  void SetUp() override {
-    cxh_set_quiet(1);
-    cxh_clear_reports();
-    dir_ = fs::path(::testing::TempDir()) /
-           ("chartxml-datasrc-" + std::to_string(getpid()) + "-" +
-            ::testing::UnitTest::GetInstance()->current_test_info()->name());
-    fs::remove_all(dir_);
-    fs::create_directories(dir_);
-  }
   void TearDown() override {
     cxh_set_code_page(nullptr);
-    fs::remove_all(dir_);
+    QuietReports::TearDown();
   }
 
   std::string write(const std::string& name, const std::string& content) {
-    const fs::path file = dir_ / name;
-    std::ofstream(file, std::ios::binary) << content;
-    return file.string();
+    return folder_.write(name, content);
   }
-  Source open(const std::string& path) { return Source(asSource(cxh_open_csv(path.c_str()))); }
+  Source open(const std::string& path) { return hosttest::openCsv(path); }
   Source load(const std::string& csv) { return open(write("data.csv", csv)); }
   Source openEx(const std::string& path, const cxh_csv_options& options) {
     return Source(asSource(cxh_open_csv_ex(path.c_str(), &options)));
@@ -89,10 +67,7 @@ class DataSourceTest : public ::testing::Test {
   Source loadEx(const std::string& csv, const cxh_csv_options& options) {
     return openEx(write("data.csv", csv), options);
   }
-  std::string lastReport() const {
-    const int count = cxh_report_count();
-    return count > 0 ? cxh_report_message(count - 1) : "";
-  }
+  static std::string lastReport() { return hosttest::lastReport(); }
   // The one report made when opening `path` fails.
   std::string refusal(const std::string& path) {
     cxh_clear_reports();
@@ -101,7 +76,8 @@ class DataSourceTest : public ::testing::Test {
     return lastReport();
   }
 
-  fs::path dir_;
+  hosttest::TempFolder folder_{"chartxml-datasrc"};
+  const fs::path& dir_ = folder_.path();
 };
 
 TEST_F(DataSourceTest, ReadsQuotesByteOrderMarkCrlfAndEmptyLines) {

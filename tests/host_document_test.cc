@@ -11,7 +11,6 @@
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/parsers/XercesDOMParser.hpp>
-#include <xercesc/util/PlatformUtils.hpp>
 
 #include "chartxml/chartxml_host.h"
 #include "chartxml/host/ChartBase.h"
@@ -19,21 +18,15 @@
 #include "chartxml/host/ChartKey.h"
 #include "chartxml/host/ChartPrinter.h"
 #include "chartxml/host/ChartString.h"
+#include "host_test_support.h"
 
 using namespace xercesc;
 
 namespace {
 
-class XmlPlatform : public ::testing::Environment {
- public:
-  void SetUp() override { XMLPlatformUtils::Initialize(); }
-  void TearDown() override { XMLPlatformUtils::Terminate(); }
-};
-const auto* const kXmlPlatform = ::testing::AddGlobalTestEnvironment(new XmlPlatform);
+const auto* const kXmlPlatform = ::testing::AddGlobalTestEnvironment(new hosttest::XmlPlatform);
 
-bool startsWith(const std::string& text, const std::string& prefix) {
-  return text.starts_with(prefix);
-}
+using hosttest::startsWith;
 
 std::string utf8(const XMLCh* text) {
   return text ? ChartString::toUTF8(text) : std::string();
@@ -64,14 +57,12 @@ struct Doc {
   }
 };
 
-class ChartDocument : public ::testing::Test {
+class ChartDocument : public hosttest::QuietReports {
  protected:
   void SetUp() override {
-    cxh_set_quiet(1);
-    cxh_clear_reports();
+    QuietReports::SetUp();
     cxh_clear_debug();
   }
-  void TearDown() override { cxh_set_quiet(-1); }
 };
 
 TEST_F(ChartDocument, ElementHelpersFindSetAndMergeReportingDomFailures) {

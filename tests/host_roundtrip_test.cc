@@ -1,15 +1,11 @@
 // What the sink writes, the host's CSV reader reads back unchanged: every
 // double bit for bit, and texts that look like numbers as texts.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <bit>
 #include <cmath>
 #include <cstdint>
-#include <filesystem>
-#include <fstream>
 #include <limits>
-#include <memory>
 #include <random>
 #include <string>
 #include <vector>
@@ -18,8 +14,7 @@
 #include "chartxml/host/Platform.h"
 #include "chartxml/host/VORN_DataSource.h"
 #include "chartxml/host/VarDataProcessor.h"
-
-namespace fs = std::filesystem;
+#include "host_test_support.h"
 
 namespace {
 
@@ -43,35 +38,19 @@ constexpr std::uint32_t kRandomValues = 1000000;
 
 using Limits = std::numeric_limits<double>;
 
-struct Closer {
-  void operator()(VORN_DataSource* source) const {
-    cxh_close(static_cast<VORN_FortranDictionary*>(source));
-  }
-};
-using Source = std::unique_ptr<VORN_DataSource, Closer>;
+using hosttest::Source;
 
 std::uint64_t bitsOf(double value) {
   return std::bit_cast<std::uint64_t>(value);
 }
 
-class SinkRoundTrip : public ::testing::Test {
+class SinkRoundTrip : public hosttest::QuietReports {
  protected:
-  void SetUp() override {
-    cxh_set_quiet(1);
-    cxh_clear_reports();
-    file_ = fs::path(::testing::TempDir()) /
-            ("chartxml-roundtrip-" + std::to_string(getpid()) + "-" +
-             ::testing::UnitTest::GetInstance()->current_test_info()->name() + ".csv");
-  }
-  void TearDown() override { fs::remove(file_); }
-
   // Source "s" of `feed` as the sink writes it, opened again by the host.
   Source reopen(const VarDataProcessor& feed) {
-    std::ofstream(file_, std::ios::binary) << feed.ToCsv("s");
-    void* handle = cxh_open_csv(file_.string().c_str());
-    EXPECT_NE(handle, nullptr) << (cxh_report_count() > 0 ? cxh_report_message(0) : "");
-    return Source(handle == nullptr ? nullptr
-                                    : static_cast<VORN_FortranDictionary*>(handle)->Source());
+    Source source = hosttest::openCsv(folder_.write("s.csv", feed.ToCsv("s")));
+    EXPECT_NE(source, nullptr) << hosttest::lastReport();
+    return source;
   }
 
   // Feeds `values` row by row across `columns` numeric variables, the way the
@@ -109,7 +88,7 @@ class SinkRoundTrip : public ::testing::Test {
     return wrong;
   }
 
-  fs::path file_;
+  hosttest::TempFolder folder_{"chartxml-roundtrip"};
 };
 
 const std::vector<double>& specials() {

@@ -1,6 +1,5 @@
 // String tables: file format, look-up order, code pages and path safety.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -10,29 +9,25 @@
 
 #include "chartxml/chartxml_host.h"
 #include "chartxml/host/FacSTDictionary.h"
+#include "host_test_support.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-class StringTableTest : public ::testing::Test {
+class StringTableTest : public hosttest::QuietReports {
  protected:
-  void SetUp() override {
-    dir_ = fs::temp_directory_path() / ("chartxml-strtable-" + std::to_string(getpid()));
-    fs::remove_all(dir_);
-    cxh_clear_reports();
-  }
   void TearDown() override {
     cxh_set_language(nullptr);
-    fs::remove_all(dir_);
+    QuietReports::TearDown();
   }
   void write(const std::string& relative, const std::string& content) {
-    fs::create_directories((dir_ / relative).parent_path());
-    std::ofstream(dir_ / relative, std::ios::binary) << content;
+    folder_.write(relative, content);
   }
-  std::string path(const char* relative) const { return (dir_ / relative).string(); }
+  std::string path(const char* relative) const { return folder_.path(relative); }
 
-  fs::path dir_;
+  hosttest::TempFolder folder_{"chartxml-strtable"};
+  const fs::path& dir_ = folder_.path();
 };
 
 // "text|companion" of `key`, or "MISS" when unknown (both then hold the key).
@@ -130,36 +125,31 @@ TEST_F(StringTableTest, TextsComeInTheOutputLanguagesCodePage) {
   EXPECT_NE(std::string(cxh_report_message(0)).find("CP1252"), std::string::npos);
 }
 
-// The messages reported since the last cxh_clear_reports.
-std::vector<std::string> reports() {
-  std::vector<std::string> messages;
-  for (int i = 0; i < cxh_report_count(); ++i) messages.emplace_back(cxh_report_message(i));
-  return messages;
-}
+using hosttest::reportMessages;
 
 TEST_F(StringTableTest, AFolderWithoutTablesIsAnErrorToldOnce) {
-  fs::create_directories(dir_);
   write("en/Proc.txt", "A\tproc\n");  // a procedure table is no global table
   FacSTDictionary tables(dir_.string());
   tables.SetProcedure("Proc");
   tables.SetGlobalStringTable(dir_.string());
   tables.SetProcedure("");
   EXPECT_EQ(lookUp(tables, "E61219"), "MISS");
-  ASSERT_EQ(reports().size(), 1u) << ::testing::PrintToString(reports());
-  EXPECT_EQ(reports()[0].rfind("no string tables in " + dir_.string() + ": en/global.txt", 0), 0u)
-      << reports()[0];
+  ASSERT_EQ(reportMessages().size(), 1u) << ::testing::PrintToString(reportMessages());
+  EXPECT_EQ(
+      reportMessages()[0].rfind("no string tables in " + dir_.string() + ": en/global.txt", 0), 0u)
+      << reportMessages()[0];
   EXPECT_STREQ(cxh_report_source(0), "host/strtable");
 
   // In another language both tables it would read are named.
   cxh_clear_reports();
   cxh_set_language("ja");
   FacSTDictionary japanese(path("nowhere"));
-  ASSERT_EQ(reports().size(), 1u) << ::testing::PrintToString(reports());
-  EXPECT_EQ(reports()[0].rfind("no string tables in " + path("nowhere") +
-                                   ": neither ja/global.txt nor en/global.txt",
-                               0),
+  ASSERT_EQ(reportMessages().size(), 1u) << ::testing::PrintToString(reportMessages());
+  EXPECT_EQ(reportMessages()[0].rfind("no string tables in " + path("nowhere") +
+                                          ": neither ja/global.txt nor en/global.txt",
+                                      0),
             0u)
-      << reports()[0];
+      << reportMessages()[0];
 }
 
 TEST_F(StringTableTest, EitherGlobalTableIsEnough) {
@@ -169,7 +159,7 @@ TEST_F(StringTableTest, EitherGlobalTableIsEnough) {
   write("en/global.txt", "A\ten\n");
   fs::remove(path("ja/global.txt"));
   EXPECT_EQ(lookUp(FacSTDictionary(dir_.string()), "A"), "en|en");
-  EXPECT_EQ(reports(), std::vector<std::string>{});
+  EXPECT_EQ(reportMessages(), std::vector<std::string>{});
   // A file given as the global table serves, whatever the folder holds.
   fs::remove(path("en/global.txt"));
   write("file.txt", "A\tfile\n");
@@ -177,7 +167,7 @@ TEST_F(StringTableTest, EitherGlobalTableIsEnough) {
   cxh_clear_reports();
   tables.SetGlobalStringTable(path("file.txt"));
   EXPECT_EQ(lookUp(tables, "A"), "file|file");
-  EXPECT_EQ(reports(), std::vector<std::string>{});
+  EXPECT_EQ(reportMessages(), std::vector<std::string>{});
 }
 
 std::set<std::string> keysOf(const fs::path& file) {

@@ -6,19 +6,13 @@
 
 #include "chartxml/chartxml_host.h"
 #include "chartxml/host/ChartTranscoder.h"
+#include "host_test_support.h"
 
 namespace {
 
-std::vector<std::string> reportMessages() {
-  std::vector<std::string> out;
-  for (int i = 0; i < cxh_report_count(); ++i) out.push_back(cxh_report_message(i));
-  return out;
-}
+using hosttest::reportMessages;
 
-class Transcoder : public ::testing::Test {
- protected:
-  void SetUp() override { cxh_clear_reports(); }
-};
+class Transcoder : public hosttest::QuietReports {};
 
 TEST_F(Transcoder, CodePagesRoundTripKnownBytes) {
   const struct {

@@ -2,8 +2,6 @@
 // the chart-kind adjustments and what sending leaves in memory and on disk.
 #include <gtest/gtest.h>
 
-#include <stdlib.h>
-
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
@@ -14,7 +12,6 @@
 #include <vector>
 
 #include <xercesc/dom/DOM.hpp>
-#include <xercesc/util/PlatformUtils.hpp>
 
 #include "chartxml/chartxml_host.h"
 #include "chartxml/host/ChartBase.h"
@@ -22,22 +19,17 @@
 #include "chartxml/host/ChartPrinter.h"
 #include "chartxml/host/VarDataProcessor.h"
 #include "chartxml/host/XDocument.h"
+#include "host_test_support.h"
 
 using namespace xercesc;
 namespace fs = std::filesystem;
 
 namespace {
 
-class XmlPlatform : public ::testing::Environment {
- public:
-  void SetUp() override { XMLPlatformUtils::Initialize(); }
-  void TearDown() override { XMLPlatformUtils::Terminate(); }
-};
-const auto* const kXmlPlatform = ::testing::AddGlobalTestEnvironment(new XmlPlatform);
+const auto* const kXmlPlatform = ::testing::AddGlobalTestEnvironment(new hosttest::XmlPlatform);
 
-bool startsWith(const std::string& text, const std::string& prefix) {
-  return text.starts_with(prefix);
-}
+using hosttest::readFile;
+using hosttest::startsWith;
 
 std::string repeat(const std::string& text, int times) {
   std::string out;
@@ -95,11 +87,6 @@ std::string parseFailure(const std::string& text) {
   return "";
 }
 
-std::string readFile(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
 std::set<std::string> listing(const fs::path& folder) {
   std::set<std::string> names;
   for (const auto& entry : fs::directory_iterator(folder)) names.insert(entry.path().filename());
@@ -118,22 +105,18 @@ std::string chartStem(const fs::path& folder, int ahead = 0) {
   return text;
 }
 
-class XChart : public ::testing::Test {
+class XChart : public hosttest::QuietReports {
  protected:
   void SetUp() override {
-    cxh_set_quiet(1);
-    cxh_clear_reports();
+    QuietReports::SetUp();
     cxh_clear_sent();
-    std::string pattern = (fs::temp_directory_path() / "cxh-xchart-XXXXXX").string();
-    temp_ = mkdtemp(pattern.data());
   }
   void TearDown() override {
     cxh_set_output_dir(nullptr);
-    cxh_set_quiet(-1);
-    std::error_code ignored;
-    fs::remove_all(temp_, ignored);
+    QuietReports::TearDown();
   }
-  fs::path temp_;
+  hosttest::TempFolder folder_{"cxh-xchart"};
+  const fs::path& temp_ = folder_.path();
 };
 
 TEST_F(XChart, ParseRefusesUnsafeMalformedAndTooDeepTextQuicklyWithoutReporting) {

@@ -7,6 +7,7 @@
 #include <unicode/ucnv_err.h>
 
 #include "chartutl/IcuCodePages.h"
+#include "chartutl/IcuConvert.h"
 #include "chartutl/ReportLog.h"
 
 namespace {
@@ -115,27 +116,12 @@ ChartString ChartTranscoder::transcode(std::string_view narrow) const {
   ucnv_resetToUnicode(c.cnv);
   c.toUnicode.start(narrow.data());
 
-  std::u16string out(narrow.size() + 16, u'\0');
-  std::size_t written = 0;
-  const char* source = narrow.data();
-  const char* const sourceEnd = source + narrow.size();
-  for (;;) {
-    UErrorCode err = U_ZERO_ERROR;
-    UChar* target = out.data() + written;
-    ucnv_toUnicode(c.cnv, &target, out.data() + out.size(), &source, sourceEnd, nullptr, true,
-                   &err);
-    written = static_cast<std::size_t>(target - out.data());
-    if (err == U_BUFFER_OVERFLOW_ERROR) {
-      out.resize(out.size() * 2);
-      continue;
-    }
-    if (U_FAILURE(err)) {
-      cxhost::report("cannot convert from code page " + c.reportName + ": " + u_errorName(err),
-                     kSource, __LINE__);
-    }
-    break;
+  std::u16string out;
+  const cxhost::IcuConversion done = cxhost::icuToUnicode(c.cnv, narrow, out);
+  if (!done.ok()) {
+    cxhost::report("cannot convert from code page " + c.reportName + ": " + u_errorName(done.error),
+                   kSource, __LINE__);
   }
-  out.resize(written);
 
   if (c.toUnicode.count > 0) {
     cxhost::report("invalid bytes for code page " + c.reportName + " at byte " +
@@ -155,27 +141,12 @@ std::string ChartTranscoder::transcodeTo(std::u16string_view text) const {
   ucnv_resetFromUnicode(c.cnv);
   c.fromUnicode.start(text.data());
 
-  std::string out(text.size() + 16, '\0');
-  std::size_t written = 0;
-  const UChar* source = text.data();
-  const UChar* const sourceEnd = source + text.size();
-  for (;;) {
-    UErrorCode err = U_ZERO_ERROR;
-    char* target = out.data() + written;
-    ucnv_fromUnicode(c.cnv, &target, out.data() + out.size(), &source, sourceEnd, nullptr, true,
-                     &err);
-    written = static_cast<std::size_t>(target - out.data());
-    if (err == U_BUFFER_OVERFLOW_ERROR) {
-      out.resize(out.size() * 2);
-      continue;
-    }
-    if (U_FAILURE(err)) {
-      cxhost::report("cannot convert to code page " + c.reportName + ": " + u_errorName(err),
-                     kSource, __LINE__);
-    }
-    break;
+  std::string out;
+  const cxhost::IcuConversion done = cxhost::icuFromUnicode(c.cnv, text, out);
+  if (!done.ok()) {
+    cxhost::report("cannot convert to code page " + c.reportName + ": " + u_errorName(done.error),
+                   kSource, __LINE__);
   }
-  out.resize(written);
 
   if (c.fromUnicode.count > 0) {
     cxhost::report("characters not representable in code page " + c.reportName + " at character " +

@@ -56,6 +56,7 @@
 
 #include "chartxml/host/VORN_DataSource.h"
 #include "datasrc/CsvDates.h"
+#include "datasrc/CsvReader.h"
 
 namespace cxhost {
 
@@ -94,18 +95,8 @@ class CsvDataSource final : public VORN_DataSource {
   std::string GetString(int row, int column) const override;
   int LineOfRow(int row) const override;
 
-  // A column as stored: numbers (kVornMissingValue for an empty cell), or the
-  // texts of all cells back to back with the end offset of each cell.
-  struct Column {
-    std::vector<double> numbers;
-    std::string text;
-    std::vector<std::size_t> ends;
-
-    std::string_view cell(std::size_t row) const {
-      const std::size_t begin = row == 0 ? 0 : ends[row - 1];
-      return std::string_view(text).substr(begin, ends[row] - begin);
-    }
-  };
+  // A column as stored (CsvReader.h).
+  using Column = CsvColumn;
 
  private:
   explicit CsvDataSource(std::string path) : path_(std::move(path)) {}

@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "chartutl/IcuCodePages.h"
+#include "chartutl/IcuConvert.h"
 #include "datasrc/CsvSupport.h"
 #include "platform/Settings.h"
 
@@ -136,20 +137,7 @@ bool toUnicode(const std::string& name, const std::string& encoding, UConverter*
                std::string_view bytes, std::u16string& wide) {
   UErrorCode err = U_ZERO_ERROR;
   ucnv_setToUCallBack(converter, UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &err);
-  wide.assign(bytes.size() + 1, u'\0');
-  const char* source = bytes.data();
-  const char* const end = source + bytes.size();
-  std::size_t written = 0;
-  for (;;) {
-    err = U_ZERO_ERROR;
-    UChar* target = wide.data() + written;
-    ucnv_toUnicode(converter, &target, wide.data() + wide.size(), &source, end, nullptr, true,
-                   &err);
-    written = static_cast<std::size_t>(target - wide.data());
-    if (err != U_BUFFER_OVERFLOW_ERROR) break;
-    wide.resize(wide.size() * 2);
-  }
-  wide.resize(written);
+  err = icuToUnicode(converter, bytes, wide).error;
   if (U_SUCCESS(err)) return true;
   if (err == U_INVALID_CHAR_FOUND || err == U_ILLEGAL_CHAR_FOUND || err == U_TRUNCATED_CHAR_FOUND) {
     char invalid[32];
@@ -174,20 +162,8 @@ bool fromUnicode(const std::string& name, const std::string& codePage, UConverte
                  std::u16string_view wide, std::string& out) {
   UErrorCode err = U_ZERO_ERROR;
   ucnv_setFromUCallBack(converter, UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &err);
-  out.assign(wide.size() + 16, '\0');
-  const UChar* source = wide.data();
-  const UChar* const end = source + wide.size();
-  std::size_t written = 0;
-  for (;;) {
-    err = U_ZERO_ERROR;
-    char* target = out.data() + written;
-    ucnv_fromUnicode(converter, &target, out.data() + out.size(), &source, end, nullptr, true,
-                     &err);
-    written = static_cast<std::size_t>(target - out.data());
-    if (err != U_BUFFER_OVERFLOW_ERROR) break;
-    out.resize(out.size() * 2);
-  }
-  out.resize(written);
+  const IcuConversion done = icuFromUnicode(converter, wide, out);
+  err = done.error;
   if (U_SUCCESS(err)) return true;
   if (err == U_INVALID_CHAR_FOUND || err == U_ILLEGAL_CHAR_FOUND) {
     UChar invalid[4];
@@ -195,8 +171,7 @@ bool fromUnicode(const std::string& name, const std::string& codePage, UConverte
     UErrorCode ignored = U_ZERO_ERROR;
     ucnv_getInvalidUChars(converter, invalid, &count, &ignored);
     if (U_FAILURE(ignored)) count = 0;
-    const std::size_t at = static_cast<std::size_t>(source - wide.data()) -
-                           static_cast<std::size_t>(count > 0 ? count : 0);
+    const std::size_t at = done.consumed - static_cast<std::size_t>(count > 0 ? count : 0);
     UChar32 c = 0xFFFD;
     if (at < wide.size()) U16_GET(wide.data(), 0, at, wide.size(), c);
     char code[16];

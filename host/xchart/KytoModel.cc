@@ -8,6 +8,7 @@
 #include <xercesc/util/XMLString.hpp>
 
 #include "chartxml/host/ChartBase.h"
+#include "chartxml/host/ElementTag.h"
 #include "chartxml/host/KytoUni.h"
 
 using xercesc::DOMElement;
@@ -18,8 +19,17 @@ namespace {
 
 constexpr char16_t kTrueCentered[] = u"trueCentered";
 
-bool hasTag(const DOMElement* element, const char16_t* tag) {
-  return XMLString::equals(element->getTagName(), tag);
+// A view of each child of `parent` tagged `tag`, in document order: the
+// views are owned by `owned` and handed out through `views`.
+template <typename View>
+void viewChildren(DOMElement* parent, const char16_t* tag,
+                  std::vector<std::unique_ptr<View>>& owned, std::vector<View*>& views) {
+  for (DOMElement* child = parent->getFirstElementChild(); child;
+       child = child->getNextElementSibling()) {
+    if (!hasTag(child, tag)) continue;
+    owned.push_back(std::make_unique<View>(child));
+    views.push_back(owned.back().get());
+  }
 }
 
 // Numbers as the library writes them, so a sent document reads the same
@@ -127,12 +137,7 @@ KytoMajorTicks* KytoAxis::getMajorTicks() {
 }
 
 KytoDimension::KytoDimension(DOMElement* element) : element_(element) {
-  for (DOMElement* child = element->getFirstElementChild(); child;
-       child = child->getNextElementSibling()) {
-    if (!hasTag(child, KytoUni::_axis)) continue;
-    axes_.push_back(std::make_unique<KytoAxis>(child));
-    axisViews_.push_back(axes_.back().get());
-  }
+  viewChildren(element, KytoUni::_axis, axes_, axisViews_);
 }
 
 KytoDimension::~KytoDimension() = default;
@@ -140,12 +145,7 @@ KytoDimension::~KytoDimension() = default;
 // ---- Coordinates and graphs -------------------------------------------------
 
 KytoCoordinates::KytoCoordinates(DOMElement* frame) {
-  for (DOMElement* child = frame->getFirstElementChild(); child;
-       child = child->getNextElementSibling()) {
-    if (!hasTag(child, KytoUni::_dimension)) continue;
-    dimensions_.push_back(std::make_unique<KytoDimension>(child));
-    dimensionViews_.push_back(dimensions_.back().get());
-  }
+  viewChildren(frame, KytoUni::_dimension, dimensions_, dimensionViews_);
 }
 
 KytoCoordinates::~KytoCoordinates() = default;

@@ -46,6 +46,7 @@
 #include "chartxml/host/ChartBase.h"
 #include "chartxml/host/ChartException.h"
 #include "chartxml/host/ChartPrinter.h"
+#include "chartxml/host/ElementTag.h"
 #include "chartxml/host/KytoUni.h"
 #include "chartxml/host/VarDataProcessor.h"
 #include "xchart/OutputSink.h"
@@ -83,10 +84,6 @@ bool inVocabulary(std::u16string_view name) {
 
 std::u16string text(const XMLCh* value) {
   return value ? std::u16string(value) : std::u16string();
-}
-
-bool hasTag(const DOMElement* element, const char16_t* tag) {
-  return XMLString::equals(element->getTagName(), tag);
 }
 
 // Elements of `tag` under `root`, in document order. The node list walks

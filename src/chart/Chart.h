@@ -23,6 +23,7 @@
 #include "chartxml/host/ChartBase.h"
 #include "chartxml/host/ChartErrorHandler.h"
 #include "chartxml/host/ChartString.h"
+#include "chartxml/host/ElementTag.h"
 #include "chartxml/host/VORN_Format.h"
 #include "chartxml/host/VarDataProcessor.h"
 #include "common/KeyedTable.h"
@@ -30,11 +31,6 @@
 class ChartStringHandler;
 class VORN_DataSource;
 class VORN_Variable;
-
-// True when the element's tag is `tag`.
-inline bool hasTag(const xercesc::DOMElement* element, const char16_t* tag) {
-  return xercesc::XMLString::equals(element->getTagName(), tag);
-}
 
 class Chart : public ChartBase {
  public:

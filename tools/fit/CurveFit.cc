@@ -165,6 +165,177 @@ FitResult refuseAt(std::size_t point, std::string message, std::string_view tail
   return result;
 }
 
+// What stands in the way of a fit, or nothing when the next stage may go on.
+using Refusal = std::optional<FitResult>;
+
+// The logistic c comes from the bound, so it fits two coefficients like the
+// other transformed families.
+std::size_t fittedCount(const Shape& shape) {
+  return static_cast<std::size_t>(shape.degree) + 1;
+}
+
+// Lengths, the number of points, and each point's finiteness and place in
+// the family's domain, the first offending point named.
+Refusal checkPoints(const std::string& name, const Shape& shape, std::span<const double> x,
+                    std::span<const double> y) {
+  if (x.size() != y.size()) {
+    return refuse(name + " needs as many x as y values; got " + text(x.size()) + " x and " +
+                  text(y.size()) + " y");
+  }
+  const std::size_t n = x.size();
+  if (n < fittedCount(shape)) {
+    return refuse(name + " needs at least " + text(fittedCount(shape)) + " points; got " + text(n));
+  }
+  for (std::size_t i = 0; i < n; ++i) {
+    if (!std::isfinite(x[i])) return refuseAt(i, name + " needs finite values; x = " + text(x[i]));
+    if (!std::isfinite(y[i])) return refuseAt(i, name + " needs finite values; y = " + text(y[i]));
+    if (shape.x == XScale::kLog && !(x[i] > 0.0)) {
+      return refuseAt(i, name + " needs x > 0; x = " + text(x[i]));
+    }
+    if (shape.x == XScale::kReciprocal && x[i] == 0.0) {
+      return refuseAt(i, name + " needs x != 0; x = " + text(x[i]));
+    }
+    if (shape.y != YScale::kPlain && !(y[i] > 0.0)) {
+      return refuseAt(i, name + " needs y > 0; y = " + text(y[i]));
+    }
+  }
+  return std::nullopt;
+}
+
+// The logistic c = 1 / u, u being the caller's bound (checked to lie above
+// every y) or the largest y with headroom.
+Refusal logisticConstant(const std::string& name, std::span<const double> y, const Options& options,
+                         double& c) {
+  double bound;
+  if (options.logisticUpperBound) {
+    bound = *options.logisticUpperBound;
+    if (!std::isfinite(bound) || !(bound > 0.0)) {
+      return refuse(name + " needs a finite upper bound above 0; got " + text(bound));
+    }
+    for (std::size_t i = 0; i < y.size(); ++i) {
+      if (!(y[i] < bound)) {
+        return refuseAt(
+            i, name + " needs y below the upper bound " + text(bound) + "; y = " + text(y[i]));
+      }
+    }
+  } else {
+    bound = *std::max_element(y.begin(), y.end()) * (1.0 + kLogisticHeadroom);
+  }
+  c = 1.0 / bound;
+  return std::nullopt;
+}
+
+// A polynomial of degree k needs k + 1 distinct x; every family needs x to vary.
+Refusal checkDistinctX(const std::string& name, const Shape& shape, std::span<const double> x) {
+  std::vector<double> sorted(x.begin(), x.end());
+  std::sort(sorted.begin(), sorted.end());
+  const auto distinct =
+      static_cast<std::size_t>(std::unique(sorted.begin(), sorted.end()) - sorted.begin());
+  if (distinct == 1) return refuse(name + " needs x values that vary; every x = " + text(x[0]));
+  if (distinct < fittedCount(shape)) {
+    return refuse(name + " needs at least " + text(fittedCount(shape)) +
+                  " distinct x values; got " + text(distinct));
+  }
+  return std::nullopt;
+}
+
+// The regressor u and response v of the family's linear model; a point the
+// transform takes out of the finite doubles (an overflowing reciprocal, say)
+// is refused rather than left to poison the solve.
+Refusal transform(const std::string& name, const Shape& shape, std::span<const double> x,
+                  std::span<const double> y, double c, std::vector<double>& u,
+                  std::vector<double>& v) {
+  const std::size_t n = x.size();
+  u.assign(n, 0.0);
+  v.assign(n, 0.0);
+  for (std::size_t i = 0; i < n; ++i) {
+    switch (shape.x) {
+      case XScale::kPlain:
+        u[i] = x[i];
+        break;
+      case XScale::kLog:
+        u[i] = std::log(x[i]);
+        break;
+      case XScale::kReciprocal:
+        u[i] = 1.0 / x[i];
+        break;
+    }
+    switch (shape.y) {
+      case YScale::kPlain:
+        v[i] = y[i];
+        break;
+      case YScale::kLog:
+        v[i] = std::log(y[i]);
+        break;
+      case YScale::kLogistic:
+        v[i] = std::log(1.0 / y[i] - c);
+        break;
+    }
+    if (!std::isfinite(u[i]) || !std::isfinite(v[i])) {
+      return refuseAt(i, name + " cannot transform x = " + text(x[i]) + ", y = " + text(y[i]),
+                      " into finite values");
+    }
+  }
+  return std::nullopt;
+}
+
+// The family's coefficients from the linear model's p (constant term first).
+Curve backTransform(Family family, const std::vector<double>& p, double c) {
+  Curve curve;
+  curve.family = family;
+  switch (family) {
+    case Family::kLinear:
+    case Family::kLogarithmic:
+    case Family::kInverse:
+    case Family::kQuadratic:
+    case Family::kCubic:
+    case Family::kS:       // ln y = a + b / x
+    case Family::kGrowth:  // ln y = a + b x
+      std::copy(p.begin(), p.end(), curve.coefficients.begin());
+      break;
+    case Family::kCompound:  // ln y = ln a + x ln b
+      curve.coefficients = {std::exp(p[0]), std::exp(p[1]), 0.0, 0.0};
+      break;
+    case Family::kPower:        // ln y = ln a + b ln x
+    case Family::kExponential:  // ln y = ln a + b x
+      curve.coefficients = {std::exp(p[0]), p[1], 0.0, 0.0};
+      break;
+    case Family::kLogistic:  // ln(1/y - c) = ln a + x ln b
+      curve.coefficients = {std::exp(p[0]), std::exp(p[1]), c, 0.0};
+      break;
+  }
+  return curve;
+}
+
+// exp of a large fitted term overflows: such a curve cannot be drawn.
+Refusal checkCoefficients(const std::string& name, const Curve& curve) {
+  static constexpr char kLetters[] = "abcd";
+  for (std::size_t i = 0; i < curve.coefficients.size(); ++i) {
+    if (!std::isfinite(curve.coefficients[i])) {
+      return refuse(name + " gives a coefficient out of range: " + kLetters[i] + " = " +
+                    text(curve.coefficients[i]));
+    }
+  }
+  return std::nullopt;
+}
+
+// R squared of the curve as returned, on the scale of y; not a number when
+// y does not vary.
+double rSquared(const Curve& curve, std::span<const double> x, std::span<const double> y) {
+  const auto [low, high] = std::minmax_element(y.begin(), y.end());
+  if (*low == *high) return kNaN;
+  double mean = 0.0;
+  for (double value : y) mean += value;
+  mean /= static_cast<double>(y.size());
+  double total = 0.0, residual = 0.0;
+  for (std::size_t i = 0; i < y.size(); ++i) {
+    total += (y[i] - mean) * (y[i] - mean);
+    const double error = y[i] - curve.at(x[i]);
+    residual += error * error;
+  }
+  return 1.0 - residual / total;
+}
+
 }  // namespace
 
 std::string_view familyName(Family family) {
@@ -232,144 +403,22 @@ FitResult fit(Family family, std::span<const double> x, std::span<const double> 
               const Options& options) {
   const std::string name = std::string(familyName(family)) + " fit";
   const Shape shape = shapeOf(family);
-  const std::size_t n = x.size();
 
-  if (x.size() != y.size()) {
-    return refuse(name + " needs as many x as y values; got " + text(x.size()) + " x and " +
-                  text(y.size()) + " y");
-  }
-  // The logistic c comes from the bound, so it fits two coefficients like the
-  // other transformed families.
-  const std::size_t fitted = static_cast<std::size_t>(shape.degree) + 1;
-  if (n < fitted) {
-    return refuse(name + " needs at least " + text(fitted) + " points; got " + text(n));
-  }
-
-  for (std::size_t i = 0; i < n; ++i) {
-    if (!std::isfinite(x[i])) return refuseAt(i, name + " needs finite values; x = " + text(x[i]));
-    if (!std::isfinite(y[i])) return refuseAt(i, name + " needs finite values; y = " + text(y[i]));
-    if (shape.x == XScale::kLog && !(x[i] > 0.0)) {
-      return refuseAt(i, name + " needs x > 0; x = " + text(x[i]));
-    }
-    if (shape.x == XScale::kReciprocal && x[i] == 0.0) {
-      return refuseAt(i, name + " needs x != 0; x = " + text(x[i]));
-    }
-    if (shape.y != YScale::kPlain && !(y[i] > 0.0)) {
-      return refuseAt(i, name + " needs y > 0; y = " + text(y[i]));
-    }
-  }
-
+  if (auto refusal = checkPoints(name, shape, x, y)) return std::move(*refusal);
   double c = 0.0;
   if (shape.y == YScale::kLogistic) {
-    double bound;
-    if (options.logisticUpperBound) {
-      bound = *options.logisticUpperBound;
-      if (!std::isfinite(bound) || !(bound > 0.0)) {
-        return refuse(name + " needs a finite upper bound above 0; got " + text(bound));
-      }
-      for (std::size_t i = 0; i < n; ++i) {
-        if (!(y[i] < bound)) {
-          return refuseAt(
-              i, name + " needs y below the upper bound " + text(bound) + "; y = " + text(y[i]));
-        }
-      }
-    } else {
-      bound = *std::max_element(y.begin(), y.end()) * (1.0 + kLogisticHeadroom);
-    }
-    c = 1.0 / bound;
+    if (auto refusal = logisticConstant(name, y, options, c)) return std::move(*refusal);
   }
+  if (auto refusal = checkDistinctX(name, shape, x)) return std::move(*refusal);
 
-  std::vector<double> sorted(x.begin(), x.end());
-  std::sort(sorted.begin(), sorted.end());
-  const auto distinct =
-      static_cast<std::size_t>(std::unique(sorted.begin(), sorted.end()) - sorted.begin());
-  if (distinct == 1) return refuse(name + " needs x values that vary; every x = " + text(x[0]));
-  if (distinct < fitted) {
-    return refuse(name + " needs at least " + text(fitted) + " distinct x values; got " +
-                  text(distinct));
-  }
-
-  std::vector<double> u(n), v(n);
-  for (std::size_t i = 0; i < n; ++i) {
-    switch (shape.x) {
-      case XScale::kPlain:
-        u[i] = x[i];
-        break;
-      case XScale::kLog:
-        u[i] = std::log(x[i]);
-        break;
-      case XScale::kReciprocal:
-        u[i] = 1.0 / x[i];
-        break;
-    }
-    switch (shape.y) {
-      case YScale::kPlain:
-        v[i] = y[i];
-        break;
-      case YScale::kLog:
-        v[i] = std::log(y[i]);
-        break;
-      case YScale::kLogistic:
-        v[i] = std::log(1.0 / y[i] - c);
-        break;
-    }
-    if (!std::isfinite(u[i]) || !std::isfinite(v[i])) {
-      return refuseAt(i, name + " cannot transform x = " + text(x[i]) + ", y = " + text(y[i]),
-                      " into finite values");
-    }
-  }
-
+  std::vector<double> u, v;
+  if (auto refusal = transform(name, shape, x, y, c, u, v)) return std::move(*refusal);
   const auto linear = polynomialFit(u, v, shape.degree);
   if (!linear) return refuse(name + " has x values too close together to fit reliably");
-  const std::vector<double>& p = *linear;
 
-  Curve curve;
-  curve.family = family;
-  switch (family) {
-    case Family::kLinear:
-    case Family::kLogarithmic:
-    case Family::kInverse:
-    case Family::kQuadratic:
-    case Family::kCubic:
-    case Family::kS:       // ln y = a + b / x
-    case Family::kGrowth:  // ln y = a + b x
-      std::copy(p.begin(), p.end(), curve.coefficients.begin());
-      break;
-    case Family::kCompound:  // ln y = ln a + x ln b
-      curve.coefficients = {std::exp(p[0]), std::exp(p[1]), 0.0, 0.0};
-      break;
-    case Family::kPower:        // ln y = ln a + b ln x
-    case Family::kExponential:  // ln y = ln a + b x
-      curve.coefficients = {std::exp(p[0]), p[1], 0.0, 0.0};
-      break;
-    case Family::kLogistic:  // ln(1/y - c) = ln a + x ln b
-      curve.coefficients = {std::exp(p[0]), std::exp(p[1]), c, 0.0};
-      break;
-  }
-  static constexpr char kLetters[] = "abcd";
-  for (std::size_t i = 0; i < curve.coefficients.size(); ++i) {
-    if (!std::isfinite(curve.coefficients[i])) {
-      return refuse(name + " gives a coefficient out of range: " + kLetters[i] + " = " +
-                    text(curve.coefficients[i]));
-    }
-  }
-
-  // R squared of the curve as returned, on the scale of y.
-  const auto [low, high] = std::minmax_element(y.begin(), y.end());
-  if (*low == *high) {
-    curve.rSquared = kNaN;
-  } else {
-    double mean = 0.0;
-    for (double value : y) mean += value;
-    mean /= static_cast<double>(n);
-    double total = 0.0, residual = 0.0;
-    for (std::size_t i = 0; i < n; ++i) {
-      total += (y[i] - mean) * (y[i] - mean);
-      const double error = y[i] - curve.at(x[i]);
-      residual += error * error;
-    }
-    curve.rSquared = 1.0 - residual / total;
-  }
+  Curve curve = backTransform(family, *linear, c);
+  if (auto refusal = checkCoefficients(name, curve)) return std::move(*refusal);
+  curve.rSquared = rSquared(curve, x, y);
   FitResult result;
   result.curve = curve;
   return result;

@@ -1,0 +1,262 @@
+// Column typing: numbers, missing values, dates, and the guessed formats.
+#include "datasrc/CsvColumnTypes.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <iterator>
+
+#include "chartxml/host/Platform.h"
+#include "datasrc/CsvSupport.h"
+
+namespace cxhost::csv {
+
+namespace {
+
+constexpr std::uint8_t kFixedType = 5;
+// A guessed numeric format is never narrower than this, so that small whole
+// numbers still line up with the values of neighbouring columns.
+constexpr int kMinGuessedWidth = 8;
+
+// Date display formats (formatter.h) and the widths they print in.
+constexpr std::uint8_t kDateDmyName = 20;  // 26-SEP-1994
+constexpr std::uint8_t kDateMdy = 21;      // 09/26/1994
+constexpr std::uint8_t kDateDmy = 22;      // 26.09.1994
+constexpr std::uint8_t kDateYmd = 23;      // 1994/09/26
+constexpr std::uint8_t kDateTime = 24;     // 26-SEP-1994 23:06:40
+constexpr std::uint8_t kDuration = 25;
+constexpr std::uint8_t kIsoDateTime = 30;  // 1994-09-26T23:06:40
+constexpr int kDateWidth = 10;
+constexpr int kDateNameWidth = 11;
+constexpr int kDateTimeWidth = 20;
+constexpr int kIsoDateTimeWidth = 19;
+// Seconds since 1582 keep milliseconds exactly up to the year 9999; finer
+// fractions are kept as read but not shown by the guessed format.
+constexpr int kMaxGuessedSecondDecimals = 3;
+
+std::string_view trimBlanks(std::string_view text) {
+  while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
+  while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
+  return text;
+}
+
+// How people write a missing value in a numeric column, besides leaving
+// the field empty (`text` is trimmed).
+bool isMissingToken(std::string_view text) {
+  static constexpr std::string_view kTokens[] = {"NA", "N/A", "NaN", "nan", "null", "NULL", "."};
+  return text.empty() ||
+         std::find(std::begin(kTokens), std::end(kTokens), text) != std::end(kTokens);
+}
+
+// Decimals that fixed-point notation needs to show a number spelled as
+// `text` (already known to be a number): "1.50" needs 2, "2.5e-3" needs 4.
+int decimalsOf(std::string_view text) {
+  const std::size_t exponentAt = text.find_first_of("eE");
+  const std::string_view mantissa = text.substr(0, exponentAt);
+  const std::size_t point = mantissa.find('.');
+  long decimals =
+      point == std::string_view::npos ? 0 : static_cast<long>(mantissa.size() - point - 1);
+  if (exponentAt != std::string_view::npos) {
+    long exponent = 0;
+    std::string_view digits = text.substr(exponentAt + 1);
+    if (!digits.empty() && digits.front() == '+') digits.remove_prefix(1);
+    std::from_chars(digits.data(), digits.data() + digits.size(), exponent);
+    decimals -= std::clamp(exponent, -1000L, 1000L);
+  }
+  return static_cast<int>(std::clamp(decimals, 0L, static_cast<long>(kMaxDecimals)));
+}
+
+// What the date values of a column have in common.
+class DateColumn {
+ public:
+  // False, with `problem`, when `value` mixes zone offsets with the values
+  // before it; a date alone has none.
+  bool add(const DateValue& value, std::string& problem) {
+    const bool offset = value.form.offset;
+    if (offset ? local_ : zoned_) {
+      problem = offset ? "has a zone offset, unlike the values above it"
+                       : "has no zone offset, unlike the date-times above it";
+      return false;
+    }
+    (offset ? zoned_ : local_) = true;
+    time_ = time_ || value.form.hasTime();
+    fractionDigits_ = std::max(fractionDigits_, value.fractionDigits);
+    using Date = DateForm::Date;
+    iso_ = iso_ && value.form.date == Date::Iso;
+    for (auto [date, all] : {std::pair{Date::MonthDayYear, &monthFirst_},
+                             {Date::DayMonthYear, &dayFirst_},
+                             {Date::YearMonthDay, &yearFirst_}}) {
+      *all = *all && value.form.date == date;
+    }
+    if (std::find(forms_.begin(), forms_.end(), value.form) == forms_.end()) {
+      if (forms_.size() < kFormsShown) {
+        forms_.push_back(value.form);
+      } else {
+        moreForms_ = true;
+      }
+    }
+    return true;
+  }
+
+  // The format that shows the values as they were written, or as near as
+  // the host's date formats come.
+  VORN_Format format() const {
+    if (time_) {
+      const int decimals = std::min(fractionDigits_, kMaxGuessedSecondDecimals);
+      const int width =
+          (iso_ ? kIsoDateTimeWidth : kDateTimeWidth) + (decimals > 0 ? decimals + 1 : 0);
+      return VORN_Format(iso_ ? kIsoDateTime : kDateTime, static_cast<std::uint16_t>(width),
+                         static_cast<std::uint8_t>(decimals));
+    }
+    const std::uint8_t type = iso_ || yearFirst_ ? kDateYmd
+                              : monthFirst_      ? kDateMdy
+                              : dayFirst_        ? kDateDmy
+                                                 : kDateDmyName;
+    return VORN_Format(type, type == kDateDmyName ? kDateNameWidth : kDateWidth, 0);
+  }
+
+  std::string kind() const {
+    if (zoned_) return "date-time with offsets converted to UTC";
+    std::string patterns;
+    for (const DateForm& form : forms_) patterns += (patterns.empty() ? "" : "; ") + form.pattern();
+    if (moreForms_) patterns += "; ...";
+    return (time_ ? "date-time (" : "date (") + patterns + ")";
+  }
+
+ private:
+  static constexpr std::size_t kFormsShown = 3;
+  bool zoned_ = false;
+  bool local_ = false;
+  bool time_ = false;
+  int fractionDigits_ = 0;
+  bool iso_ = true;
+  bool monthFirst_ = true;
+  bool dayFirst_ = true;
+  bool yearFirst_ = true;
+  std::vector<DateForm> forms_;
+  bool moreForms_ = false;
+};
+
+}  // namespace
+
+bool parseNumber(std::string_view text, double& value, bool infinities) {
+  text = trimBlanks(text);
+  if (!text.empty() && text.front() == '+') {
+    text.remove_prefix(1);
+    if (!text.empty() && text.front() == '-') return false;
+  }
+  if (text.empty()) return false;
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, value);
+  if (error != std::errc() || stop != end) return false;
+  return infinities ? !std::isnan(value) : std::isfinite(value);
+}
+
+Wanted Wanted::byFormatType(int type) {
+  if (type < 1 || type > kMaxType) return {};
+  if (type == VORN_Format::kStringType) return {Kind::Text, type};
+  const bool date = type >= kDateDmyName && type <= kIsoDateTime && type != kDuration;
+  return {date ? Kind::Date : Kind::Numeric, type};
+}
+
+DateOrder Wanted::dateOrder(DateOrder given) const {
+  if (given != DateOrder::None || kind != Kind::Date) return given;
+  return type == kDateMdy ? DateOrder::MonthFirst : DateOrder::DayFirst;
+}
+
+bool typeColumn(const std::string& file, const std::string& name, CsvColumn& column,
+                const std::vector<int>& lines, const QuotedCells& quoted, char delimiter,
+                const Wanted& wanted, DateOrder order, Typed& typed) {
+  enum class Seen { Nothing, Numbers, Dates };
+  Seen seen = Seen::Nothing;
+  const std::size_t rows = lines.size();
+  bool texts = false;
+  std::vector<double> numbers;
+  numbers.reserve(rows);
+  double largest = 0;
+  bool negative = false;
+  int decimals = 0;
+  DateColumn dates;
+  for (std::size_t row = 0; row < rows && !texts; ++row) {
+    const std::string_view cell = trimBlanks(column.cell(row));
+    DateValue date;
+    std::string problem;
+    if (row < quoted.size() && quoted[row] && !wanted.strict()) {
+      if (seen != Seen::Numbers && cell.find(delimiter) != std::string_view::npos &&
+          parseDate(cell, order, date) && dates.add(date, problem)) {
+        seen = Seen::Dates;
+        numbers.push_back(date.seconds);
+        continue;
+      }
+      texts = true;
+      break;
+    }
+    if (isMissingToken(cell)) {
+      numbers.push_back(kVornMissingValue);
+      continue;
+    }
+    double value;
+    if (seen != Seen::Dates && parseNumber(cell, value, true)) {
+      seen = Seen::Numbers;
+      numbers.push_back(value);
+      if (!std::isfinite(value)) continue;
+      largest = std::max(largest, std::fabs(value));
+      negative = negative || std::signbit(value);
+      decimals = std::max(decimals, decimalsOf(cell));
+      continue;
+    }
+    if (seen != Seen::Numbers && parseDate(cell, order, date) && dates.add(date, problem)) {
+      seen = Seen::Dates;
+      numbers.push_back(date.seconds);
+      continue;
+    }
+    if (!wanted.strict()) {
+      texts = true;
+      break;
+    }
+    if (problem.empty()) {
+      const bool dateExpected =
+          seen == Seen::Dates || (seen == Seen::Nothing && wanted.kind == Wanted::Kind::Date);
+      problem = dateExpected ? "is not a date" : "is not a number";
+    }
+    refuse(file, lines[row],
+           "variable \"" + name + "\": \"" + std::string(cell) + "\" " + problem +
+               "; the dictionary gives it " +
+               (wanted.kind == Wanted::Kind::Date ? "date" : "numeric") + " format type " +
+               std::to_string(wanted.type));
+    return false;
+  }
+  // The string format keeps dates the texts they were written as.
+  if (seen == Seen::Dates && wanted.kind == Wanted::Kind::Text) texts = true;
+  if (texts) {
+    std::size_t longest = 1;
+    for (std::size_t r = 0; r < rows; ++r) longest = std::max(longest, column.cell(r).size());
+    typed.numeric = false;
+    typed.format =
+        VORN_Format(VORN_Format::kStringType,
+                    static_cast<std::uint16_t>(std::min<std::size_t>(longest, kMaxStringWidth)), 0);
+    typed.kind = "text";
+    return true;
+  }
+  column.numbers = std::move(numbers);
+  column.text = std::string();
+  column.ends = std::vector<std::size_t>();
+  typed.numeric = true;
+  if (seen == Seen::Dates) {
+    typed.format = dates.format();
+    typed.kind = dates.kind();
+    return true;
+  }
+  const int printed = std::snprintf(nullptr, 0, "%.*f", decimals, largest) + (negative ? 1 : 0);
+  const int width = std::clamp(printed, kMinGuessedWidth, static_cast<int>(VORN_Format::kMaxWidth));
+  typed.format = VORN_Format(kFixedType, static_cast<std::uint16_t>(width),
+                             static_cast<std::uint8_t>(decimals));
+  typed.kind = seen == Seen::Nothing ? "number (all missing)"
+                                     : "number (" + std::to_string(decimals) +
+                                           (decimals == 1 ? " decimal)" : " decimals)");
+  return true;
+}
+
+}  // namespace cxhost::csv

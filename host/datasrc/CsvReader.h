@@ -1,0 +1,68 @@
+// The CSV reader (internal to the host): a file's bytes, decoded into the
+// host's code page (CsvEncoding.h), split into RFC 4180 fields.
+//
+// Lines end in LF, CRLF or a lone CR; reports count physical lines, so a
+// quoted field that spans lines moves the count on. The first record names
+// the variables: none may be empty, hold a NUL byte or repeat another. Every
+// later record must have as many fields as the header; blank lines after the
+// last record end the file unless there is a single column, where each line
+// is a case. Every cell is kept as the text read, with a note of the quoted
+// ones: typing them is CsvColumnTypes.h's work.
+#ifndef CHARTXML_HOST_DATASRC_CSVREADER_H_
+#define CHARTXML_HOST_DATASRC_CSVREADER_H_
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace cxhost {
+
+// A column as stored: numbers (kVornMissingValue for an empty cell), or the
+// texts of all cells back to back with the end offset of each cell.
+struct CsvColumn {
+  std::vector<double> numbers;
+  std::string text;
+  std::vector<std::size_t> ends;
+
+  std::string_view cell(std::size_t row) const {
+    const std::size_t begin = row == 0 ? 0 : ends[row - 1];
+    return std::string_view(text).substr(begin, ends[row] - begin);
+  }
+};
+
+namespace csv {
+
+// The path that reads standard input, and the name reports give it.
+inline constexpr const char* kStandardInputPath = "-";
+inline constexpr const char* kStandardInputName = "<stdin>";
+
+// Reads the whole file; `problem` says why not.
+bool readFile(const std::string& path, std::string& content, std::string& problem);
+
+// The text of `path` (kStandardInputPath: what is left of standard input)
+// in the host's code page, `encoding` being the caller's name for the
+// file's encoding ("" when not given). False (reported under `name`) when
+// it cannot be read or decoded, or standard input is empty.
+bool readText(const std::string& path, const std::string& name, const std::string& encoding,
+              std::string& content);
+
+// The delimiter that splits the header line into the most fields (quotes
+// respected); on a tie the first of ',', ';' and tab.
+char detectDelimiter(std::string_view text);
+
+// Which cells of a column were quoted; rows past the end were not.
+using QuotedCells = std::vector<bool>;
+
+// Reads the header into `names` and every row into text columns, noting
+// the quoted cells and the file line on which each row begins; false
+// (reported under `name`) when the file is malformed.
+bool readTable(const std::string& name, std::string_view data, char delimiter,
+               std::vector<std::string>& names, std::vector<CsvColumn>& columns,
+               std::vector<QuotedCells>& quotedCells, std::vector<int>& lines, int& rows);
+
+}  // namespace csv
+
+}  // namespace cxhost
+
+#endif  // CHARTXML_HOST_DATASRC_CSVREADER_H_
