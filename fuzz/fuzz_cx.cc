@@ -50,6 +50,7 @@
 
 #include <xercesc/util/PlatformUtils.hpp>
 
+#include "chartxml/chartxml_building.h"
 #include "chartxml/chartxml_host.h"
 #include "chartxml/cx.h"
 #include "chartxml/host/ChartBase.h"

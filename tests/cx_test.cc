@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <deque>
 
+#include "chartxml/chartxml_building.h"
 #include "chartxml/cx.h"
 #include "test_support.h"
 

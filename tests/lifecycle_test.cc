@@ -13,6 +13,7 @@ extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 #endif
 
 #include "chartxml/ChartXml.h"
+#include "chartxml/chartxml_building.h"
 #include "chartxml/chartxml_host.h"
 #include "chartxml/host/TsCellText.h"
 

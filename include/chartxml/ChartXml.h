@@ -33,23 +33,15 @@
 XERCES_CPP_NAMESPACE_BEGIN
 class DOMDocument;
 class DOMElement;
-class SchemaValidator;
 XERCES_CPP_NAMESPACE_END
 
 class Chart;
 class ChartErrorHandler;
-class ProcedureDataSource;
 class VORN_DataSource;
 class VORN_Variable;
 class VarDataProcessor;
 class VORN_FortranDictionary;
-class ChartStringHandler;
 class ChartTranscoder;
-class FacSTDictionary;
-
-namespace chartxml {
-class ChartRegistry;
-}
 
 class CHARTXML_EXPORT ChartXml {
  public:
@@ -452,10 +444,10 @@ class CHARTXML_EXPORT ChartXml {
   ~ChartXml();
 
   // The per-case resolution: the cached chart, else a quiet look-up.
-  // Defined in src/chartxml/Forward.h.
+  // Defined in src/facade/Forward.h.
   Chart* resolveQuietly(int chart);
   // Resolves the chart (reporting) and runs op(chart) under guard; -1 when the
-  // chart does not resolve. Defined in src/chartxml/Forward.h.
+  // chart does not resolve. Defined in src/facade/Forward.h.
   template <class Op>
   int forward(int chart, int line, Op op);
   // Runs op(); an exception becomes a report and `failure`.
@@ -482,25 +474,10 @@ class CHARTXML_EXPORT ChartXml {
   // Removes a chart from the registry (and from the resolution cache).
   void eraseChart(int chart);
 
-  int nextHandle = 0;
-  // The chart resolved last: per-case calls name the same chart again and
-  // again, and skip the registry look-up. Cleared whenever a chart goes.
-  int lastChartHandle = -1;
-  Chart* lastChart = nullptr;
-  std::unique_ptr<xercesc::SchemaValidator> validator;
-  std::unique_ptr<ChartStringHandler> stringHandler;
-  std::unique_ptr<chartxml::ChartRegistry> charts;
-  std::unique_ptr<FacSTDictionary> dictionary;
-  VORN_DataSource* dataSource = nullptr;
-  std::unique_ptr<ProcedureDataSource> ownedDataSource;
-  std::unique_ptr<ChartErrorHandler> errorHandler;
-  std::unique_ptr<ChartTranscoder> olangTranscoder;
-  std::unique_ptr<ChartTranscoder> localTranscoder;
-  std::vector<int> tsTexts;  // cell texts made by ToTS, released with the instance
-  std::string procedureName;
-  std::string procedureTable;
-  bool warningShown = false;
-  bool platformReady = false;
+  // The instance's charts, strings, data source and transcoders, defined
+  // with the library's sources.
+  struct State;
+  std::unique_ptr<State> state_;
 };
 
 #endif  // CHARTXML_CHARTXML_H_

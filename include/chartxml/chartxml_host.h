@@ -25,19 +25,19 @@ extern "C" {
 #endif
 
 /* Settings. */
-CHARTXML_EXPORT void cxh_set_language(const char* code); /* "en", "ja", "zh-tw", ... */
-CHARTXML_EXPORT void cxh_set_string_tables(const char* dir);
-CHARTXML_EXPORT void cxh_set_code_page(const char* name); /* the default multibyte code page */
-CHARTXML_EXPORT void cxh_set_bootstrapping(int on);
-CHARTXML_EXPORT void cxh_set_quiet(int on); /* 1: reports are not echoed to standard error */
+CHARTXML_HOST_EXPORT void cxh_set_language(const char* code); /* "en", "ja", "zh-tw", ... */
+CHARTXML_HOST_EXPORT void cxh_set_string_tables(const char* dir);
+CHARTXML_HOST_EXPORT void cxh_set_code_page(const char* name); /* the default multibyte code page */
+CHARTXML_HOST_EXPORT void cxh_set_bootstrapping(int on);
+CHARTXML_HOST_EXPORT void cxh_set_quiet(int on); /* 1: reports are not echoed to standard error */
 /* 1: every chart sent is checked first (cxh_check_xml with the schema); a
  * document with a finding is refused: each finding is reported, the chart is
  * neither kept nor written and the send fails. Off by default. */
-CHARTXML_EXPORT void cxh_set_validate(int on);
+CHARTXML_HOST_EXPORT void cxh_set_validate(int on);
 /* Where sent charts are written (chart-NNNN.xml and chart-NNNN.SOURCE.csv,
  * numbered after the highest chart number already in the folder);
  * NULL: keep them in memory only. */
-CHARTXML_EXPORT void cxh_set_output_dir(const char* dir);
+CHARTXML_HOST_EXPORT void cxh_set_output_dir(const char* dir);
 
 /* Data sources. cxh_open_csv reads PATH (RFC 4180: a header row of variable
  * names, one row per case; fields separated by ',', ';' or tab, whichever
@@ -63,7 +63,7 @@ CHARTXML_EXPORT void cxh_set_output_dir(const char* dir);
  * be read or is malformed (reported with the file and line; nothing
  * half-loaded is returned). The caller owns it and releases it with
  * cxh_close; the library never frees it. */
-CHARTXML_EXPORT void* cxh_open_csv(const char* path);
+CHARTXML_HOST_EXPORT void* cxh_open_csv(const char* path);
 /* How to read a CSV data source; zero-initialise (all defaults), then set what you need. */
 typedef struct cxh_csv_options {
   /* 0: detect from the header line (',', ';' or tab) */
@@ -80,38 +80,34 @@ typedef struct cxh_csv_options {
  * 21, else day first. A delimiter other than a tab or a printable ASCII character, the quote, or a
  * date order out of range is refused. Standard input is read to its end once: opening "-" again
  * gets what is left, nothing ("standard input is empty"). Reports name standard input "<stdin>". */
-CHARTXML_EXPORT void* cxh_open_csv_ex(const char* path, const cxh_csv_options* options);
+CHARTXML_HOST_EXPORT void* cxh_open_csv_ex(const char* path, const cxh_csv_options* options);
 /* What the reader decided for each column of SOURCE (as returned by cxh_open_csv[_ex]), one line
  * each, "NAME: KIND"; valid until SOURCE is closed. "" for NULL. KIND is "text", "number (2
  * decimals)", "number (all missing)", "date (yyyy-MM-dd)", "date-time (yyyy-MM-ddTHH:mm:ss)" (the
  * forms the values were written in, "; " between several) or "date-time with offsets converted to
  * UTC". Each line ends in "\n"; line breaks in a name show as \r and \n. */
-CHARTXML_EXPORT const char* cxh_csv_column_kinds(void* source);
-CHARTXML_EXPORT void cxh_close(void* source_or_dictionary);
+CHARTXML_HOST_EXPORT const char* cxh_csv_column_kinds(void* source);
+CHARTXML_HOST_EXPORT void cxh_close(void* source_or_dictionary);
 /* A procedure dictionary over SOURCE: variable number k (1-based) names column
  * columns[k-1] (0-based). Pass it as the dictionary argument with a data
  * pointer that is not all-ones. NULL (reported) when SOURCE is NULL, COUNT is
  * negative or a column is out of range. Release with cxh_close before its
  * source. */
-CHARTXML_EXPORT void* cxh_dictionary(void* source, const int64_t* columns, int64_t count);
+CHARTXML_HOST_EXPORT void* cxh_dictionary(void* source, const int64_t* columns, int64_t count);
 
 /* Reports: every ChartException and TsError, oldest first; the most recent
  * 100,000 are kept. */
-CHARTXML_EXPORT int cxh_report_count(void);
-CHARTXML_EXPORT const char* cxh_report_message(int i); /* NULL when i is out of range */
-CHARTXML_EXPORT const char* cxh_report_source(int i);  /* e.g. "backend/chartxml/src/chart" */
-CHARTXML_EXPORT int cxh_report_line(int i);            /* -1 when i is out of range */
-CHARTXML_EXPORT void cxh_clear_reports(void);
+CHARTXML_HOST_EXPORT int cxh_report_count(void);
+CHARTXML_HOST_EXPORT const char* cxh_report_message(int i); /* NULL when i is out of range */
+CHARTXML_HOST_EXPORT const char* cxh_report_source(int i);  /* e.g. "backend/chartxml/src/chart" */
+CHARTXML_HOST_EXPORT int cxh_report_line(int i);            /* -1 when i is out of range */
+CHARTXML_HOST_EXPORT void cxh_clear_reports(void);
 
 /* Debug lines written through ChartBase::printDebugInfo; the most recent
  * 100,000 are kept. */
-CHARTXML_EXPORT int cxh_debug_count(void);
-CHARTXML_EXPORT const char* cxh_debug_line(int i); /* NULL when i is out of range */
-CHARTXML_EXPORT void cxh_clear_debug(void);
-
-/* The document of a chart still being built, as GetXmlBuffer gives it ("" if
- * there is no such chart). Provided by libchartxml. */
-CHARTXML_EXPORT const char* cxh_chart_xml(int64_t chart);
+CHARTXML_HOST_EXPORT int cxh_debug_count(void);
+CHARTXML_HOST_EXPORT const char* cxh_debug_line(int i); /* NULL when i is out of range */
+CHARTXML_HOST_EXPORT void cxh_clear_debug(void);
 
 /* Checks the chart document XML (UTF-8, NUL-terminated): well formed, valid
  * against the chart schema when USE_SCHEMA is not 0 (the installed
@@ -119,19 +115,19 @@ CHARTXML_EXPORT const char* cxh_chart_xml(int64_t chart);
  * in it names a part of the right kind. Each finding is reported to the
  * report log as "LINE:COLUMN: MESSAGE". Returns the number of findings (0:
  * the document passed); -1 when XML is NULL. */
-CHARTXML_EXPORT int cxh_check_xml(const char* xml, int use_schema);
+CHARTXML_HOST_EXPORT int cxh_check_xml(const char* xml, int use_schema);
 
 /* Charts the host has been sent, oldest first. */
-CHARTXML_EXPORT int cxh_sent_count(void);
-CHARTXML_EXPORT const char* cxh_sent_xml(int i);         /* the final document text */
-CHARTXML_EXPORT const char* cxh_sent_description(int i); /* UTF-8 */
-CHARTXML_EXPORT const char* cxh_sent_template(int i);
+CHARTXML_HOST_EXPORT int cxh_sent_count(void);
+CHARTXML_HOST_EXPORT const char* cxh_sent_xml(int i);         /* the final document text */
+CHARTXML_HOST_EXPORT const char* cxh_sent_description(int i); /* UTF-8 */
+CHARTXML_HOST_EXPORT const char* cxh_sent_template(int i);
 /* The data of SOURCE (e.g. "source0") as CSV; NULL if the chart has none. */
-CHARTXML_EXPORT const char* cxh_sent_data_csv(int i, const char* source);
+CHARTXML_HOST_EXPORT const char* cxh_sent_data_csv(int i, const char* source);
 /* Forgets every sent chart and gives its memory back; the next chart is
  * numbered 1 again, or, into an output folder, after the highest chart
  * number already there (no chart's files are ever overwritten). */
-CHARTXML_EXPORT void cxh_clear_sent(void);
+CHARTXML_HOST_EXPORT void cxh_clear_sent(void);
 
 #ifdef __cplusplus
 }

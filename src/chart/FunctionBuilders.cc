@@ -1,7 +1,7 @@
 // The document part of a fitted-function line: a function guide in a frame,
 // carrying its formula and the number of points the curve is drawn through.
 // The curve families and their formulas live at the facade
-// (src/chartxml/ChartXmlFunctions.cc).
+// (src/facade/ChartXmlFunctions.cc).
 #include <string>
 
 #include <xercesc/dom/DOMNode.hpp>

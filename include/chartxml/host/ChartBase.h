@@ -15,7 +15,7 @@
 
 #include "chartxml/export.h"
 
-class CHARTXML_EXPORT ChartBase {
+class CHARTXML_HOST_EXPORT ChartBase {
  public:
   ChartBase() = default;
   virtual ~ChartBase() = default;

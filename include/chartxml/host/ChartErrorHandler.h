@@ -18,7 +18,7 @@
 #include "chartxml/export.h"
 #include "chartxml/host/ChartException.h"
 
-class CHARTXML_EXPORT ChartErrorHandler : public xercesc::HandlerBase {
+class CHARTXML_HOST_EXPORT ChartErrorHandler : public xercesc::HandlerBase {
  public:
   ChartErrorHandler() = default;
   ~ChartErrorHandler() override = default;

@@ -9,7 +9,7 @@
 
 #include "chartxml/export.h"
 
-class CHARTXML_EXPORT ChartException : public std::exception {
+class CHARTXML_HOST_EXPORT ChartException : public std::exception {
  public:
   // `file` is a report source name such as "backend/chartxml/src/chart".
   ChartException(std::string message, std::string file, int line);

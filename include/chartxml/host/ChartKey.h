@@ -10,7 +10,7 @@
 
 #include "chartxml/export.h"
 
-class CHARTXML_EXPORT ChartKey {
+class CHARTXML_HOST_EXPORT ChartKey {
  public:
   static constexpr std::size_t kMaxComponents = 3;
 

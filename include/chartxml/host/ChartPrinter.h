@@ -20,7 +20,7 @@
 
 #include "chartxml/export.h"
 
-class CHARTXML_EXPORT ChartPrinter {
+class CHARTXML_HOST_EXPORT ChartPrinter {
  public:
   void setPrintWhiteSpace(bool on) { whiteSpace_ = on; }
   // Prints `node` (a document, or an element and its subtree) to `out`.

@@ -15,7 +15,7 @@
 
 #include "chartxml/export.h"
 
-class CHARTXML_EXPORT ChartString {
+class CHARTXML_HOST_EXPORT ChartString {
  public:
   ChartString() = default;
   // Both take a UTF-16 text as the localised form; no English form.

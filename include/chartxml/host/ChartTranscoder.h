@@ -23,7 +23,7 @@
 #include "chartxml/export.h"
 #include "chartxml/host/ChartString.h"
 
-class CHARTXML_EXPORT ChartTranscoder {
+class CHARTXML_HOST_EXPORT ChartTranscoder {
  public:
   explicit ChartTranscoder(const std::string& codePage);
   ~ChartTranscoder();

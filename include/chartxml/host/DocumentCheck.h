@@ -42,13 +42,13 @@ struct CheckOptions {
 // violation (at most 100); then every bad reference. An empty result means
 // the document passed. Brings up the XML platform for the time of the check
 // when no one else has.
-CHARTXML_EXPORT std::vector<CheckFinding> checkChartDocument(std::string_view xml,
-                                                             const CheckOptions& options);
+CHARTXML_HOST_EXPORT std::vector<CheckFinding> checkChartDocument(std::string_view xml,
+                                                                  const CheckOptions& options);
 
 // The chart schema shipped with the host: the installed one, found from
 // where the host library was loaded, or the source tree's in a build tree.
 // CHARTXML_SCHEMA names another.
-CHARTXML_EXPORT std::string shippedSchemaPath();
+CHARTXML_HOST_EXPORT std::string shippedSchemaPath();
 
 }  // namespace cxhost
 

@@ -30,7 +30,7 @@
 
 #include "chartxml/export.h"
 
-class CHARTXML_EXPORT FacSTDictionary {
+class CHARTXML_HOST_EXPORT FacSTDictionary {
  public:
   // `stringTablePath`: the string-table folder; the global tables are loaded.
   explicit FacSTDictionary(const std::string& stringTablePath);

@@ -27,7 +27,7 @@
 #include "chartxml/host/ChartString.h"
 
 // A variable's extension: statistic annotations (`extension` child).
-class CHARTXML_EXPORT KytoExtension {
+class CHARTXML_HOST_EXPORT KytoExtension {
  public:
   explicit KytoExtension(xercesc::DOMElement* element) : element_(element) {}
   void setAttribute(const char16_t* name, const ChartString& value);
@@ -40,7 +40,7 @@ class CHARTXML_EXPORT KytoExtension {
   xercesc::DOMElement* element_;
 };
 
-class CHARTXML_EXPORT CTVariableType {
+class CHARTXML_HOST_EXPORT CTVariableType {
  public:
   explicit CTVariableType(xercesc::DOMElement* element);
   ~CTVariableType();
@@ -59,7 +59,7 @@ class CHARTXML_EXPORT CTVariableType {
   std::unique_ptr<KytoExtension> extension_;
 };
 
-class CHARTXML_EXPORT KytoMajorTicks {
+class CHARTXML_HOST_EXPORT KytoMajorTicks {
  public:
   explicit KytoMajorTicks(xercesc::DOMElement* element) : element_(element) {}
   // Sets `labelAngle`, written with 16 significant digits.
@@ -70,7 +70,7 @@ class CHARTXML_EXPORT KytoMajorTicks {
   xercesc::DOMElement* element_;
 };
 
-class CHARTXML_EXPORT KytoAxis {
+class CHARTXML_HOST_EXPORT KytoAxis {
  public:
   explicit KytoAxis(xercesc::DOMElement* element);
   ~KytoAxis();
@@ -83,7 +83,7 @@ class CHARTXML_EXPORT KytoAxis {
   std::unique_ptr<KytoMajorTicks> ticks_;
 };
 
-class CHARTXML_EXPORT KytoDimension {
+class CHARTXML_HOST_EXPORT KytoDimension {
  public:
   explicit KytoDimension(xercesc::DOMElement* element);
   ~KytoDimension();
@@ -96,7 +96,7 @@ class CHARTXML_EXPORT KytoDimension {
   std::vector<KytoAxis*> axisViews_;
 };
 
-class CHARTXML_EXPORT KytoCoordinates {
+class CHARTXML_HOST_EXPORT KytoCoordinates {
  public:
   explicit KytoCoordinates(xercesc::DOMElement* frame);
   ~KytoCoordinates();
@@ -109,7 +109,7 @@ class CHARTXML_EXPORT KytoCoordinates {
   std::vector<KytoDimension*> dimensionViews_;
 };
 
-class CHARTXML_EXPORT KytoGraph {
+class CHARTXML_HOST_EXPORT KytoGraph {
  public:
   explicit KytoGraph(xercesc::DOMElement* frame);
   ~KytoGraph();
@@ -122,7 +122,7 @@ class CHARTXML_EXPORT KytoGraph {
   std::vector<KytoCoordinates*> coordinateViews_;
 };
 
-class CHARTXML_EXPORT KytoVisualization {
+class CHARTXML_HOST_EXPORT KytoVisualization {
  public:
   explicit KytoVisualization(xercesc::DOMElement* root);
   ~KytoVisualization();

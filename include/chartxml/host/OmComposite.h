@@ -24,20 +24,20 @@
 
 #include "chartxml/export.h"
 
-class CHARTXML_EXPORT OmException : public std::runtime_error {
+class CHARTXML_HOST_EXPORT OmException : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
 // A cell: one text in its localised and English UTF-8 forms.
-struct CHARTXML_EXPORT OmStringCell {
+struct CHARTXML_HOST_EXPORT OmStringCell {
   OmStringCell(std::string text, std::string english)
       : text(std::move(text)), english(std::move(english)) {}
   std::string text;
   std::string english;
 };
 
-class CHARTXML_EXPORT OmComposite {
+class CHARTXML_HOST_EXPORT OmComposite {
  public:
   explicit OmComposite(OmStringCell pattern);
 

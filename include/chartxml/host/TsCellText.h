@@ -8,7 +8,7 @@
 #include "chartxml/export.h"
 
 // A narrow text in the host code page. `kind` 1 marks a message text.
-class CHARTXML_EXPORT TsString {
+class CHARTXML_HOST_EXPORT TsString {
  public:
   explicit TsString(std::string text, int kind = 0) : text_(std::move(text)), kind_(kind) {}
   const std::string& text() const { return text_; }
@@ -20,7 +20,7 @@ class CHARTXML_EXPORT TsString {
 };
 
 // The host's table of output-table cell texts.
-class CHARTXML_EXPORT TsCellText {
+class CHARTXML_HOST_EXPORT TsCellText {
  public:
   // Stores a copy of `text` and returns its handle (1, 2, 3, ...; never
   // reused within the process).
@@ -39,7 +39,7 @@ class CHARTXML_EXPORT TsCellText {
 // the host code page to UTF-8, goes to the report log with source
 // "host/cpputil" and line `level`. The log keeps one number per report, so
 // `detail` is not recorded. Never throws.
-class CHARTXML_EXPORT TsError {
+class CHARTXML_HOST_EXPORT TsError {
  public:
   TsError(const TsString& text, int level, int detail);
 };

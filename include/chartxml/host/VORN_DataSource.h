@@ -21,14 +21,14 @@
 #include "chartxml/host/VORN_Format.h"
 
 // A value of a value label: numeric, or a string for string variables.
-struct CHARTXML_EXPORT VORN_Value {
+struct CHARTXML_HOST_EXPORT VORN_Value {
   bool isString = false;
   double number = 0;
   std::string text;
 };
 
 // A variable's value labels, walked with Reset and GetNextPair.
-class CHARTXML_EXPORT VORN_ValueLabelMap {
+class CHARTXML_HOST_EXPORT VORN_ValueLabelMap {
  public:
   void Add(VORN_Value value, std::string label);
   std::size_t Count() const { return pairs_.size(); }
@@ -47,7 +47,7 @@ class CHARTXML_EXPORT VORN_ValueLabelMap {
 
 enum class VORN_Measure { Nominal, Ordinal, Scale };
 
-class CHARTXML_EXPORT VORN_Variable {
+class CHARTXML_HOST_EXPORT VORN_Variable {
  public:
   // Until set otherwise: measure scale with fixed-point format (5, 8, 2) for
   // numbers, measure nominal with string format (1, 8, 0) for texts.
@@ -85,7 +85,7 @@ class VORN_DataSource;
 // How a compiled procedure names columns: its variable numbers (positions
 // 1..Count) map to columns of a data source. A data source is itself a
 // dictionary whose positions are its columns.
-class CHARTXML_EXPORT VORN_FortranDictionary {
+class CHARTXML_HOST_EXPORT VORN_FortranDictionary {
  public:
   virtual ~VORN_FortranDictionary() = default;
   // The data source whose columns the dictionary names.
@@ -96,7 +96,7 @@ class CHARTXML_EXPORT VORN_FortranDictionary {
   virtual std::int64_t Column(std::int64_t position) const = 0;
 };
 
-class CHARTXML_EXPORT VORN_DataSource : public VORN_FortranDictionary {
+class CHARTXML_HOST_EXPORT VORN_DataSource : public VORN_FortranDictionary {
  public:
   ~VORN_DataSource() override = default;
 
@@ -123,7 +123,7 @@ class CHARTXML_EXPORT VORN_DataSource : public VORN_FortranDictionary {
 // A procedure's view of the data: a data area and a dictionary that maps the
 // procedure's variable numbers to the columns of the dictionary's source.
 // The data source's own services are those of the parent.
-class CHARTXML_EXPORT ProcedureDataSource : public VORN_DataSource {
+class CHARTXML_HOST_EXPORT ProcedureDataSource : public VORN_DataSource {
  public:
   // `dictionary` must outlive this object; `data` is the host's data area.
   ProcedureDataSource(void* data, VORN_FortranDictionary* dictionary);

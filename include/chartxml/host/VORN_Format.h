@@ -11,7 +11,7 @@
 
 #include "chartxml/export.h"
 
-struct CHARTXML_EXPORT VORN_Format {
+struct CHARTXML_HOST_EXPORT VORN_Format {
   static constexpr std::uint16_t kMaxWidth = 40;
   static constexpr std::uint8_t kStringType = 1;
 

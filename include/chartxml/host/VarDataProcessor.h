@@ -28,14 +28,14 @@
 
 #include "chartxml/export.h"
 
-class CHARTXML_EXPORT VarDataProcessor {
+class CHARTXML_HOST_EXPORT VarDataProcessor {
  public:
   static constexpr std::uint32_t kMaxRows = 1u << 28;
 
   class Column;
   // A variable's record: the caller allocates it with new, AddVariable takes it over
   // and ties it to its column.
-  struct CHARTXML_EXPORT _varinfo {
+  struct CHARTXML_HOST_EXPORT _varinfo {
     Column* column = nullptr;
   };
 

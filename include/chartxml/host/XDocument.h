@@ -26,7 +26,7 @@
 
 class VarDataProcessor;
 
-class CHARTXML_EXPORT XGraph {
+class CHARTXML_HOST_EXPORT XGraph {
  public:
   explicit XGraph(KytoVisualization* model) : model_(model) {}
   KytoVisualization* getImplementation() const { return model_; }
@@ -35,7 +35,7 @@ class CHARTXML_EXPORT XGraph {
   KytoVisualization* model_;
 };
 
-class CHARTXML_EXPORT XDocument {
+class CHARTXML_HOST_EXPORT XDocument {
  public:
   // Parses `templateText`. `validate`: check the document against the
   // chart vocabulary's element names (unknown elements are reported, once
@@ -80,7 +80,7 @@ class CHARTXML_EXPORT XDocument {
 };
 
 // Chart-kind adjustments of the model made before sending.
-class CHARTXML_EXPORT customizeCharts {
+class CHARTXML_HOST_EXPORT customizeCharts {
  public:
   explicit customizeCharts(KytoVisualization* model) : model_(model) {}
   // Icicle plots are drawn from interval elements stacked by level. Every

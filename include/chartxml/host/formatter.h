@@ -47,7 +47,7 @@
 #include "chartxml/export.h"
 #include "chartxml/host/VORN_Format.h"
 
-class CHARTXML_EXPORT formatter {
+class CHARTXML_HOST_EXPORT formatter {
  public:
   // The value as the format renders it; `trim` drops leading and trailing
   // blanks. The host's missing value and non-finite values render as "".

@@ -1,6 +1,6 @@
 // The registry of open charts, by chart handle.
-#ifndef CHARTXML_CHARTXML_CHARTREGISTRY_H_
-#define CHARTXML_CHARTXML_CHARTREGISTRY_H_
+#ifndef CHARTXML_FACADE_CHARTREGISTRY_H_
+#define CHARTXML_FACADE_CHARTREGISTRY_H_
 
 #include <memory>
 
@@ -13,4 +13,4 @@ class ChartRegistry : public KeyedTable<std::unique_ptr<Chart>> {};
 
 }  // namespace chartxml
 
-#endif  // CHARTXML_CHARTXML_CHARTREGISTRY_H_
+#endif  // CHARTXML_FACADE_CHARTREGISTRY_H_

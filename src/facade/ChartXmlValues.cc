@@ -3,12 +3,13 @@
 #include <string>
 
 #include "chartstringhandler/ChartStringHandler.h"
-#include "chartxml/Forward.h"
 #include "chartxml/formatSpec.h"
 #include "chartxml/host/Platform.h"
 #include "chartxml/host/VORN_DataSource.h"
 #include "chartxml/host/formatter.h"
 #include "common/XmlText.h"
+#include "facade/ChartXmlState.h"
+#include "facade/Forward.h"
 
 using chartxml::kStringsSource;
 
@@ -25,15 +26,16 @@ std::string formatted(double value, const VORN_Format& format) {
 }  // namespace
 
 const VORN_Variable* ChartXml::columnOf(int variable, int line) {
-  if (dataSource == nullptr) {
-    errorHandler->error(ChartException("no datasource", kStringsSource, line));
+  if (state_->dataSource == nullptr) {
+    state_->errorHandler->error(ChartException("no datasource", kStringsSource, line));
     return nullptr;
   }
   const int column = getVariableIndex(variable);
-  const VORN_Variable* info =
-      column >= 0 && column < dataSource->ColumnCount() ? dataSource->GetVariable(column) : nullptr;
+  const VORN_Variable* info = column >= 0 && column < state_->dataSource->ColumnCount()
+                                  ? state_->dataSource->GetVariable(column)
+                                  : nullptr;
   if (info == nullptr) {
-    errorHandler->error(
+    state_->errorHandler->error(
         ChartException("invalid variable index " + std::to_string(column), kStringsSource, line));
   }
   return info;
@@ -42,13 +44,13 @@ const VORN_Variable* ChartXml::columnOf(int variable, int line) {
 int ChartXml::addFormatted(const std::string& text) {
   ChartString value;
   value.assignUTF8(text);
-  return stringHandler->add(value);
+  return state_->stringHandler->add(value);
 }
 
 int ChartXml::VariableName(int variable) {
   return guard(-1, __LINE__, [&] {
     const VORN_Variable* column = columnOf(variable, __LINE__);
-    return column == nullptr ? -1 : stringHandler->add(transcode(column->GetName()));
+    return column == nullptr ? -1 : state_->stringHandler->add(transcode(column->GetName()));
   });
 }
 
@@ -57,13 +59,13 @@ int ChartXml::VariableLabel(int variable) {
     const VORN_Variable* column = columnOf(variable, __LINE__);
     if (column == nullptr) return -1;
     const std::string label = chartxml::stripBlanks(column->GetLabel());
-    return stringHandler->add(transcode(label.empty() ? column->GetName() : label));
+    return state_->stringHandler->add(transcode(label.empty() ? column->GetName() : label));
   });
 }
 
 int ChartXml::ValueLabel(int variable, double value, int maxLength) {
   return guard(-1, __LINE__, [&] {
-    if (value == kVornMissingValue) return stringHandler->add(translate(kMissingKey));
+    if (value == kVornMissingValue) return state_->stringHandler->add(translate(kMissingKey));
     const VORN_Variable* column = columnOf(variable, __LINE__);
     if (column == nullptr) return -1;
     const std::string* label = column->GetValueLabels().Find(value);
@@ -71,7 +73,7 @@ int ChartXml::ValueLabel(int variable, double value, int maxLength) {
     if (maxLength > 0 && text.size() > static_cast<std::size_t>(maxLength)) {
       VORNMBStringTruncate_A(text, static_cast<std::size_t>(maxLength));
     }
-    return stringHandler->add(transcode(text));
+    return state_->stringHandler->add(transcode(text));
   });
 }
 
@@ -105,7 +107,7 @@ int ChartXml::ObjectLabel(int variable, double value) {
   if (label < 0) return label;
   const int valueText = ValueLabel(variable, value, 0);
   if (valueText < 0) return valueText;
-  const int composite = stringHandler->addComposite(ChartString(u"^1: ^2"));
+  const int composite = state_->stringHandler->addComposite(ChartString(u"^1: ^2"));
   if (AddParameter(composite, label) < 0 || AddParameter(composite, valueText) < 0) return -1;
   return EndCompositeString(composite);
 }
@@ -121,7 +123,7 @@ int ChartXml::LRValue(double value, int format) {
 
 int ChartXml::LRValueAsString(double value, int format) {
   if (value == kVornMissingValue) {
-    return guard(-1, __LINE__, [&] { return stringHandler->add(translate(kMissingKey)); });
+    return guard(-1, __LINE__, [&] { return state_->stringHandler->add(translate(kMissingKey)); });
   }
   return LRValue(value, format);
 }

@@ -1,5 +1,5 @@
 // The facade's operations on what a chart sends.
-#include "chartxml/Forward.h"
+#include "facade/Forward.h"
 
 int ChartXml::SetChartTemplate(int chart, const std::string& name) {
   return forward(chart, __LINE__, [&](Chart& c) { return c.SetChartTemplate(name); });

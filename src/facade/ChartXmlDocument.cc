@@ -1,5 +1,5 @@
 // The facade's document operations: resolve the chart, then forward.
-#include "chartxml/Forward.h"
+#include "facade/Forward.h"
 
 int ChartXml::CopyAttributes(int chart, int fromElement, int toElement) {
   return forward(chart, __LINE__,

@@ -5,10 +5,11 @@
 #include <string>
 
 #include "chartstringhandler/ChartStringHandler.h"
-#include "chartxml/Forward.h"
 #include "chartxml/host/KytoUni.h"
 #include "chartxml/host/VORN_DataSource.h"
 #include "common/XmlText.h"
+#include "facade/ChartXmlState.h"
+#include "facade/Forward.h"
 
 using chartxml::kFacadeSource;
 
@@ -40,8 +41,8 @@ int ChartXml::SplitList(int chart, int variable, int count, const double* number
     }
     // Each value is a string of its own first: ValueLabel already knows
     // labels, formats and the missing value.
-    const int list = stringHandler->addComposite(ChartString(u"^1"));
-    if (stringHandler->beginRepeat(list) < 0) return -1;
+    const int list = state_->stringHandler->addComposite(ChartString(u"^1"));
+    if (state_->stringHandler->beginRepeat(list) < 0) return -1;
     for (int i = 0; i < count; ++i) {
       int item = -1;
       if (strings) {
@@ -53,27 +54,27 @@ int ChartXml::SplitList(int chart, int variable, int count, const double* number
         if (maxLength > 0 && text.size() > static_cast<std::size_t>(maxLength)) {
           VORNMBStringTruncate_A(text, static_cast<std::size_t>(maxLength));
         }
-        item = stringHandler->add(transcode(text));
+        item = state_->stringHandler->add(transcode(text));
       } else {
         item = ValueLabel(variable, numbers[i], maxLength);
       }
-      if (item < 0 || stringHandler->addParameter(list, item) < 0) return -1;
+      if (item < 0 || state_->stringHandler->addParameter(list, item) < 0) return -1;
     }
-    if (stringHandler->endRepeat(list) < 0) return -1;
-    return stringHandler->endComposite(list);
+    if (state_->stringHandler->endRepeat(list) < 0) return -1;
+    return state_->stringHandler->endComposite(list);
   });
 }
 
 int ChartXml::SplitHeader(int text, bool lineBreaks) {
   return guard(-1, __LINE__, [&] {
-    if (!stringHandler->checkHandle(text, "string", kFacadeSource, __LINE__)) return -1;
-    ChartString header = stringHandler->getString(text);
+    if (!state_->stringHandler->checkHandle(text, "string", kFacadeSource, __LINE__)) return -1;
+    ChartString header = state_->stringHandler->getString(text);
     if (header.empty()) {
       reportFacade("empty split header " + std::to_string(text), __LINE__);
       return -1;
     }
     if (lineBreaks) header.replace(u", ", u"\n");
-    return stringHandler->add(header);
+    return state_->stringHandler->add(header);
   });
 }
 
@@ -100,7 +101,7 @@ int ChartXml::VariableLabelFromDataSource(void* data, VORN_FortranDictionary*& d
       return -1;
     }
     const std::string label = chartxml::stripBlanks(info->GetLabel());
-    return stringHandler->add(transcode(label.empty() ? info->GetName() : label));
+    return state_->stringHandler->add(transcode(label.empty() ? info->GetName() : label));
   });
 }
 

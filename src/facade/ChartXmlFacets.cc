@@ -1,5 +1,5 @@
 // The facade's facet operations: resolve the chart, then forward.
-#include "chartxml/Forward.h"
+#include "facade/Forward.h"
 
 int ChartXml::AddCoordinateFacet(int chart, int frame) {
   return forward(chart, __LINE__, [&](Chart& c) { return c.AddCoordinateFacet(frame); });

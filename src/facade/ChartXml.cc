@@ -1,6 +1,6 @@
 // The facade's lifetime, chart registry and procedure settings.
 #include "chartxml/ChartXml.h"
-#include "chartxml/HostBridge.h"
+#include "facade/HostBridge.h"
 
 #include <string>
 
@@ -9,8 +9,6 @@
 #include <xercesc/validators/schema/SchemaValidator.hpp>
 
 #include "chartstringhandler/ChartStringHandler.h"
-#include "chartxml/ChartRegistry.h"
-#include "chartxml/Forward.h"
 #include "chartxml/host/ChartErrorHandler.h"
 #include "chartxml/host/ChartException.h"
 #include "chartxml/host/ChartTranscoder.h"
@@ -19,6 +17,9 @@
 #include "chartxml/host/TsCellText.h"
 #include "chartxml/host/VORN_DataSource.h"
 #include "common/SourceNames.h"
+#include "facade/ChartRegistry.h"
+#include "facade/ChartXmlState.h"
+#include "facade/Forward.h"
 
 using chartxml::keyOf;
 using chartxml::kFacadeSource;
@@ -59,50 +60,50 @@ ChartXml* ChartXml::Terminate() {
   return _instance;
 }
 
-ChartXml::ChartXml() : charts(std::make_unique<chartxml::ChartRegistry>()) {
+ChartXml::ChartXml() : state_(std::make_unique<State>()) {
   // Published first, so that whatever the rest of construction calls (the
   // vocabulary's translations) finds the instance.
   _instance = this;
-  dictionary = std::make_unique<FacSTDictionary>(stringTablePath());
+  state_->dictionary = std::make_unique<FacSTDictionary>(stringTablePath());
   // The error handler exists before anything can be reported.
-  errorHandler = std::make_unique<ChartErrorHandler>();
+  state_->errorHandler = std::make_unique<ChartErrorHandler>();
   try {
     xercesc::XMLPlatformUtils::Initialize();
-    platformReady = true;
+    state_->platformReady = true;
   } catch (const xercesc::XMLException& e) {
-    errorHandler->error(e);
+    state_->errorHandler->error(e);
   }
-  if (platformReady) {
-    validator = std::make_unique<xercesc::SchemaValidator>(nullptr);
+  if (state_->platformReady) {
+    state_->validator = std::make_unique<xercesc::SchemaValidator>(nullptr);
   }
-  olangTranscoder.reset(createOLangTranscoder());
-  localTranscoder.reset(createLocalTranscoder());
-  stringHandler = std::make_unique<ChartStringHandler>(*this, *errorHandler);
-  procedureName.clear();
-  warningShown = false;
+  state_->olangTranscoder.reset(createOLangTranscoder());
+  state_->localTranscoder.reset(createLocalTranscoder());
+  state_->stringHandler = std::make_unique<ChartStringHandler>(*this, *state_->errorHandler);
+  state_->procedureName.clear();
+  state_->warningShown = false;
 }
 
 ChartXml::~ChartXml() {
   // Charts hold DOM documents: they go before the XML platform does.
-  charts.reset();
+  state_->charts.reset();
   // What the instance made for the host lives no longer than the instance.
-  for (const int text : tsTexts) TsCellText::Release(text);
+  for (const int text : state_->tsTexts) TsCellText::Release(text);
   std::string().swap(chartxml::chartXmlBuffer());
-  stringHandler.reset();
-  validator.reset();
-  olangTranscoder.reset();
-  localTranscoder.reset();
-  if (platformReady) {
+  state_->stringHandler.reset();
+  state_->validator.reset();
+  state_->olangTranscoder.reset();
+  state_->localTranscoder.reset();
+  if (state_->platformReady) {
     try {
       xercesc::XMLPlatformUtils::Terminate();
     } catch (const xercesc::XMLException& e) {
-      errorHandler->error(e);
+      state_->errorHandler->error(e);
     }
   }
-  errorHandler.reset();
-  dictionary.reset();
-  dataSource = nullptr;
-  ownedDataSource.reset();
+  state_->errorHandler.reset();
+  state_->dictionary.reset();
+  state_->dataSource = nullptr;
+  state_->ownedDataSource.reset();
 }
 
 ChartTranscoder* ChartXml::createOLangTranscoder() {
@@ -124,71 +125,71 @@ ChartTranscoder* ChartXml::createLocalTranscoder() {
 }
 
 void ChartXml::reportFacade(const std::string& message, int line) {
-  errorHandler->error(ChartException(message, kFacadeSource, line));
+  state_->errorHandler->error(ChartException(message, kFacadeSource, line));
 }
 
 Chart* ChartXml::getValidChart(int chart, const char* file, unsigned line, bool report) {
-  if (chart == lastChartHandle && lastChart != nullptr) return lastChart;
+  if (chart == state_->lastChartHandle && state_->lastChart != nullptr) return state_->lastChart;
   const int reportLine = static_cast<int>(line);
-  if (chart < 0 || chart > nextHandle) {
+  if (chart < 0 || chart > state_->nextHandle) {
     if (report) {
-      errorHandler->error(ChartException("chart handle (" + std::to_string(chart) +
-                                             ") out of range (0-" + std::to_string(nextHandle) +
-                                             ")",
-                                         file, reportLine));
+      state_->errorHandler->error(ChartException("chart handle (" + std::to_string(chart) +
+                                                     ") out of range (0-" +
+                                                     std::to_string(state_->nextHandle) + ")",
+                                                 file, reportLine));
     }
     return nullptr;
   }
-  std::unique_ptr<Chart>* entry = charts->find(keyOf(chart));
+  std::unique_ptr<Chart>* entry = state_->charts->find(keyOf(chart));
   if (entry == nullptr) {
     if (report) {
-      errorHandler->error(ChartException(
+      state_->errorHandler->error(ChartException(
           "chart with this handle not found " + std::to_string(chart), file, reportLine));
     }
     return nullptr;
   }
   if (*entry == nullptr) {
     if (report) {
-      errorHandler->error(
+      state_->errorHandler->error(
           ChartException("chart does not exist " + std::to_string(chart), file, reportLine));
     }
     return nullptr;
   }
-  lastChartHandle = chart;
-  lastChart = entry->get();
-  return lastChart;
+  state_->lastChartHandle = chart;
+  state_->lastChart = entry->get();
+  return state_->lastChart;
 }
 
 void ChartXml::eraseChart(int chart) {
-  if (chart == lastChartHandle) {
-    lastChartHandle = -1;
-    lastChart = nullptr;
+  if (chart == state_->lastChartHandle) {
+    state_->lastChartHandle = -1;
+    state_->lastChart = nullptr;
   }
-  charts->erase(keyOf(chart));
+  state_->charts->erase(keyOf(chart));
 }
 
 int ChartXml::CreateChart() {
   return guard(-1, __LINE__, [&] {
-    if (!platformReady) {
+    if (!state_->platformReady) {
       reportFacade("the XML platform is not available; no chart can be made", __LINE__);
       return -1;
     }
-    auto chart = std::make_unique<Chart>(nextHandle, stringHandler.get());
+    auto chart = std::make_unique<Chart>(state_->nextHandle, state_->stringHandler.get());
     if (!chart->CreateChart()) return -1;
-    charts->insert(keyOf(nextHandle), std::move(chart));
-    return nextHandle++;
+    state_->charts->insert(keyOf(state_->nextHandle), std::move(chart));
+    return state_->nextHandle++;
   });
 }
 
 void ChartXml::releaseIfEmpty() {
-  if (charts->empty() && !_initialized) releaseShared();
+  if (state_->charts->empty() && !_initialized) releaseShared();
 }
 
 void ChartXml::releaseShared() {
   ResetStrings();
   // Only a wrapper built here is freed; the host's own source stays the host's.
-  dataSource = nullptr;
-  ownedDataSource.reset();
+  state_->dataSource = nullptr;
+  state_->ownedDataSource.reset();
 }
 
 int ChartXml::EndChart(int chart) {
@@ -211,11 +212,11 @@ int ChartXml::KillChart(int chart) {
 }
 
 int ChartXml::KillCharts() {
-  lastChartHandle = -1;
-  lastChart = nullptr;
-  charts->clear();
+  state_->lastChartHandle = -1;
+  state_->lastChart = nullptr;
+  state_->charts->clear();
   if (!_initialized) releaseShared();
-  nextHandle = 0;
+  state_->nextHandle = 0;
   return 0;
 }
 
@@ -245,19 +246,19 @@ std::string ChartXml::GetXmlBuffer(int chart) {
 }
 
 bool ChartXml::warningShownAlready() {
-  const bool previous = warningShown;
-  warningShown = true;
+  const bool previous = state_->warningShown;
+  state_->warningShown = true;
   return previous;
 }
 
 const std::string& ChartXml::SetProcedure(int chart, const std::string& name) {
-  if (name != procedureName) {
-    procedureName = name;
-    warningShown = false;
+  if (name != state_->procedureName) {
+    state_->procedureName = name;
+    state_->warningShown = false;
   }
   guard(0, chartxml::line::kSetProcedure, [&] {
-    dictionary->SetGlobalStringTable(stringTablePath());
-    procedureTable = dictionary->SetProcedure(name);
+    state_->dictionary->SetGlobalStringTable(stringTablePath());
+    state_->procedureTable = state_->dictionary->SetProcedure(name);
     if (chart != -1) {
       if (Chart* target =
               getValidChart(chart, kFacadeSource, chartxml::line::kSetProcedure, true)) {
@@ -266,12 +267,12 @@ const std::string& ChartXml::SetProcedure(int chart, const std::string& name) {
     }
     return 0;
   });
-  return procedureTable;
+  return state_->procedureTable;
 }
 
 void ChartXml::SetGlobalStringTable(const std::string& table) {
   guard(0, __LINE__, [&] {
-    dictionary->SetGlobalStringTable(table);
+    state_->dictionary->SetGlobalStringTable(table);
     return 0;
   });
 }

@@ -2,7 +2,7 @@
 #include "chartxml/cx.h"
 
 #include "chartxml/ChartXml.h"
-#include "chartxml/CxArguments.h"
+#include "facade/CxArguments.h"
 
 using chartxml::cx::call;
 using chartxml::cx::guarded;

@@ -5,9 +5,9 @@
 #include <initializer_list>
 #include <string>
 
-#include "chartxml/Forward.h"
 #include "chartxml/host/ChartBase.h"
 #include "chartxml/host/Platform.h"
+#include "facade/Forward.h"
 
 namespace {
 

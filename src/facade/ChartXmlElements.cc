@@ -1,6 +1,6 @@
 // The facade's element, position and aesthetic operations: resolve the chart,
 // then forward.
-#include "chartxml/Forward.h"
+#include "facade/Forward.h"
 
 int ChartXml::AddElement(int chart, int parent, int type, int suffix) {
   return forward(chart, __LINE__, [&](Chart& c) { return c.AddElement(parent, type, suffix); });

@@ -1,8 +1,8 @@
 // The plain entry points, made from their lines in CxOperations.def: each
 // checks its argument addresses and forwards to its ChartXml operation (see
 // CxArguments.h for the frame every entry point runs in).
-#include "chartxml/CxArguments.h"
 #include "chartxml/cx.h"
+#include "facade/CxArguments.h"
 
 using chartxml::cx::call;
 using chartxml::cx::DataArea;
@@ -71,5 +71,5 @@ using chartxml::cx::Text;
 #define CX_STEPS(NAME)
 
 extern "C" {
-#include "chartxml/CxOperations.def"
+#include "facade/CxOperations.def"
 }

@@ -1,6 +1,6 @@
 // The facade's domain, sort, statistic, aggregate and number-format
 // operations: resolve the chart, then forward.
-#include "chartxml/Forward.h"
+#include "facade/Forward.h"
 
 int ChartXml::AddDomain(int chart, bool categorical) {
   return forward(chart, __LINE__, [&](Chart& c) { return c.AddDomain(categorical); });

@@ -5,8 +5,8 @@
 // of which the low 32 bits count; logicals are true when any of the 64 bits is
 // set; texts are exactly `length` bytes (no terminator, nothing trimmed);
 // outputs and results are 32-bit values sign-extended to 64 bits.
-#ifndef CHARTXML_CHARTXML_CXARGUMENTS_H_
-#define CHARTXML_CHARTXML_CXARGUMENTS_H_
+#ifndef CHARTXML_FACADE_CXARGUMENTS_H_
+#define CHARTXML_FACADE_CXARGUMENTS_H_
 
 #include <cstdint>
 #include <exception>
@@ -163,4 +163,4 @@ std::int64_t call(const char* entry, int (ChartXml::*operation)(Parameters...),
 
 }  // namespace chartxml::cx
 
-#endif  // CHARTXML_CHARTXML_CXARGUMENTS_H_
+#endif  // CHARTXML_FACADE_CXARGUMENTS_H_

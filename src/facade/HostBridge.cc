@@ -2,8 +2,8 @@
 #include <string>
 
 #include "chartxml/ChartXml.h"
-#include "chartxml/HostBridge.h"
-#include "chartxml/chartxml_host.h"
+#include "chartxml/chartxml_building.h"
+#include "facade/HostBridge.h"
 
 namespace chartxml {
 

@@ -1,7 +1,7 @@
 // The facade's forwarding pattern: resolve the chart, call the chart's
 // operation, and make sure that no exception leaves the facade.
-#ifndef CHARTXML_CHARTXML_FORWARD_H_
-#define CHARTXML_CHARTXML_FORWARD_H_
+#ifndef CHARTXML_FACADE_FORWARD_H_
+#define CHARTXML_FACADE_FORWARD_H_
 
 #include <exception>
 #include <new>
@@ -16,6 +16,7 @@
 #include "chartxml/host/ChartException.h"
 #include "chartxml/host/Platform.h"
 #include "common/SourceNames.h"
+#include "facade/ChartXmlState.h"
 
 template <class Result, class Op>
 Result ChartXml::guard(Result failure, int line, Op op) {
@@ -24,11 +25,11 @@ Result ChartXml::guard(Result failure, int line, Op op) {
   } catch (const VornGoToCaller&) {
     throw;  // the host's own unwinding: it must reach the host
   } catch (const ChartException& e) {
-    errorHandler->error(e);
+    state_->errorHandler->error(e);
   } catch (const xercesc::DOMException& e) {
-    errorHandler->error(e);
+    state_->errorHandler->error(e);
   } catch (const xercesc::XMLException& e) {
-    errorHandler->error(e);
+    state_->errorHandler->error(e);
   } catch (const std::bad_alloc&) {
     reportFacade("out of memory", line);
   } catch (const std::exception& e) {
@@ -49,8 +50,8 @@ int ChartXml::forward(int chart, int line, Op op) {
 }
 
 inline Chart* ChartXml::resolveQuietly(int chart) {
-  if (chart == lastChartHandle) return lastChart;
+  if (chart == state_->lastChartHandle) return state_->lastChart;
   return getValidChart(chart, chartxml::kFacadeSource, 0, false);
 }
 
-#endif  // CHARTXML_CHARTXML_FORWARD_H_
+#endif  // CHARTXML_FACADE_FORWARD_H_

@@ -1,6 +1,6 @@
 // The facade's coordinate, dimension, axis, guide and legend operations:
 // resolve the chart, then forward.
-#include "chartxml/Forward.h"
+#include "facade/Forward.h"
 
 int ChartXml::AddCoordinateTransform(int chart, int frame, int method) {
   return forward(chart, __LINE__,

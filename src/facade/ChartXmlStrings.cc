@@ -5,7 +5,6 @@
 
 #include "chartstringhandler/ChartStringHandler.h"
 #include "chartxml/ChartXml.h"
-#include "chartxml/Forward.h"
 #include "chartxml/host/ChartBase.h"
 #include "chartxml/host/ChartErrorHandler.h"
 #include "chartxml/host/ChartException.h"
@@ -15,6 +14,8 @@
 #include "chartxml/host/TsCellText.h"
 #include "common/SourceNames.h"
 #include "common/XmlText.h"
+#include "facade/ChartXmlState.h"
+#include "facade/Forward.h"
 
 using chartxml::kFacadeSource;
 using chartxml::kStringsSource;
@@ -24,48 +25,49 @@ int ChartXml::String(const std::string& text) {
 }
 
 int ChartXml::NStringNoTranslate(const std::string& text) {
-  return guard(-1, __LINE__, [&] { return stringHandler->add(transcode(text)); });
+  return guard(-1, __LINE__, [&] { return state_->stringHandler->add(transcode(text)); });
 }
 
 int ChartXml::NString(const std::string& key) {
-  return guard(-1, __LINE__, [&] { return stringHandler->add(translate(key)); });
+  return guard(-1, __LINE__, [&] { return state_->stringHandler->add(translate(key)); });
 }
 
 int ChartXml::CompositeString(const std::string& key) {
-  return guard(-1, __LINE__, [&] { return stringHandler->addComposite(translate(key)); });
+  return guard(-1, __LINE__, [&] { return state_->stringHandler->addComposite(translate(key)); });
 }
 
 int ChartXml::AddParameter(int composite, int parameter) {
-  return guard(-1, __LINE__, [&] { return stringHandler->addParameter(composite, parameter); });
+  return guard(-1, __LINE__,
+               [&] { return state_->stringHandler->addParameter(composite, parameter); });
 }
 
 int ChartXml::BeginRepeat(int composite) {
-  return guard(-1, __LINE__, [&] { return stringHandler->beginRepeat(composite); });
+  return guard(-1, __LINE__, [&] { return state_->stringHandler->beginRepeat(composite); });
 }
 
 int ChartXml::EndRepeat(int composite) {
-  return guard(-1, __LINE__, [&] { return stringHandler->endRepeat(composite); });
+  return guard(-1, __LINE__, [&] { return state_->stringHandler->endRepeat(composite); });
 }
 
 int ChartXml::EndCompositeString(int composite) {
-  return guard(-1, __LINE__, [&] { return stringHandler->endComposite(composite); });
+  return guard(-1, __LINE__, [&] { return state_->stringHandler->endComposite(composite); });
 }
 
 int ChartXml::StyleString(int string, int index) {
-  return guard(-1, __LINE__, [&] { return stringHandler->styleString(string, index); });
+  return guard(-1, __LINE__, [&] { return state_->stringHandler->styleString(string, index); });
 }
 
 int ChartXml::Double(double value) {
   if (value == kVornMissingValue) return -1;
   if (!std::isfinite(value)) {
-    errorHandler->error(ChartException(
+    state_->errorHandler->error(ChartException(
         "value is not a finite number - " + ChartBase::asString(value), kStringsSource, __LINE__));
     return -1;
   }
   return guard(-1, __LINE__, [&] {
     ChartString text;
     text.assignDouble(value);
-    return stringHandler->add(text);
+    return state_->stringHandler->add(text);
   });
 }
 
@@ -75,41 +77,42 @@ int ChartXml::Integer(int value) {
 
 int ChartXml::ResetStrings() {
   return guard(0, __LINE__, [&] {
-    if (stringHandler) stringHandler->reset();
+    if (state_->stringHandler) state_->stringHandler->reset();
     return 0;
   });
 }
 
 int ChartXml::ToTS(int string) {
   return guard(-1, __LINE__, [&] {
-    if (!stringHandler->checkHandle(string, "string", kFacadeSource, __LINE__)) return -1;
-    const ChartString text = stringHandler->getString(string);
+    if (!state_->stringHandler->checkHandle(string, "string", kFacadeSource, __LINE__)) return -1;
+    const ChartString text = state_->stringHandler->getString(string);
     if (text.empty()) {
       reportFacade("converting string handle to Tessel handle failed " + std::to_string(string),
                    __LINE__);
       return -1;
     }
-    const int handle = TsCellText::Replicate(TsString(localTranscoder->transcodeTo(text)));
-    tsTexts.push_back(handle);
+    const int handle = TsCellText::Replicate(TsString(state_->localTranscoder->transcodeTo(text)));
+    state_->tsTexts.push_back(handle);
     return handle;
   });
 }
 
 std::string ChartXml::getUTF8String(int string) {
-  return guard(std::string(), __LINE__, [&] { return stringHandler->getString(string).toUTF8(); });
+  return guard(std::string(), __LINE__,
+               [&] { return state_->stringHandler->getString(string).toUTF8(); });
 }
 
 ChartString ChartXml::transcode(const std::string& text) {
-  return localTranscoder->transcode(text);
+  return state_->localTranscoder->transcode(text);
 }
 
 ChartString ChartXml::translate(const std::string& key) {
   std::string text;
   std::string companion;
-  dictionary->LookUp(key, text, companion);
+  state_->dictionary->LookUp(key, text, companion);
   // A known key comes in the output language's code page; an unknown key is
   // the caller's own text, in the default code page.
-  ChartTranscoder& transcoder = text != key ? *olangTranscoder : *localTranscoder;
+  ChartTranscoder& transcoder = text != key ? *state_->olangTranscoder : *state_->localTranscoder;
   ChartString result;
   result.assign(transcoder.transcode(text).str(), transcoder.transcode(companion).str());
   chartxml::expandNewlines(result);

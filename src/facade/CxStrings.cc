@@ -4,7 +4,7 @@
 #include <string>
 
 #include "chartxml/ChartXml.h"
-#include "chartxml/CxArguments.h"
+#include "facade/CxArguments.h"
 
 using chartxml::cx::call;
 using chartxml::cx::DataArea;

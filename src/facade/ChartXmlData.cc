@@ -1,6 +1,6 @@
 // The facade's per-case data path. Charts resolve quietly here: these calls
 // come once per case and variable, and a bad handle must cost no message.
-#include "chartxml/Forward.h"
+#include "facade/Forward.h"
 
 using chartxml::kFacadeSource;
 

@@ -11,8 +11,8 @@
 #include <utility>
 
 #include "chartxml/ChartXml.h"
-#include "chartxml/CxArguments.h"
 #include "chartxml/codes.h"
+#include "facade/CxArguments.h"
 
 using chartxml::cx::given;
 using chartxml::cx::guarded;

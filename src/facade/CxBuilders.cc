@@ -3,8 +3,8 @@
 #include "chartxml/cx.h"
 
 #include "chartxml/ChartXml.h"
-#include "chartxml/CxArguments.h"
 #include "chartxml/codes.h"
+#include "facade/CxArguments.h"
 
 using chartxml::cx::call;
 using chartxml::cx::integer;

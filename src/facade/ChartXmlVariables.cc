@@ -2,8 +2,9 @@
 #include <string>
 
 #include "chartstringhandler/ChartStringHandler.h"
-#include "chartxml/Forward.h"
 #include "chartxml/host/VORN_DataSource.h"
+#include "facade/ChartXmlState.h"
+#include "facade/Forward.h"
 
 using chartxml::kFacadeSource;
 
@@ -14,10 +15,10 @@ void* const kAllOnes = reinterpret_cast<void*>(~std::uintptr_t{0});
 void ChartXml::SetDataSource(int chart, VORN_DataSource* source) {
   guard(0, __LINE__, [&] {
     // One data source per procedure run: the first one stays.
-    if (dataSource == nullptr) dataSource = source;
+    if (state_->dataSource == nullptr) state_->dataSource = source;
     if (chart != -1) {
       if (Chart* target = getValidChart(chart, kFacadeSource, __LINE__, true)) {
-        target->setDataSource(dataSource);
+        target->setDataSource(state_->dataSource);
       }
     }
     return 0;
@@ -26,19 +27,19 @@ void ChartXml::SetDataSource(int chart, VORN_DataSource* source) {
 
 void ChartXml::SetDataSource(int chart, void* data, VORN_FortranDictionary*& dictionary) {
   guard(0, __LINE__, [&] {
-    if (dataSource == nullptr && dictionary != nullptr) {
+    if (state_->dataSource == nullptr && dictionary != nullptr) {
       if (data != kAllOnes) {
-        ownedDataSource = std::make_unique<ProcedureDataSource>(data, dictionary);
-        dataSource = ownedDataSource.get();
+        state_->ownedDataSource = std::make_unique<ProcedureDataSource>(data, dictionary);
+        state_->dataSource = state_->ownedDataSource.get();
       } else if (auto* source = dynamic_cast<VORN_DataSource*>(dictionary)) {
-        dataSource = source;
+        state_->dataSource = source;
       } else {
         reportFacade("the dictionary given as a data source is not one", __LINE__);
       }
     }
     if (chart != -1) {
       if (Chart* target = getValidChart(chart, kFacadeSource, __LINE__, true)) {
-        target->setDataSource(dataSource);
+        target->setDataSource(state_->dataSource);
       }
     }
     return 0;
@@ -46,7 +47,7 @@ void ChartXml::SetDataSource(int chart, void* data, VORN_FortranDictionary*& dic
 }
 
 int ChartXml::getVariableIndex(int variable) {
-  auto* procedure = dynamic_cast<ProcedureDataSource*>(dataSource);
+  auto* procedure = dynamic_cast<ProcedureDataSource*>(state_->dataSource);
   if (procedure == nullptr) return variable;
   const int columns = procedure->Parent() == nullptr ? 0 : procedure->Parent()->ColumnCount();
   if (variable >= 1 && variable <= columns) return procedure->DicPtr(variable - 1);
