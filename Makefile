@@ -1,17 +1,22 @@
 # Two commands do everything on a fresh Debian machine:
 #   make demo   installs what is missing, builds the tool, and runs the main job
 #   make test   installs what is missing, builds everything, and runs every test
-# and for CI, `make test-sanitize` (the tests under the sanitizers) and
-# `make fuzz` (the fuzz targets of fuzz/, built with clang, FUZZ_SECONDS each).
+# and for CI, `make format-check` (clang-format clean), `make test-sanitize`
+# (the tests under the sanitizers), `make test-clang` (the tests built with
+# clang) and `make fuzz` (the fuzz targets of fuzz/, built with clang,
+# FUZZ_SECONDS each). Warnings are errors unless WERROR=OFF.
 BUILD ?= build
 ASAN_BUILD ?= build-asan
+CLANG_BUILD ?= build-clang
 FUZZ_BUILD ?= build-fuzz
-FUZZ_SECONDS ?= 60
+WERROR ?= ON
+FUZZ_SECONDS ?= 45
 FUZZ_TARGETS ?= cx csv check
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
 
-.PHONY: all deps configure build demo test test-sanitize fuzz bench format clean
+.PHONY: all deps configure build demo test test-sanitize test-clang fuzz bench format \
+        format-check clean
 
 all: build
 
@@ -19,7 +24,7 @@ deps:
 	bash scripts/install-deps.sh
 
 $(BUILD)/CMakeCache.txt: | deps
-	cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo $(CMAKE_FLAGS)
+	cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCHARTXML_WERROR=$(WERROR) $(CMAKE_FLAGS)
 
 configure: $(BUILD)/CMakeCache.txt
 
@@ -41,12 +46,21 @@ test: build
 # slow unwinder lets the suppressions of tests/lsan.supp see into the system's
 # libraries, which are built without frame pointers.
 test-sanitize: deps
-	cmake -S . -B $(ASAN_BUILD) -DCMAKE_BUILD_TYPE=Debug -DCHARTXML_SANITIZE=ON -DCHARTXML_BUILD_BENCH=OFF
+	cmake -S . -B $(ASAN_BUILD) -DCMAKE_BUILD_TYPE=Debug -DCHARTXML_SANITIZE=ON -DCHARTXML_BUILD_BENCH=OFF \
+	  -DCHARTXML_WERROR=$(WERROR)
 	cmake --build $(ASAN_BUILD) -j $(JOBS)
 	ASAN_OPTIONS=detect_leaks=1:abort_on_error=1:fast_unwind_on_malloc=0 \
 	  LSAN_OPTIONS=suppressions=$(CURDIR)/tests/lsan.supp:print_suppressions=0 \
 	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
 	  ctest --test-dir $(ASAN_BUILD) --output-on-failure -j $(JOBS)
+
+# The suites built with clang as well, whose warnings differ from gcc's. Release
+# (no debug info) and no benchmarks, to keep CI short.
+test-clang: deps
+	cmake -S . -B $(CLANG_BUILD) -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
+	  -DCMAKE_BUILD_TYPE=Release -DCHARTXML_BUILD_BENCH=OFF -DCHARTXML_WERROR=$(WERROR)
+	cmake --build $(CLANG_BUILD) -j $(JOBS)
+	ctest --test-dir $(CLANG_BUILD) --output-on-failure -j $(JOBS)
 
 # libFuzzer targets (fuzz/): the CX_ call sequences, the CSV reader and its
 # dictionary, and the document check. Built with clang in $(FUZZ_BUILD)/ (the
@@ -56,15 +70,21 @@ test-sanitize: deps
 fuzz: deps
 	cmake -S . -B $(FUZZ_BUILD) -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
 	  -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCHARTXML_FUZZ=ON \
-	  -DCHARTXML_BUILD_TESTS=OFF -DCHARTXML_BUILD_BENCH=OFF
+	  -DCHARTXML_BUILD_TESTS=OFF -DCHARTXML_BUILD_BENCH=OFF -DCHARTXML_WERROR=$(WERROR)
 	cmake --build $(FUZZ_BUILD) -j $(JOBS) --target $(addprefix fuzz_,$(FUZZ_TARGETS))
 	bash fuzz/run.sh $(FUZZ_BUILD) $(FUZZ_SECONDS) $(FUZZ_TARGETS)
 
 bench: build
 	@for b in $(BUILD)/bench/bench_*; do [ -x "$$b" ] && "$$b"; done
 
+# Every tracked C and C++ file under src include host render tools tests fuzz
+# bench as clang-format writes it: `format` rewrites them, `format-check` fails
+# on any that differs.
 format:
-	clang-format -i $$(git ls-files '*.cc' '*.h' '*.c')
+	bash scripts/check-format.sh --fix
+
+format-check: deps
+	bash scripts/check-format.sh
 
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD) $(FUZZ_BUILD)
+	rm -rf $(BUILD) $(ASAN_BUILD) $(CLANG_BUILD) $(FUZZ_BUILD)

@@ -3,7 +3,7 @@
 # Does nothing (and needs no network) when they are all present. Chromium
 # is for the test that opens the demo's gallery page in a real browser; clang,
 # its runtime libraries (libFuzzer, the sanitizers) and llvm's symbolizer are
-# for `make fuzz`.
+# for `make fuzz` and `make test-clang`; clang-format for `make format-check`.
 set -euo pipefail
 
 packages=(
@@ -13,7 +13,7 @@ packages=(
   gfortran
   libcairo2-dev libpango1.0-dev zlib1g-dev fonts-dejavu-core fonts-noto-cjk
   chromium
-  clang libclang-rt-14-dev llvm
+  clang libclang-rt-14-dev llvm clang-format
 )
 
 missing=()

@@ -1,5 +1,5 @@
 # Fails unless the library exports exactly the entry points of the table of
-# operations (src/chartxml/CxOperations.def): each of its CX_FORWARD and
+# operations (src/facade/CxOperations.def): each of its CX_FORWARD and
 # CX_STEPS lines under exactly its name, and no other CX_ name.
 # Usage: cmake -DNM=nm -DLIBRARY=libchartxml.so -DTABLE=CxOperations.def -P CheckExports.cmake
 execute_process(COMMAND ${NM} -D --defined-only ${LIBRARY}
