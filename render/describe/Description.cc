@@ -65,15 +65,9 @@ std::optional<double> numberOf(const std::string& text) {
   return value;
 }
 
-struct Range {
-  double lo = std::numeric_limits<double>::infinity();
-  double hi = -std::numeric_limits<double>::infinity();
-  void add(double value) {
-    if (!std::isfinite(value)) return;
-    lo = std::min(lo, value);
-    hi = std::max(hi, value);
-  }
-  bool empty() const { return lo > hi; }
+// A data range that also grows a value at a time.
+struct Range : Extent {
+  void add(double value) { widen(*this, &value, 1); }
 };
 
 // "from 0.1 to 9.9", or "is 5 throughout" when the range is one value.
@@ -127,13 +121,6 @@ const BoundColumn* anyColumn(const Layer& layer) {
   return nullptr;
 }
 
-void addAll(Range& range, const Coordinates& values) {
-  Extent extent{range.lo, range.hi};
-  widen(extent, values.data(), values.size());
-  range.lo = extent.lo;
-  range.hi = extent.hi;
-}
-
 void tallyRows(const Panel& panel, const Layer& layer, Tally& tally) {
   const BoundColumn* some = anyColumn(layer);
   if (some == nullptr) return;
@@ -144,8 +131,8 @@ void tallyRows(const Panel& panel, const Layer& layer, Tally& tally) {
       layer.py.viewing() && !layer.summary && !layer.countsOnY && layer.z == nullptr &&
       layer.styles == nullptr) {
     tally.cases += layer.px.size();
-    addAll(tally.x, layer.px);
-    addAll(tally.y, layer.py);
+    widen(tally.x, layer.px.data(), layer.px.size());
+    widen(tally.y, layer.py.data(), layer.py.size());
     if (layer.groups != nullptr) {
       for (const std::uint16_t group : layer.pointGroup) {
         if (group < tally.groupCases.size()) ++tally.groupCases[group];
