@@ -5,7 +5,7 @@
 function(chartxml_fortran_codes header output)
   file(READ ${header} source)
   set(text "! Made from chartxml/codes.h when chartxml is built: do not edit.\n")
-  foreach(list WORD ROLE SUMMARY)
+  foreach(list WORD ROLE SUMMARY FORMAT CHART)
     # A list runs from its #define to the next directive.
     string(REGEX MATCH "#define CX_${list}_LIST\\(ENTRY\\)[^#]*" body "${source}")
     string(REGEX MATCHALL "ENTRY\\([A-Z0-9_]+, -?[0-9]+\\)" items "${body}")

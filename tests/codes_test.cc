@@ -1,12 +1,16 @@
 // The named codes of chartxml/codes.h against what the library does with
 // each: a word's name spells its text, a role's name the role a dimension
-// gets, a summary function's name the description a variable gets.
+// gets, a summary function's name the description a variable gets, a format
+// type's name the way the host prints and the document describes it, a chart
+// kind's name the layout its intervals are sent with.
 #include <cctype>
+#include <map>
 #include <string>
 
 #include <xercesc/dom/DOMNodeList.hpp>
 
 #include "chartxml/codes.h"
+#include "chartxml/host/formatter.h"
 #include "test_support.h"
 
 namespace {
@@ -80,6 +84,113 @@ TEST_F(CodesTest, EverySummaryNameIsTheDescriptionItWrites) {
   CX_SUMMARY_LIST(CHECK_SUMMARY)
 #undef CHECK_SUMMARY
   EXPECT_TRUE(messages().empty());
+}
+
+// The header's examples are what the host prints: 1234.5 with 2 decimals, and
+// 26 September 1994, 23:06:40 for the dates and times.
+TEST(FormatCodes, EveryFormatTypePrintsAsItsNameSays) {
+  constexpr double kNumber = 1234.5;
+  constexpr double kMoment = 13000000000.0;  // seconds from 14 October 1582
+  struct Example {
+    double value;
+    int width;
+    const char* text;
+  };
+  const std::map<int, Example> examples = {
+      {CX_FORMAT_GROUPED, {kNumber, 12, "1,234.50"}},
+      {CX_FORMAT_DOLLAR, {kNumber, 12, "$1,234.50"}},
+      {CX_FORMAT_FIXED, {kNumber, 12, "1234.50"}},
+      {CX_FORMAT_PERCENT, {kNumber, 12, "1234.50%"}},
+      {CX_FORMAT_SCIENTIFIC, {kNumber, 12, "1.23E+03"}},
+      {CX_FORMAT_ZERO_PADDED, {1234, 6, "001234"}},
+      {CX_FORMAT_UNPADDED_FIXED, {kNumber, 12, "1234.50"}},
+      {CX_FORMAT_DOT_GROUPED, {kNumber, 12, "1.234,50"}},
+      {CX_FORMAT_DATE_DMY, {kMoment, 11, "26-SEP-1994"}},
+      {CX_FORMAT_DATE_MDY, {kMoment, 10, "09/26/1994"}},
+      {CX_FORMAT_DATE_DOTTED, {kMoment, 10, "26.09.1994"}},
+      {CX_FORMAT_DATE_YMD, {kMoment, 10, "1994/09/26"}},
+      {CX_FORMAT_DATE_TIME, {kMoment, 20, "26-SEP-1994 23:06:40"}},
+      {CX_FORMAT_DURATION, {23 * 3600 + 6 * 60 + 40, 8, "23:06:40"}},
+      {CX_FORMAT_MONTH_YEAR, {kMoment, 8, "SEP 1994"}},
+      {CX_FORMAT_QUARTER, {kMoment, 8, "3 Q 1994"}},
+      {CX_FORMAT_WEEKDAY, {kMoment, 9, "Monday"}},
+      {CX_FORMAT_MONTH_NAME, {kMoment, 9, "September"}},
+      {CX_FORMAT_ISO_DATE_TIME, {kMoment, 19, "1994-09-26T23:06:40"}},
+      {CX_FORMAT_CURRENCY_A, {kNumber, 14, "CCA 1,234.50"}},
+      {CX_FORMAT_CURRENCY_B, {kNumber, 14, "CCB 1,234.50"}},
+      {CX_FORMAT_CURRENCY_C, {kNumber, 14, "CCC 1,234.50"}},
+      {CX_FORMAT_CURRENCY_D, {kNumber, 14, "CCD 1,234.50"}},
+      {CX_FORMAT_CURRENCY_E, {kNumber, 14, "CCE 1,234.50"}},
+      {CX_FORMAT_ACCOUNTING, {-kNumber, 12, "(1,234.50)"}},
+      {CX_FORMAT_TRAILING_MINUS, {-kNumber, 12, "1234.50-"}},
+  };
+  int formats = 0;
+#define CHECK_FORMAT(name, code)                                                        \
+  if (code != CX_FORMAT_STRING) {                                                       \
+    const Example& example = examples.at(code);                                         \
+    const int decimals = example.value == kNumber || example.value == -kNumber ? 2 : 0; \
+    const VORN_Format format(code, example.width, decimals);                            \
+    EXPECT_EQ(formatter::AsString(example.value, format, true), example.text) << #name; \
+  }                                                                                     \
+  ++formats;
+  CX_FORMAT_LIST(CHECK_FORMAT)
+#undef CHECK_FORMAT
+  EXPECT_EQ(formats, static_cast<int>(examples.size()) + 1) << "an example for every type";
+}
+
+// Every listed type, and no other, is described in the document: text as a
+// string format, points in time and durations as date-time patterns, the
+// rest as numbers.
+TEST_F(CodesTest, EveryFormatTypeAndNoOtherIsDescribed) {
+  const int variable = cx->AddVariable(chart, sourceElement, 1, true);
+  auto* meta = static_cast<DOMElement*>(element(variable)->getElementsByTagName(u"meta")->item(0));
+  ASSERT_NE(meta, nullptr);
+  std::map<int, std::string> listed;
+#define LIST_FORMAT(name, code) listed[code] = #name;
+  CX_FORMAT_LIST(LIST_FORMAT)
+#undef LIST_FORMAT
+  for (int type = 0; type <= CX_FORMAT_TRAILING_MINUS + 3; ++type) {
+    cx->SetVariableFormat(chart, variable, CX_FORMAT_CODE(type, 12, 2));
+    const auto* child = meta->getFirstElementChild();
+    const auto entry = listed.find(type);
+    if (entry == listed.end()) {
+      EXPECT_EQ(child, nullptr) << "type " << type << " is not listed but is described";
+      continue;
+    }
+    ASSERT_NE(child, nullptr) << entry->second << " is listed but not described";
+    const bool timed = type >= CX_FORMAT_DATE_DMY && type <= CX_FORMAT_ISO_DATE_TIME;
+    const char* expected = type == CX_FORMAT_STRING ? "stringFormat"
+                           : timed                  ? "dateTimeFormat"
+                                                    : "numberFormat";
+    EXPECT_EQ(cxtest::utf8(child->getTagName()), expected) << entry->second;
+  }
+  EXPECT_TRUE(messages().empty());
+}
+
+// A chart kind's name is the layout its interval elements are sent with.
+TEST_F(CodesTest, EveryChartKindNamesTheLayoutItSends) {
+  int kinds = 0;
+#define CHECK_CHART(name, code)                                                       \
+  {                                                                                   \
+    const int kind = newChart();                                                      \
+    const int frame = cx->AddFrame(kind, 0, -1);                                      \
+    cx->AddElement(kind, frame, CX_WORD_INTERVAL, -1);                                \
+    xercesc::DOMElement* dimension = cx->getChart(kind)->createElement(u"dimension"); \
+    dimension->setAttribute(u"role", u"x");                                           \
+    cx->getChart(kind)->getElementById(u"frame1")->appendChild(dimension);            \
+    ASSERT_EQ(cx->SetChartType(kind, CX_CHART_##name), 1);                            \
+    ASSERT_EQ(cx->EndChart(kind), 0);                                                 \
+    const std::string sent = cxh_sent_xml(kinds);                                     \
+    const std::size_t at = sent.find("layout=\"");                                    \
+    ASSERT_NE(at, std::string::npos) << #name;                                        \
+    const std::size_t from = at + 8;                                                  \
+    EXPECT_EQ(nameOf(sent.substr(from, sent.find('"', from) - from)), #name) << code; \
+    ++kinds;                                                                          \
+  }
+  CX_CHART_LIST(CHECK_CHART)
+#undef CHECK_CHART
+  EXPECT_EQ(kinds, 2);
+  EXPECT_EQ(cx->SetChartType(chart, CX_CHART_ICICLE_VERTICAL + 1), -1);
 }
 
 }  // namespace

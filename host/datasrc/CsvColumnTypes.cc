@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <iterator>
 
+#include "chartxml/codes.h"
 #include "chartxml/host/Platform.h"
 #include "datasrc/CsvSupport.h"
 
@@ -15,19 +16,19 @@ namespace cxhost::csv {
 
 namespace {
 
-constexpr std::uint8_t kFixedType = 5;
+constexpr std::uint8_t kFixedType = CX_FORMAT_FIXED;
 // A guessed numeric format is never narrower than this, so that small whole
 // numbers still line up with the values of neighbouring columns.
 constexpr int kMinGuessedWidth = 8;
 
 // Date display formats (formatter.h) and the widths they print in.
-constexpr std::uint8_t kDateDmyName = 20;  // 26-SEP-1994
-constexpr std::uint8_t kDateMdy = 21;      // 09/26/1994
-constexpr std::uint8_t kDateDmy = 22;      // 26.09.1994
-constexpr std::uint8_t kDateYmd = 23;      // 1994/09/26
-constexpr std::uint8_t kDateTime = 24;     // 26-SEP-1994 23:06:40
-constexpr std::uint8_t kDuration = 25;
-constexpr std::uint8_t kIsoDateTime = 30;  // 1994-09-26T23:06:40
+constexpr std::uint8_t kDateDmyName = CX_FORMAT_DATE_DMY;  // 26-SEP-1994
+constexpr std::uint8_t kDateMdy = CX_FORMAT_DATE_MDY;      // 09/26/1994
+constexpr std::uint8_t kDateDmy = CX_FORMAT_DATE_DOTTED;   // 26.09.1994
+constexpr std::uint8_t kDateYmd = CX_FORMAT_DATE_YMD;      // 1994/09/26
+constexpr std::uint8_t kDateTime = CX_FORMAT_DATE_TIME;    // 26-SEP-1994 23:06:40
+constexpr std::uint8_t kDuration = CX_FORMAT_DURATION;
+constexpr std::uint8_t kIsoDateTime = CX_FORMAT_ISO_DATE_TIME;  // 1994-09-26T23:06:40
 constexpr int kDateWidth = 10;
 constexpr int kDateNameWidth = 11;
 constexpr int kDateTimeWidth = 20;

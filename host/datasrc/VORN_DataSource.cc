@@ -4,13 +4,14 @@
 #include <algorithm>
 #include <limits>
 
+#include "chartxml/codes.h"
 #include "chartxml/host/Platform.h"
 
 namespace {
 
 // What a variable shows before a dictionary says otherwise: eight places
 // with two decimals for numbers, eight bytes for texts.
-constexpr std::uint8_t kFixedType = 5;
+constexpr std::uint8_t kFixedType = CX_FORMAT_FIXED;
 constexpr std::uint16_t kDefaultWidth = 8;
 constexpr std::uint8_t kDefaultDecimals = 2;
 

@@ -8,35 +8,36 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "chartxml/codes.h"
 #include "chartxml/host/Platform.h"
 
 namespace {
 
 enum Type : int {
-  kString = 1,
-  kGrouped = 3,
-  kCurrency = 4,
-  kFixed = 5,
-  kPercent = 6,
-  kScientific = 7,
-  kZeroPadded = 15,
-  kUnpaddedFixed = 16,
-  kDotGrouped = 17,
-  kDateDmy = 20,
-  kDateMdy = 21,
-  kDateDotted = 22,
-  kDateYmd = 23,
-  kDateTime = 24,
-  kDuration = 25,
-  kMonthYear = 26,
-  kQuarter = 27,
-  kWeekday = 28,
-  kMonthName = 29,
-  kIsoDateTime = 30,
-  kFirstCustomCurrency = 31,
-  kLastCustomCurrency = 35,
-  kAccounting = 36,
-  kTrailingMinus = 37,
+  kString = CX_FORMAT_STRING,
+  kGrouped = CX_FORMAT_GROUPED,
+  kCurrency = CX_FORMAT_DOLLAR,
+  kFixed = CX_FORMAT_FIXED,
+  kPercent = CX_FORMAT_PERCENT,
+  kScientific = CX_FORMAT_SCIENTIFIC,
+  kZeroPadded = CX_FORMAT_ZERO_PADDED,
+  kUnpaddedFixed = CX_FORMAT_UNPADDED_FIXED,
+  kDotGrouped = CX_FORMAT_DOT_GROUPED,
+  kDateDmy = CX_FORMAT_DATE_DMY,
+  kDateMdy = CX_FORMAT_DATE_MDY,
+  kDateDotted = CX_FORMAT_DATE_DOTTED,
+  kDateYmd = CX_FORMAT_DATE_YMD,
+  kDateTime = CX_FORMAT_DATE_TIME,
+  kDuration = CX_FORMAT_DURATION,
+  kMonthYear = CX_FORMAT_MONTH_YEAR,
+  kQuarter = CX_FORMAT_QUARTER,
+  kWeekday = CX_FORMAT_WEEKDAY,
+  kMonthName = CX_FORMAT_MONTH_NAME,
+  kIsoDateTime = CX_FORMAT_ISO_DATE_TIME,
+  kFirstCustomCurrency = CX_FORMAT_CURRENCY_A,
+  kLastCustomCurrency = CX_FORMAT_CURRENCY_E,
+  kAccounting = CX_FORMAT_ACCOUNTING,
+  kTrailingMinus = CX_FORMAT_TRAILING_MINUS,
 };
 
 constexpr int kMaxDecimals = 255;

@@ -443,39 +443,8 @@ class CHARTXML_EXPORT ChartXml {
   ChartXml();
   ~ChartXml();
 
-  // The per-case resolution: the cached chart, else a quiet look-up.
-  // Defined in src/facade/Forward.h.
-  Chart* resolveQuietly(int chart);
-  // Resolves the chart (reporting) and runs op(chart) under guard; -1 when the
-  // chart does not resolve. Defined in src/facade/Forward.h.
-  template <class Op>
-  int forward(int chart, int line, Op op);
-  // Runs op(); an exception becomes a report and `failure`.
-  template <class Result, class Op>
-  Result guard(Result failure, int line, Op op);
-
-  void reportFacade(const std::string& message, int line);
-  // A procedure's variable number as a column index (unchanged without a
-  // procedure dictionary); -1 (reported) when out of range.
-  int getVariableIndex(int variable);
-  // The instance data source's column, checked: null (reported) when there is
-  // no data source or the index is out of range.
-  const VORN_Variable* columnOf(int variable, int line);
-  // A new string handle holding `text` (UTF-8, as the formatter writes).
-  int addFormatted(const std::string& text);
-  void releaseIfEmpty();
-  // Clears the strings and lets go of the data source.
-  void releaseShared();
-  // Reports why a data value ended `chart` and removes it.
-  void discardChart(int chart, Chart& target, int variableHandle, int line);
-  ChartTranscoder* createOLangTranscoder();
-  ChartTranscoder* createLocalTranscoder();
-
-  // Removes a chart from the registry (and from the resolution cache).
-  void eraseChart(int chart);
-
-  // The instance's charts, strings, data source and transcoders, defined
-  // with the library's sources.
+  // The instance's charts, strings, data source and transcoders, and the
+  // helpers that work on them, defined with the library's sources.
   struct State;
   std::unique_ptr<State> state_;
 };

@@ -1,7 +1,8 @@
 /* Named codes for the CX_ entry points and the ChartXml operations: the
  * vocabulary codes (the predefined string handles that name the fixed words
  * of the chart description), the role codes of dimensions and facets, and
- * the summary functions of variables.
+ * the summary functions of variables, the display format types and the chart
+ * kinds.
  * Usable from C and C++; Fortran programs include the generated
  * chartxml/cx_codes.fi, which gives each name as an integer(c_int64_t)
  * parameter.
@@ -205,12 +206,45 @@
   ENTRY(NUMBER_INSIDE, 23)                  /* "numberInside; p1; p2" */ \
   ENTRY(G_MEDIAN, 25)                       /* "gMedian; p1" */ \
   ENTRY(G_PTILE, 26)                        /* "gPtile; p1" */
+#define CX_FORMAT_LIST(ENTRY) \
+  ENTRY(STRING, 1)                         /* text as it is */ \
+  ENTRY(GROUPED, 3)                        /* 1,234.50 */ \
+  ENTRY(DOLLAR, 4)                         /* $1,234.50 */ \
+  ENTRY(FIXED, 5)                          /* 1234.50 */ \
+  ENTRY(PERCENT, 6)                        /* 1234.50% */ \
+  ENTRY(SCIENTIFIC, 7)                     /* 1.23E+03 */ \
+  ENTRY(ZERO_PADDED, 15)                   /* 001234, width digits */ \
+  ENTRY(UNPADDED_FIXED, 16)                /* 1234.50, no width padding */ \
+  ENTRY(DOT_GROUPED, 17)                   /* 1.234,50 */ \
+  ENTRY(DATE_DMY, 20)                      /* 26-SEP-1994 */ \
+  ENTRY(DATE_MDY, 21)                      /* 09/26/1994 */ \
+  ENTRY(DATE_DOTTED, 22)                   /* 26.09.1994 */ \
+  ENTRY(DATE_YMD, 23)                      /* 1994/09/26 */ \
+  ENTRY(DATE_TIME, 24)                     /* 26-SEP-1994 23:06:40 */ \
+  ENTRY(DURATION, 25)                      /* 23:06:40, a span of time */ \
+  ENTRY(MONTH_YEAR, 26)                    /* SEP 1994 */ \
+  ENTRY(QUARTER, 27)                       /* 3 Q 1994 */ \
+  ENTRY(WEEKDAY, 28)                       /* Monday */ \
+  ENTRY(MONTH_NAME, 29)                    /* September */ \
+  ENTRY(ISO_DATE_TIME, 30)                 /* 1994-09-26T23:06:40 */ \
+  ENTRY(CURRENCY_A, 31)                    /* CCA 1,234.50 */ \
+  ENTRY(CURRENCY_B, 32)                    /* CCB 1,234.50 */ \
+  ENTRY(CURRENCY_C, 33)                    /* CCC 1,234.50 */ \
+  ENTRY(CURRENCY_D, 34)                    /* CCD 1,234.50 */ \
+  ENTRY(CURRENCY_E, 35)                    /* CCE 1,234.50 */ \
+  ENTRY(ACCOUNTING, 36)                    /* (1,234.50) when negative */ \
+  ENTRY(TRAILING_MINUS, 37)                /* 1234.50- when negative */
+#define CX_CHART_LIST(ENTRY) \
+  ENTRY(ICICLE, 1)                         /* interval levels stacked across */ \
+  ENTRY(ICICLE_VERTICAL, 2)                /* interval levels stacked upwards */
 /* clang-format on */
 
 #define CX_CODES_ENUMERATOR_(prefix, name, code) prefix##name = code,
 #define CX_WORD_ENUMERATOR_(name, code) CX_CODES_ENUMERATOR_(CX_WORD_, name, code)
 #define CX_ROLE_ENUMERATOR_(name, code) CX_CODES_ENUMERATOR_(CX_ROLE_, name, code)
 #define CX_SUMMARY_ENUMERATOR_(name, code) CX_CODES_ENUMERATOR_(CX_SUMMARY_, name, code)
+#define CX_FORMAT_ENUMERATOR_(name, code) CX_CODES_ENUMERATOR_(CX_FORMAT_, name, code)
+#define CX_CHART_ENUMERATOR_(name, code) CX_CODES_ENUMERATOR_(CX_CHART_, name, code)
 
 /* The vocabulary codes: CX_WORD_TITLE is 17, the string handle of "title". */
 enum cx_word { CX_WORD_LIST(CX_WORD_ENUMERATOR_) };
@@ -226,7 +260,28 @@ enum cx_summary { CX_SUMMARY_LIST(CX_SUMMARY_ENUMERATOR_) };
 
 #undef CX_WORD_ENUMERATOR_
 #undef CX_ROLE_ENUMERATOR_
+/* The display format types: the type part of a display format code, which
+ * packs type, width and decimals as CX_FORMAT_CODE makes them
+ * (SetVariableFormat, GetVariableFormat, LRValue). The comments show 1234.5
+ * with 2 decimals, and the dates and times 26 September 1994, 23:06:40.
+ * Types from CX_FORMAT_DATE_DMY to CX_FORMAT_ISO_DATE_TIME show a point in
+ * time (seconds since 14 October 1582), except CX_FORMAT_DURATION, which shows
+ * a number of seconds. Codes not listed show the value as it is. */
+enum cx_format { CX_FORMAT_LIST(CX_FORMAT_ENUMERATOR_) };
+
+/* A display format code from its type, width (1 to 40) and decimals. */
+#define CX_FORMAT_CODE(type, width, decimals) (((type) << 16) | ((width) << 8) | (decimals))
+/* The type of a display format code. */
+#define CX_FORMAT_TYPE(code) ((code) >> 16)
+
+/* The chart kinds of SetChartType (CX_SETCHARTTYPE): a chart whose intervals
+ * are drawn as an icicle plot, levels across or upwards. A chart whose kind is
+ * not set is drawn as its elements say. */
+enum cx_chart { CX_CHART_LIST(CX_CHART_ENUMERATOR_) };
+
 #undef CX_SUMMARY_ENUMERATOR_
+#undef CX_FORMAT_ENUMERATOR_
+#undef CX_CHART_ENUMERATOR_
 #undef CX_CODES_ENUMERATOR_
 
 #endif /* CHARTXML_CODES_H_ */

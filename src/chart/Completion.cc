@@ -8,6 +8,7 @@
 
 #include "chart/Chart.h"
 #include "chartstringhandler/ChartStringHandler.h"
+#include "chartxml/codes.h"
 #include "chartxml/host/ChartException.h"
 #include "chartxml/host/KytoUni.h"
 #include "chartxml/host/Platform.h"
@@ -87,8 +88,8 @@ int Chart::EndChart() {
     try {
       XDocument sending(serialize(), false, true);
       KytoVisualization& model = *sending.getExternalGraph()->getImplementation();
-      if (chartKind_ == 1 || chartKind_ == 2) {
-        customizeCharts(&model).customizeIciclePlots(chartKind_ == 2,
+      if (chartKind_ == CX_CHART_ICICLE || chartKind_ == CX_CHART_ICICLE_VERTICAL) {
+        customizeCharts(&model).customizeIciclePlots(chartKind_ == CX_CHART_ICICLE_VERTICAL,
                                                      dataProcessor_.GetRowCount("source0"));
       }
       annotateStatistics(model);
@@ -124,7 +125,7 @@ int Chart::SetChartTemplate(const std::string& name) {
 }
 
 int Chart::SetChartType(int kind) {
-  if (kind < 1 || kind > 2) return -1;
+  if (kind != CX_CHART_ICICLE && kind != CX_CHART_ICICLE_VERTICAL) return -1;
   chartKind_ = kind;
   return 1;
 }

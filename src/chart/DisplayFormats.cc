@@ -19,6 +19,7 @@
 #include <xercesc/util/XMLString.hpp>
 
 #include "chart/Chart.h"
+#include "chartxml/codes.h"
 #include "chartxml/formatSpec.h"
 #include "chartxml/host/KytoUni.h"
 #include "common/XmlText.h"
@@ -40,17 +41,17 @@ struct DatePattern {
 };
 
 constexpr DatePattern kDatePatterns[] = {
-    {20, u"dd-MMM-yyyy"},
-    {21, u"MM/dd/yyyy"},
-    {22, u"dd.MM.yyyy"},
-    {23, u"yyyy/MM/dd"},
-    {24, u"dd-MMM-yyyy HH:mm:ss"},
-    {25, u"HH:mm:ss"},
-    {26, u"MMM yyyy"},
-    {27, u"q Q yyyy"},
-    {28, u"EEEE"},
-    {29, u"MMMM"},
-    {30, u"yyyy-MM-dd'T'HH:mm:ss"},
+    {CX_FORMAT_DATE_DMY, u"dd-MMM-yyyy"},
+    {CX_FORMAT_DATE_MDY, u"MM/dd/yyyy"},
+    {CX_FORMAT_DATE_DOTTED, u"dd.MM.yyyy"},
+    {CX_FORMAT_DATE_YMD, u"yyyy/MM/dd"},
+    {CX_FORMAT_DATE_TIME, u"dd-MMM-yyyy HH:mm:ss"},
+    {CX_FORMAT_DURATION, u"HH:mm:ss"},
+    {CX_FORMAT_MONTH_YEAR, u"MMM yyyy"},
+    {CX_FORMAT_QUARTER, u"q Q yyyy"},
+    {CX_FORMAT_WEEKDAY, u"EEEE"},
+    {CX_FORMAT_MONTH_NAME, u"MMMM"},
+    {CX_FORMAT_ISO_DATE_TIME, u"yyyy-MM-dd'T'HH:mm:ss"},
 };
 
 bool isFormatChild(const DOMNode* node) {
@@ -92,25 +93,28 @@ void Chart::writeDisplayFormat(DOMElement* meta, const VORN_Format& format) {
   DOMElement* numbers = document()->createElement(kNumberFormat);
   set(numbers, u"maximumFractionDigits", number(format.decimals));
   set(numbers, u"minimumFractionDigits", number(format.decimals));
-  const bool grouped = type == 3 || type == 4 || type == 17 || (type >= 31 && type <= 36);
+  const bool grouped = type == CX_FORMAT_GROUPED || type == CX_FORMAT_DOLLAR ||
+                       type == CX_FORMAT_DOT_GROUPED ||
+                       (type >= CX_FORMAT_CURRENCY_A && type <= CX_FORMAT_ACCOUNTING);
   set(numbers, u"useGrouping", grouped ? KytoUni::_true : KytoUni::_false);
-  if (type == 4) set(numbers, u"prefix", u"$");
-  if (type >= 31 && type <= 35) {
+  if (type == CX_FORMAT_DOLLAR) set(numbers, u"prefix", u"$");
+  if (type >= CX_FORMAT_CURRENCY_A && type <= CX_FORMAT_CURRENCY_E) {
     set(numbers, u"prefix",
-        u"CC" + std::u16string(1, static_cast<char16_t>(u'A' + type - 31)) + u" ");
+        u"CC" + std::u16string(1, static_cast<char16_t>(u'A' + type - CX_FORMAT_CURRENCY_A)) +
+            u" ");
   }
-  if (type == 6) set(numbers, u"suffix", u"%");
-  if (type == 7) set(numbers, KytoUni::_scientific, KytoUni::_true);
-  if (type == 15) set(numbers, u"minimumIntegerDigits", number(format.width));
-  if (type == 17) {
+  if (type == CX_FORMAT_PERCENT) set(numbers, u"suffix", u"%");
+  if (type == CX_FORMAT_SCIENTIFIC) set(numbers, KytoUni::_scientific, KytoUni::_true);
+  if (type == CX_FORMAT_ZERO_PADDED) set(numbers, u"minimumIntegerDigits", number(format.width));
+  if (type == CX_FORMAT_DOT_GROUPED) {
     set(numbers, u"groupingSeparator", u".");
     set(numbers, u"decimalSeparator", u",");
   }
-  if (type == 36) {
+  if (type == CX_FORMAT_ACCOUNTING) {
     set(numbers, u"negativePrefix", u"(");
     set(numbers, u"negativeSuffix", u")");
   }
-  if (type == 37) {
+  if (type == CX_FORMAT_TRAILING_MINUS) {
     set(numbers, u"negativePrefix", u"");
     set(numbers, u"negativeSuffix", u"-");
   }

@@ -305,21 +305,21 @@ int Chart::addPositional(int role, int parent, int variable) {
   // Each member stays ahead of those that follow it in its coordinate system,
   // and every member ahead of the element's other aesthetics.
   switch (role) {
-    case 1:
+    case CX_ROLE_X:
       insertChild(owner, positional,
                   {KytoUni::_y, KytoUni::_z, kStyleBy, KytoUni::_color, KytoUni::_labeling,
                    KytoUni::_split});
       break;
-    case 2:
+    case CX_ROLE_Y:
       insertChild(owner, positional,
                   {KytoUni::_z, kStyleBy, KytoUni::_color, KytoUni::_labeling, KytoUni::_split});
       break;
-    case 3:
-    case 6:
+    case CX_ROLE_Z:
+    case CX_ROLE_PHI:
       insertChild(owner, positional,
                   {kStyleBy, KytoUni::_color, KytoUni::_labeling, KytoUni::_split});
       break;
-    case 4:
+    case CX_ROLE_R:
       insertChild(owner, positional,
                   {KytoUni::_phi, KytoUni::_z, kStyleBy, KytoUni::_color, KytoUni::_labeling,
                    KytoUni::_split});

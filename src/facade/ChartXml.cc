@@ -60,7 +60,7 @@ ChartXml* ChartXml::Terminate() {
   return _instance;
 }
 
-ChartXml::ChartXml() : state_(std::make_unique<State>()) {
+ChartXml::ChartXml() : state_(std::make_unique<State>(*this)) {
   // Published first, so that whatever the rest of construction calls (the
   // vocabulary's translations) finds the instance.
   _instance = this;
@@ -76,8 +76,8 @@ ChartXml::ChartXml() : state_(std::make_unique<State>()) {
   if (state_->platformReady) {
     state_->validator = std::make_unique<xercesc::SchemaValidator>(nullptr);
   }
-  state_->olangTranscoder.reset(createOLangTranscoder());
-  state_->localTranscoder.reset(createLocalTranscoder());
+  state_->olangTranscoder.reset(state_->createOLangTranscoder());
+  state_->localTranscoder.reset(state_->createLocalTranscoder());
   state_->stringHandler = std::make_unique<ChartStringHandler>(*this, *state_->errorHandler);
   state_->procedureName.clear();
   state_->warningShown = false;
@@ -106,7 +106,7 @@ ChartXml::~ChartXml() {
   state_->ownedDataSource.reset();
 }
 
-ChartTranscoder* ChartXml::createOLangTranscoder() {
+ChartTranscoder* ChartXml::State::createOLangTranscoder() {
   static constexpr struct {
     const char* language;
     const char* codePage;
@@ -120,12 +120,12 @@ ChartTranscoder* ChartXml::createOLangTranscoder() {
   return new ChartTranscoder(codePage);
 }
 
-ChartTranscoder* ChartXml::createLocalTranscoder() {
+ChartTranscoder* ChartXml::State::createLocalTranscoder() {
   return new ChartTranscoder(VORNMBDefaultCodePage());
 }
 
-void ChartXml::reportFacade(const std::string& message, int line) {
-  state_->errorHandler->error(ChartException(message, kFacadeSource, line));
+void ChartXml::State::reportFacade(const std::string& message, int line) {
+  errorHandler->error(ChartException(message, kFacadeSource, line));
 }
 
 Chart* ChartXml::getValidChart(int chart, const char* file, unsigned line, bool report) {
@@ -160,18 +160,18 @@ Chart* ChartXml::getValidChart(int chart, const char* file, unsigned line, bool 
   return state_->lastChart;
 }
 
-void ChartXml::eraseChart(int chart) {
-  if (chart == state_->lastChartHandle) {
-    state_->lastChartHandle = -1;
-    state_->lastChart = nullptr;
+void ChartXml::State::eraseChart(int chart) {
+  if (chart == lastChartHandle) {
+    lastChartHandle = -1;
+    lastChart = nullptr;
   }
-  state_->charts->erase(keyOf(chart));
+  charts->erase(keyOf(chart));
 }
 
 int ChartXml::CreateChart() {
-  return guard(-1, __LINE__, [&] {
+  return state_->guard(-1, __LINE__, [&] {
     if (!state_->platformReady) {
-      reportFacade("the XML platform is not available; no chart can be made", __LINE__);
+      state_->reportFacade("the XML platform is not available; no chart can be made", __LINE__);
       return -1;
     }
     auto chart = std::make_unique<Chart>(state_->nextHandle, state_->stringHandler.get());
@@ -181,32 +181,32 @@ int ChartXml::CreateChart() {
   });
 }
 
-void ChartXml::releaseIfEmpty() {
-  if (state_->charts->empty() && !_initialized) releaseShared();
+void ChartXml::State::releaseIfEmpty() {
+  if (charts->empty() && !ChartXml::_initialized) releaseShared();
 }
 
-void ChartXml::releaseShared() {
-  ResetStrings();
+void ChartXml::State::releaseShared() {
+  self.ResetStrings();
   // Only a wrapper built here is freed; the host's own source stays the host's.
-  state_->dataSource = nullptr;
-  state_->ownedDataSource.reset();
+  dataSource = nullptr;
+  ownedDataSource.reset();
 }
 
 int ChartXml::EndChart(int chart) {
   const int status =
-      forward(chart, chartxml::line::kEndChart, [](Chart& c) { return c.EndChart(); });
+      state_->forward(chart, chartxml::line::kEndChart, [](Chart& c) { return c.EndChart(); });
   // The chart goes whatever its completion status was.
   if (getValidChart(chart, kFacadeSource, chartxml::line::kEndChart, false) != nullptr) {
-    eraseChart(chart);
-    releaseIfEmpty();
+    state_->eraseChart(chart);
+    state_->releaseIfEmpty();
   }
   return status;
 }
 
 int ChartXml::KillChart(int chart) {
   if (getValidChart(chart, kFacadeSource, chartxml::line::kKillChart, false) != nullptr) {
-    eraseChart(chart);
-    releaseIfEmpty();
+    state_->eraseChart(chart);
+    state_->releaseIfEmpty();
   }
   return 0;
 }
@@ -215,7 +215,7 @@ int ChartXml::KillCharts() {
   state_->lastChartHandle = -1;
   state_->lastChart = nullptr;
   state_->charts->clear();
-  if (!_initialized) releaseShared();
+  if (!_initialized) state_->releaseShared();
   state_->nextHandle = 0;
   return 0;
 }
@@ -231,15 +231,15 @@ VarDataProcessor* ChartXml::getDataProcessor(int chart) {
 }
 
 int ChartXml::getHandle(int chart, xercesc::DOMElement* element) {
-  return forward(chart, __LINE__, [&](Chart& c) { return c.getHandle(element); });
+  return state_->forward(chart, __LINE__, [&](Chart& c) { return c.getHandle(element); });
 }
 
 int ChartXml::SetLogUnsafe(int chart) {
-  return forward(chart, __LINE__, [](Chart& c) { return c.SetLogUnsafe(); });
+  return state_->forward(chart, __LINE__, [](Chart& c) { return c.SetLogUnsafe(); });
 }
 
 std::string ChartXml::GetXmlBuffer(int chart) {
-  return guard(std::string(), chartxml::line::kGetXmlBuffer, [&] {
+  return state_->guard(std::string(), chartxml::line::kGetXmlBuffer, [&] {
     Chart* target = getValidChart(chart, kFacadeSource, chartxml::line::kGetXmlBuffer, true);
     return target == nullptr ? std::string() : target->serialize();
   });
@@ -256,7 +256,7 @@ const std::string& ChartXml::SetProcedure(int chart, const std::string& name) {
     state_->procedureName = name;
     state_->warningShown = false;
   }
-  guard(0, chartxml::line::kSetProcedure, [&] {
+  state_->guard(0, chartxml::line::kSetProcedure, [&] {
     state_->dictionary->SetGlobalStringTable(stringTablePath());
     state_->procedureTable = state_->dictionary->SetProcedure(name);
     if (chart != -1) {
@@ -271,7 +271,7 @@ const std::string& ChartXml::SetProcedure(int chart, const std::string& name) {
 }
 
 void ChartXml::SetGlobalStringTable(const std::string& table) {
-  guard(0, __LINE__, [&] {
+  state_->guard(0, __LINE__, [&] {
     state_->dictionary->SetGlobalStringTable(table);
     return 0;
   });

@@ -2,24 +2,25 @@
 #include "facade/Forward.h"
 
 int ChartXml::SetChartTemplate(int chart, const std::string& name) {
-  return forward(chart, __LINE__, [&](Chart& c) { return c.SetChartTemplate(name); });
+  return state_->forward(chart, __LINE__, [&](Chart& c) { return c.SetChartTemplate(name); });
 }
 
 int ChartXml::SetChartType(int chart, int kind) {
-  return forward(chart, __LINE__, [&](Chart& c) { return c.SetChartType(kind); });
+  return state_->forward(chart, __LINE__, [&](Chart& c) { return c.SetChartType(kind); });
 }
 
 int ChartXml::CreateChartDescription(int chart, int text) {
-  return forward(chart, __LINE__, [&](Chart& c) { return c.CreateChartDescription(text); });
+  return state_->forward(chart, __LINE__, [&](Chart& c) { return c.CreateChartDescription(text); });
 }
 
 int ChartXml::SetChartDescription(int chart, const std::string& text) {
-  return forward(chart, __LINE__,
-                 [&](Chart& c) { return c.CreateChartDescription(NStringNoTranslate(text)); });
+  return state_->forward(chart, __LINE__, [&](Chart& c) {
+    return c.CreateChartDescription(NStringNoTranslate(text));
+  });
 }
 
 bool ChartXml::ValidXML(const std::string& xml) {
-  return guard(false, __LINE__, [&] {
+  return state_->guard(false, __LINE__, [&] {
     return getValidChart(0, chartxml::kFacadeSource, __LINE__, true) != nullptr &&
            ChartBase::ValidXML(xml);
   });

@@ -5,46 +5,46 @@
 using chartxml::kFacadeSource;
 
 int ChartXml::AddRow(int chart, int /*source*/) {
-  return guard(-1, __LINE__, [&] {
-    Chart* target = resolveQuietly(chart);
+  return state_->guard(-1, __LINE__, [&] {
+    Chart* target = state_->resolveQuietly(chart);
     return target == nullptr ? -1 : target->AddRow();
   });
 }
 
 int ChartXml::AddDataValue(int chart, int /*source*/, int variableHandle, int text) {
   if (text == -1) return -1;  // no value; the chart is not harmed
-  return guard(-1, __LINE__, [&] {
-    Chart* target = resolveQuietly(chart);
+  return state_->guard(-1, __LINE__, [&] {
+    Chart* target = state_->resolveQuietly(chart);
     if (target == nullptr) return -1;
     const int result = target->AddDataValue(variableHandle, text);
-    if (result == -1) discardChart(chart, *target, variableHandle, __LINE__);
+    if (result == -1) state_->discardChart(chart, *target, variableHandle, __LINE__);
     return result;
   });
 }
 
 int ChartXml::AddDoubleDataValue(int chart, int /*source*/, int variableHandle, double value) {
-  return guard(-1, __LINE__, [&] {
-    Chart* target = resolveQuietly(chart);
+  return state_->guard(-1, __LINE__, [&] {
+    Chart* target = state_->resolveQuietly(chart);
     if (target == nullptr) return -1;
     const int result = target->AddDoubleDataValue(variableHandle, value);
-    if (result == -1) discardChart(chart, *target, variableHandle, __LINE__);
+    if (result == -1) state_->discardChart(chart, *target, variableHandle, __LINE__);
     return result;
   });
 }
 
 // A value the feed refused ends the chart; the report says so at the call
 // that did it, not later when the procedure wonders where its chart went.
-void ChartXml::discardChart(int chart, Chart& target, int variableHandle, int line) {
+void ChartXml::State::discardChart(int chart, Chart& target, int variableHandle, int line) {
   const std::string which = "chart " + std::to_string(chart) + " discarded: ";
   reportFacade(target.fatalError() ? which + "a data value came after the chart's fatal error"
                                    : which + "handle " + std::to_string(variableHandle) +
                                          " names no data-source variable of the chart",
                line);
-  KillChart(chart);
+  self.KillChart(chart);
 }
 
 int ChartXml::AllDataDoubles(int chart) {
-  forward(chart, __LINE__, [](Chart& c) {
+  state_->forward(chart, __LINE__, [](Chart& c) {
     c.AllDataDoubles();
     return 0;
   });
@@ -52,7 +52,7 @@ int ChartXml::AllDataDoubles(int chart) {
 }
 
 int ChartXml::SetFatalError(int chart) {
-  return forward(chart, __LINE__, [&](Chart& c) {
+  return state_->forward(chart, __LINE__, [&](Chart& c) {
     c.setFatalError();
     return chart;
   });

@@ -2,18 +2,19 @@
 #include "facade/Forward.h"
 
 int ChartXml::CopyAttributes(int chart, int fromElement, int toElement) {
-  return forward(chart, __LINE__,
-                 [&](Chart& c) { return c.CopyAttributes(fromElement, toElement); });
+  return state_->forward(chart, __LINE__,
+                         [&](Chart& c) { return c.CopyAttributes(fromElement, toElement); });
 }
 
 int ChartXml::AddMeta(int chart, int variable) {
-  return forward(chart, __LINE__, [&](Chart& c) { return c.AddMeta(variable); });
+  return state_->forward(chart, __LINE__, [&](Chart& c) { return c.AddMeta(variable); });
 }
 
 int ChartXml::AddFrame(int chart, int parent, int suffix) {
-  return forward(chart, __LINE__, [&](Chart& c) { return c.AddFrame(parent, suffix); });
+  return state_->forward(chart, __LINE__, [&](Chart& c) { return c.AddFrame(parent, suffix); });
 }
 
 int ChartXml::AddLabel(int chart, int parent, int idSuffix, int content) {
-  return forward(chart, __LINE__, [&](Chart& c) { return c.AddLabel(parent, idSuffix, content); });
+  return state_->forward(chart, __LINE__,
+                         [&](Chart& c) { return c.AddLabel(parent, idSuffix, content); });
 }

@@ -113,7 +113,7 @@ int multiCoefficientLine(ChartXml& cx, Family family, int chart, int frame, int 
 
 int ChartXml::AddYOfXWithAB(int chart, int frame, int compositeString, int idNumber,
                             const double& a, const double& b) {
-  return guard(-1, __LINE__, [&] {
+  return state_->guard(-1, __LINE__, [&] {
     if (getValidChart(chart, chartxml::kFacadeSource, __LINE__, true) == nullptr) return -1;
     if (compositeString < 0) return compositeString;
     for (double coefficient : {a, b}) {
@@ -130,8 +130,8 @@ int ChartXml::AddYOfXWithAB(int chart, int frame, int compositeString, int idNum
 }
 
 int ChartXml::AddYFunctionOfX(int chart, int frame, int functionText, int idNumber) {
-  return forward(chart, __LINE__,
-                 [&](Chart& c) { return c.AddYFunctionOfX(frame, functionText, idNumber); });
+  return state_->forward(
+      chart, __LINE__, [&](Chart& c) { return c.AddYFunctionOfX(frame, functionText, idNumber); });
 }
 
 int ChartXml::AddYOfXLinear(int chart, int frame, int idNumber, const double& a, const double& b,

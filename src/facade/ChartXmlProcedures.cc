@@ -27,16 +27,16 @@ std::string withoutTrailingBlanks(std::string text) {
 
 int ChartXml::SplitList(int chart, int variable, int count, const double* numbers,
                         const char* texts, int textWidth, int maxLength) {
-  return forward(chart, __LINE__, [&](Chart&) {
+  return state_->forward(chart, __LINE__, [&](Chart&) {
     if (count < 1) {
-      reportFacade("split list without values " + std::to_string(count), __LINE__);
+      state_->reportFacade("split list without values " + std::to_string(count), __LINE__);
       return -1;
     }
-    const VORN_Variable* column = columnOf(variable, __LINE__);
+    const VORN_Variable* column = state_->columnOf(variable, __LINE__);
     if (column == nullptr) return -1;
     const bool strings = column->IsString();
     if (strings ? texts == nullptr || textWidth < 0 : numbers == nullptr) {
-      reportFacade("no split values for the column " + std::to_string(variable), __LINE__);
+      state_->reportFacade("no split values for the column " + std::to_string(variable), __LINE__);
       return -1;
     }
     // Each value is a string of its own first: ValueLabel already knows
@@ -66,11 +66,11 @@ int ChartXml::SplitList(int chart, int variable, int count, const double* number
 }
 
 int ChartXml::SplitHeader(int text, bool lineBreaks) {
-  return guard(-1, __LINE__, [&] {
+  return state_->guard(-1, __LINE__, [&] {
     if (!state_->stringHandler->checkHandle(text, "string", kFacadeSource, __LINE__)) return -1;
     ChartString header = state_->stringHandler->getString(text);
     if (header.empty()) {
-      reportFacade("empty split header " + std::to_string(text), __LINE__);
+      state_->reportFacade("empty split header " + std::to_string(text), __LINE__);
       return -1;
     }
     if (lineBreaks) header.replace(u", ", u"\n");
@@ -85,9 +85,9 @@ int ChartXml::SetSplitComposite(int composite, int text) {
 
 int ChartXml::VariableLabelFromDataSource(void* data, VORN_FortranDictionary*& dictionary,
                                           int variable) {
-  return guard(-1, __LINE__, [&] {
+  return state_->guard(-1, __LINE__, [&] {
     if (dictionary == nullptr || dictionary->Source() == nullptr) {
-      reportFacade("no dictionary", __LINE__);
+      state_->reportFacade("no dictionary", __LINE__);
       return -1;
     }
     // The numbering SetDataSource gives the same arguments.
@@ -97,7 +97,7 @@ int ChartXml::VariableLabelFromDataSource(void* data, VORN_FortranDictionary*& d
                                     ? nullptr
                                     : dictionary->Source()->GetVariable(static_cast<int>(column));
     if (info == nullptr) {
-      reportFacade("invalid variable index " + std::to_string(variable), __LINE__);
+      state_->reportFacade("invalid variable index " + std::to_string(variable), __LINE__);
       return -1;
     }
     const std::string label = chartxml::stripBlanks(info->GetLabel());
@@ -106,10 +106,12 @@ int ChartXml::VariableLabelFromDataSource(void* data, VORN_FortranDictionary*& d
 }
 
 int ChartXml::AddWeightVariable(int chart, int source, int variable) {
-  return forward(chart, __LINE__,
-                 [&](Chart& c) { return c.AddWeightVariable(source, getVariableIndex(variable)); });
+  return state_->forward(chart, __LINE__, [&](Chart& c) {
+    return c.AddWeightVariable(source, state_->getVariableIndex(variable));
+  });
 }
 
 int ChartXml::GetVariableLabel(int chart, int variableHandle) {
-  return forward(chart, __LINE__, [&](Chart& c) { return c.GetVariableLabel(variableHandle); });
+  return state_->forward(chart, __LINE__,
+                         [&](Chart& c) { return c.GetVariableLabel(variableHandle); });
 }

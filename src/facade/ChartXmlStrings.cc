@@ -25,36 +25,39 @@ int ChartXml::String(const std::string& text) {
 }
 
 int ChartXml::NStringNoTranslate(const std::string& text) {
-  return guard(-1, __LINE__, [&] { return state_->stringHandler->add(transcode(text)); });
+  return state_->guard(-1, __LINE__, [&] { return state_->stringHandler->add(transcode(text)); });
 }
 
 int ChartXml::NString(const std::string& key) {
-  return guard(-1, __LINE__, [&] { return state_->stringHandler->add(translate(key)); });
+  return state_->guard(-1, __LINE__, [&] { return state_->stringHandler->add(translate(key)); });
 }
 
 int ChartXml::CompositeString(const std::string& key) {
-  return guard(-1, __LINE__, [&] { return state_->stringHandler->addComposite(translate(key)); });
+  return state_->guard(-1, __LINE__,
+                       [&] { return state_->stringHandler->addComposite(translate(key)); });
 }
 
 int ChartXml::AddParameter(int composite, int parameter) {
-  return guard(-1, __LINE__,
-               [&] { return state_->stringHandler->addParameter(composite, parameter); });
+  return state_->guard(-1, __LINE__,
+                       [&] { return state_->stringHandler->addParameter(composite, parameter); });
 }
 
 int ChartXml::BeginRepeat(int composite) {
-  return guard(-1, __LINE__, [&] { return state_->stringHandler->beginRepeat(composite); });
+  return state_->guard(-1, __LINE__, [&] { return state_->stringHandler->beginRepeat(composite); });
 }
 
 int ChartXml::EndRepeat(int composite) {
-  return guard(-1, __LINE__, [&] { return state_->stringHandler->endRepeat(composite); });
+  return state_->guard(-1, __LINE__, [&] { return state_->stringHandler->endRepeat(composite); });
 }
 
 int ChartXml::EndCompositeString(int composite) {
-  return guard(-1, __LINE__, [&] { return state_->stringHandler->endComposite(composite); });
+  return state_->guard(-1, __LINE__,
+                       [&] { return state_->stringHandler->endComposite(composite); });
 }
 
 int ChartXml::StyleString(int string, int index) {
-  return guard(-1, __LINE__, [&] { return state_->stringHandler->styleString(string, index); });
+  return state_->guard(-1, __LINE__,
+                       [&] { return state_->stringHandler->styleString(string, index); });
 }
 
 int ChartXml::Double(double value) {
@@ -64,7 +67,7 @@ int ChartXml::Double(double value) {
         "value is not a finite number - " + ChartBase::asString(value), kStringsSource, __LINE__));
     return -1;
   }
-  return guard(-1, __LINE__, [&] {
+  return state_->guard(-1, __LINE__, [&] {
     ChartString text;
     text.assignDouble(value);
     return state_->stringHandler->add(text);
@@ -76,19 +79,19 @@ int ChartXml::Integer(int value) {
 }
 
 int ChartXml::ResetStrings() {
-  return guard(0, __LINE__, [&] {
+  return state_->guard(0, __LINE__, [&] {
     if (state_->stringHandler) state_->stringHandler->reset();
     return 0;
   });
 }
 
 int ChartXml::ToTS(int string) {
-  return guard(-1, __LINE__, [&] {
+  return state_->guard(-1, __LINE__, [&] {
     if (!state_->stringHandler->checkHandle(string, "string", kFacadeSource, __LINE__)) return -1;
     const ChartString text = state_->stringHandler->getString(string);
     if (text.empty()) {
-      reportFacade("converting string handle to Tessel handle failed " + std::to_string(string),
-                   __LINE__);
+      state_->reportFacade(
+          "converting string handle to Tessel handle failed " + std::to_string(string), __LINE__);
       return -1;
     }
     const int handle = TsCellText::Replicate(TsString(state_->localTranscoder->transcodeTo(text)));
@@ -98,8 +101,8 @@ int ChartXml::ToTS(int string) {
 }
 
 std::string ChartXml::getUTF8String(int string) {
-  return guard(std::string(), __LINE__,
-               [&] { return state_->stringHandler->getString(string).toUTF8(); });
+  return state_->guard(std::string(), __LINE__,
+                       [&] { return state_->stringHandler->getString(string).toUTF8(); });
 }
 
 ChartString ChartXml::transcode(const std::string& text) {

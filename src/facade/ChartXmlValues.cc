@@ -25,38 +25,37 @@ std::string formatted(double value, const VORN_Format& format) {
 
 }  // namespace
 
-const VORN_Variable* ChartXml::columnOf(int variable, int line) {
-  if (state_->dataSource == nullptr) {
-    state_->errorHandler->error(ChartException("no datasource", kStringsSource, line));
+const VORN_Variable* ChartXml::State::columnOf(int variable, int line) {
+  if (dataSource == nullptr) {
+    errorHandler->error(ChartException("no datasource", kStringsSource, line));
     return nullptr;
   }
   const int column = getVariableIndex(variable);
-  const VORN_Variable* info = column >= 0 && column < state_->dataSource->ColumnCount()
-                                  ? state_->dataSource->GetVariable(column)
-                                  : nullptr;
+  const VORN_Variable* info =
+      column >= 0 && column < dataSource->ColumnCount() ? dataSource->GetVariable(column) : nullptr;
   if (info == nullptr) {
-    state_->errorHandler->error(
+    errorHandler->error(
         ChartException("invalid variable index " + std::to_string(column), kStringsSource, line));
   }
   return info;
 }
 
-int ChartXml::addFormatted(const std::string& text) {
+int ChartXml::State::addFormatted(const std::string& text) {
   ChartString value;
   value.assignUTF8(text);
-  return state_->stringHandler->add(value);
+  return stringHandler->add(value);
 }
 
 int ChartXml::VariableName(int variable) {
-  return guard(-1, __LINE__, [&] {
-    const VORN_Variable* column = columnOf(variable, __LINE__);
+  return state_->guard(-1, __LINE__, [&] {
+    const VORN_Variable* column = state_->columnOf(variable, __LINE__);
     return column == nullptr ? -1 : state_->stringHandler->add(transcode(column->GetName()));
   });
 }
 
 int ChartXml::VariableLabel(int variable) {
-  return guard(-1, __LINE__, [&] {
-    const VORN_Variable* column = columnOf(variable, __LINE__);
+  return state_->guard(-1, __LINE__, [&] {
+    const VORN_Variable* column = state_->columnOf(variable, __LINE__);
     if (column == nullptr) return -1;
     const std::string label = chartxml::stripBlanks(column->GetLabel());
     return state_->stringHandler->add(transcode(label.empty() ? column->GetName() : label));
@@ -64,9 +63,9 @@ int ChartXml::VariableLabel(int variable) {
 }
 
 int ChartXml::ValueLabel(int variable, double value, int maxLength) {
-  return guard(-1, __LINE__, [&] {
+  return state_->guard(-1, __LINE__, [&] {
     if (value == kVornMissingValue) return state_->stringHandler->add(translate(kMissingKey));
-    const VORN_Variable* column = columnOf(variable, __LINE__);
+    const VORN_Variable* column = state_->columnOf(variable, __LINE__);
     if (column == nullptr) return -1;
     const std::string* label = column->GetValueLabels().Find(value);
     std::string text = label != nullptr ? *label : formatted(value, column->GetFormatEx());
@@ -86,19 +85,19 @@ int ChartXml::ValueLabel(int variable, double value, int maxLength, const std::s
 }
 
 int ChartXml::Value(int variable, double value) {
-  return guard(-1, __LINE__, [&] {
+  return state_->guard(-1, __LINE__, [&] {
     if (value == kVornMissingValue) return -1;
-    const VORN_Variable* column = columnOf(variable, __LINE__);
-    return column == nullptr ? -1 : addFormatted(formatted(value, column->GetFormatEx()));
+    const VORN_Variable* column = state_->columnOf(variable, __LINE__);
+    return column == nullptr ? -1 : state_->addFormatted(formatted(value, column->GetFormatEx()));
   });
 }
 
 int ChartXml::MeanValue(int variable, double value) {
-  return guard(-1, __LINE__, [&] {
+  return state_->guard(-1, __LINE__, [&] {
     if (value == kVornMissingValue) return -1;
-    const VORN_Variable* column = columnOf(variable, __LINE__);
+    const VORN_Variable* column = state_->columnOf(variable, __LINE__);
     if (column == nullptr) return -1;
-    return addFormatted(formatted(value, formatSpec::Mean(column->GetFormatEx().ToCode())));
+    return state_->addFormatted(formatted(value, formatSpec::Mean(column->GetFormatEx().ToCode())));
   });
 }
 
@@ -114,16 +113,17 @@ int ChartXml::ObjectLabel(int variable, double value) {
 
 int ChartXml::LRValue(double value, int format) {
   if (format == -1) return Double(value);
-  return guard(-1, __LINE__, [&] {
+  return state_->guard(-1, __LINE__, [&] {
     if (value == kVornMissingValue) return -1;
     const std::string text = formatter::AsString(value, VORN_Format::FromCode(format), true);
-    return text.empty() ? -1 : addFormatted(text);
+    return text.empty() ? -1 : state_->addFormatted(text);
   });
 }
 
 int ChartXml::LRValueAsString(double value, int format) {
   if (value == kVornMissingValue) {
-    return guard(-1, __LINE__, [&] { return state_->stringHandler->add(translate(kMissingKey)); });
+    return state_->guard(-1, __LINE__,
+                         [&] { return state_->stringHandler->add(translate(kMissingKey)); });
   }
   return LRValue(value, format);
 }

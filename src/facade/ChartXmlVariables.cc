@@ -13,7 +13,7 @@ void* const kAllOnes = reinterpret_cast<void*>(~std::uintptr_t{0});
 }
 
 void ChartXml::SetDataSource(int chart, VORN_DataSource* source) {
-  guard(0, __LINE__, [&] {
+  state_->guard(0, __LINE__, [&] {
     // One data source per procedure run: the first one stays.
     if (state_->dataSource == nullptr) state_->dataSource = source;
     if (chart != -1) {
@@ -26,7 +26,7 @@ void ChartXml::SetDataSource(int chart, VORN_DataSource* source) {
 }
 
 void ChartXml::SetDataSource(int chart, void* data, VORN_FortranDictionary*& dictionary) {
-  guard(0, __LINE__, [&] {
+  state_->guard(0, __LINE__, [&] {
     if (state_->dataSource == nullptr && dictionary != nullptr) {
       if (data != kAllOnes) {
         state_->ownedDataSource = std::make_unique<ProcedureDataSource>(data, dictionary);
@@ -34,7 +34,7 @@ void ChartXml::SetDataSource(int chart, void* data, VORN_FortranDictionary*& dic
       } else if (auto* source = dynamic_cast<VORN_DataSource*>(dictionary)) {
         state_->dataSource = source;
       } else {
-        reportFacade("the dictionary given as a data source is not one", __LINE__);
+        state_->reportFacade("the dictionary given as a data source is not one", __LINE__);
       }
     }
     if (chart != -1) {
@@ -46,8 +46,8 @@ void ChartXml::SetDataSource(int chart, void* data, VORN_FortranDictionary*& dic
   });
 }
 
-int ChartXml::getVariableIndex(int variable) {
-  auto* procedure = dynamic_cast<ProcedureDataSource*>(state_->dataSource);
+int ChartXml::State::getVariableIndex(int variable) {
+  auto* procedure = dynamic_cast<ProcedureDataSource*>(dataSource);
   if (procedure == nullptr) return variable;
   const int columns = procedure->Parent() == nullptr ? 0 : procedure->Parent()->ColumnCount();
   if (variable >= 1 && variable <= columns) return procedure->DicPtr(variable - 1);
@@ -58,86 +58,89 @@ int ChartXml::getVariableIndex(int variable) {
 }
 
 int ChartXml::AddSource(int chart) {
-  return forward(chart, __LINE__, [](Chart& c) { return c.AddSource(); });
+  return state_->forward(chart, __LINE__, [](Chart& c) { return c.AddSource(); });
 }
 
 int ChartXml::AddVariable(int chart, int source, int variable, bool categorical) {
-  return forward(chart, __LINE__, [&](Chart& c) {
-    return c.AddVariable(source, getVariableIndex(variable), categorical);
+  return state_->forward(chart, __LINE__, [&](Chart& c) {
+    return c.AddVariable(source, state_->getVariableIndex(variable), categorical);
   });
 }
 
 int ChartXml::AddLabelingVariable(int chart, int source, int variable, bool categorical) {
-  return forward(chart, __LINE__, [&](Chart& c) {
-    return c.AddLabelingVariable(source, getVariableIndex(variable), categorical);
+  return state_->forward(chart, __LINE__, [&](Chart& c) {
+    return c.AddLabelingVariable(source, state_->getVariableIndex(variable), categorical);
   });
 }
 
 int ChartXml::SetVariable(int chart, int variableHandle, int variable, bool categorical) {
-  return forward(chart, __LINE__, [&](Chart& c) {
-    return c.SetVariable(variableHandle, getVariableIndex(variable), categorical);
+  return state_->forward(chart, __LINE__, [&](Chart& c) {
+    return c.SetVariable(variableHandle, state_->getVariableIndex(variable), categorical);
   });
 }
 
 int ChartXml::CopyVariable(int chart, int variableHandle) {
-  return forward(chart, __LINE__, [&](Chart& c) { return c.CopyVariable(variableHandle); });
+  return state_->forward(chart, __LINE__, [&](Chart& c) { return c.CopyVariable(variableHandle); });
 }
 
 int ChartXml::CreateLogVar(int chart, int variableHandle) {
-  forward(chart, __LINE__, [&](Chart& c) { return c.CreateLogVar(variableHandle); });
+  state_->forward(chart, __LINE__, [&](Chart& c) { return c.CreateLogVar(variableHandle); });
   return chart;
 }
 
 int ChartXml::SetVariableCategorical(int chart, int variableHandle, bool categorical) {
-  return forward(chart, __LINE__,
-                 [&](Chart& c) { return c.SetVariableCategorical(variableHandle, categorical); });
+  return state_->forward(chart, __LINE__, [&](Chart& c) {
+    return c.SetVariableCategorical(variableHandle, categorical);
+  });
 }
 
 int ChartXml::SetVariableFormat(int chart, int variableHandle, long formatCode) {
-  return forward(chart, __LINE__, [&](Chart& c) {
+  return state_->forward(chart, __LINE__, [&](Chart& c) {
     return c.SetVariableFormat(variableHandle, static_cast<int>(formatCode));
   });
 }
 
 int ChartXml::SetVariableLabel(int chart, int variableHandle, int text) {
-  return forward(chart, __LINE__,
-                 [&](Chart& c) { return c.SetVariableLabel(variableHandle, text); });
+  return state_->forward(chart, __LINE__,
+                         [&](Chart& c) { return c.SetVariableLabel(variableHandle, text); });
 }
 
 int ChartXml::SetVariableName(int chart, int variableHandle, int text) {
-  return forward(chart, __LINE__,
-                 [&](Chart& c) { return c.SetVariableName(variableHandle, text); });
+  return state_->forward(chart, __LINE__,
+                         [&](Chart& c) { return c.SetVariableName(variableHandle, text); });
 }
 
 int ChartXml::SetVariableValue(int chart, int variableHandle, int text) {
-  return forward(chart, __LINE__,
-                 [&](Chart& c) { return c.SetVariableValue(variableHandle, text); });
+  return state_->forward(chart, __LINE__,
+                         [&](Chart& c) { return c.SetVariableValue(variableHandle, text); });
 }
 
 int ChartXml::GetVariableFormat(int chart, int variable) {
-  return forward(chart, __LINE__,
-                 [&](Chart& c) { return c.GetVariableFormat(getVariableIndex(variable)); });
+  return state_->forward(chart, __LINE__, [&](Chart& c) {
+    return c.GetVariableFormat(state_->getVariableIndex(variable));
+  });
 }
 
 int ChartXml::BeginVariableList(int chart) {
-  return forward(chart, __LINE__, [](Chart& c) { return c.BeginVariableList(); });
+  return state_->forward(chart, __LINE__, [](Chart& c) { return c.BeginVariableList(); });
 }
 
 int ChartXml::AddToVariableList(int chart, int list, int variableHandle) {
-  return forward(chart, __LINE__,
-                 [&](Chart& c) { return c.AddToVariableList(list, variableHandle); });
+  return state_->forward(chart, __LINE__,
+                         [&](Chart& c) { return c.AddToVariableList(list, variableHandle); });
 }
 
 int ChartXml::AddRangeVariable(int chart, int list) {
-  return forward(chart, __LINE__, [&](Chart& c) { return c.AddRangeVariable(list); });
+  return state_->forward(chart, __LINE__, [&](Chart& c) { return c.AddRangeVariable(list); });
 }
 
 int ChartXml::AddRelabel(int chart, int variableHandle, int from, int to) {
-  return forward(chart, __LINE__, [&](Chart& c) { return c.AddRelabel(variableHandle, from, to); });
+  return state_->forward(chart, __LINE__,
+                         [&](Chart& c) { return c.AddRelabel(variableHandle, from, to); });
 }
 
 int ChartXml::AddRelabels(int chart, int variableHandle, int variable) {
-  return forward(chart, __LINE__, [&](Chart& c) {
-    return c.AddRelabels(variableHandle, getVariableIndex(variable));
+  return state_->forward(chart, __LINE__, [&](Chart& c) {
+    return c.AddRelabels(variableHandle, state_->getVariableIndex(variable));
   });
 }

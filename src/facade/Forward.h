@@ -19,17 +19,17 @@
 #include "facade/ChartXmlState.h"
 
 template <class Result, class Op>
-Result ChartXml::guard(Result failure, int line, Op op) {
+Result ChartXml::State::guard(Result failure, int line, Op op) {
   try {
     return op();
   } catch (const VornGoToCaller&) {
     throw;  // the host's own unwinding: it must reach the host
   } catch (const ChartException& e) {
-    state_->errorHandler->error(e);
+    errorHandler->error(e);
   } catch (const xercesc::DOMException& e) {
-    state_->errorHandler->error(e);
+    errorHandler->error(e);
   } catch (const xercesc::XMLException& e) {
-    state_->errorHandler->error(e);
+    errorHandler->error(e);
   } catch (const std::bad_alloc&) {
     reportFacade("out of memory", line);
   } catch (const std::exception& e) {
@@ -41,17 +41,17 @@ Result ChartXml::guard(Result failure, int line, Op op) {
 }
 
 template <class Op>
-int ChartXml::forward(int chart, int line, Op op) {
+int ChartXml::State::forward(int chart, int line, Op op) {
   return guard(-1, line, [&]() -> int {
     Chart* target =
-        getValidChart(chart, chartxml::kFacadeSource, static_cast<unsigned>(line), true);
+        self.getValidChart(chart, chartxml::kFacadeSource, static_cast<unsigned>(line), true);
     return target == nullptr ? -1 : op(*target);
   });
 }
 
-inline Chart* ChartXml::resolveQuietly(int chart) {
-  if (chart == state_->lastChartHandle) return state_->lastChart;
-  return getValidChart(chart, chartxml::kFacadeSource, 0, false);
+inline Chart* ChartXml::State::resolveQuietly(int chart) {
+  if (chart == lastChartHandle) return lastChart;
+  return self.getValidChart(chart, chartxml::kFacadeSource, 0, false);
 }
 
 #endif  // CHARTXML_FACADE_FORWARD_H_

@@ -2,11 +2,13 @@
 
 #include <algorithm>
 
+#include "chartxml/codes.h"
+
 namespace {
 
 constexpr int kMaxDecimals = 16;
-constexpr int kWideNumberType = 16;
-constexpr int kFixedType = 5;
+constexpr int kWideNumberType = CX_FORMAT_UNPADDED_FIXED;
+constexpr int kFixedType = CX_FORMAT_FIXED;
 
 VORN_Format withMoreDecimals(int formatCode, int extra, bool widen) {
   VORN_Format format = VORN_Format::FromCode(formatCode);
@@ -32,5 +34,7 @@ VORN_Format formatSpec::StdDev(int formatCode) {
 }
 
 bool formatSpec::is_print_numeric(int type) {
-  return (type >= 3 && type <= 7) || (type >= 15 && type <= 17) || (type >= 31 && type <= 37);
+  return (type >= CX_FORMAT_GROUPED && type <= CX_FORMAT_SCIENTIFIC) ||
+         (type >= CX_FORMAT_ZERO_PADDED && type <= CX_FORMAT_DOT_GROUPED) ||
+         (type >= CX_FORMAT_CURRENCY_A && type <= CX_FORMAT_TRAILING_MINUS);
 }

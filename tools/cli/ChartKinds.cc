@@ -46,11 +46,12 @@ constexpr int64_t kFirst = 1;  // style variant and id number of the first of a 
 
 void* const kAllOnes = reinterpret_cast<void*>(~std::uintptr_t{0});
 
-// Display format types from 20 up are dates and times; 25 is a duration and
-// 28 and 29 are the names of weekdays and months, which are not points in time.
+// A duration is no point in time, and weekday and month names repeat: none of
+// them is placed on a time line.
 bool isDateType(int64_t format) {
-  const int64_t type = format >> 16;
-  return type >= 20 && type <= 30 && type != 25 && type != 28 && type != 29;
+  const int64_t type = CX_FORMAT_TYPE(format);
+  return type >= CX_FORMAT_DATE_DMY && type <= CX_FORMAT_ISO_DATE_TIME &&
+         type != CX_FORMAT_DURATION && type != CX_FORMAT_WEEKDAY && type != CX_FORMAT_MONTH_NAME;
 }
 
 // A step of the chart that failed, and why.

@@ -9,11 +9,12 @@
 
 #include <cstdint>
 
+#include "chartxml/codes.h"
 #include "chartxml/export.h"
 
 struct CHARTXML_HOST_EXPORT VORN_Format {
   static constexpr std::uint16_t kMaxWidth = 40;
-  static constexpr std::uint8_t kStringType = 1;
+  static constexpr std::uint8_t kStringType = CX_FORMAT_STRING;
 
   VORN_Format() = default;
   VORN_Format(std::uint8_t type, std::uint16_t width, std::uint8_t decimals);
