@@ -6,6 +6,7 @@
 
 #include <xercesc/dom/DOMNodeList.hpp>
 
+#include "chartxml/codes.h"
 #include "test_support.h"
 
 namespace {
@@ -46,19 +47,19 @@ class AxesTest : public cxtest::SourcedChartTest {
 
 TEST_F(AxesTest, OneDimensionPerRoleAndFrame) {
   const int domain = cx->AddDomain(chart, false);
-  const int x = cx->AddDimension(chart, frame, 1, domain);
-  EXPECT_EQ(cx->AddDimension(chart, frame, 1, -1), x);
-  const int y = cx->AddDimension(chart, frame, 2, -1);
+  const int x = cx->AddDimension(chart, frame, CX_ROLE_X, domain);
+  EXPECT_EQ(cx->AddDimension(chart, frame, CX_ROLE_X, -1), x);
+  const int y = cx->AddDimension(chart, frame, CX_ROLE_Y, -1);
   const int transform = cx->AddCoordinateTransform(chart, frame, str("polar"));
   EXPECT_EQ(tags(frame), "coordinateTransform dimension dimension element");
   EXPECT_EQ(attr(x, u"role") + attr(y, u"role") + attr(transform, u"method"), "xypolar");
   EXPECT_EQ(attr(x, u"domain") + attr(y, u"facetsShareScale"), attr(domain, u"id") + "true");
   // Look-ups reach nested frames and create nothing.
-  const int z = cx->AddDimension(chart, cx->AddFrame(chart, frame, -1), 3, -1);
-  EXPECT_EQ(cx->GetDimension(chart, frame, 3), z);
-  EXPECT_EQ(cx->GetDimension(chart, z - 1, 1), -1);
+  const int z = cx->AddDimension(chart, cx->AddFrame(chart, frame, -1), CX_ROLE_Z, -1);
+  EXPECT_EQ(cx->GetDimension(chart, frame, CX_ROLE_Z), z);
+  EXPECT_EQ(cx->GetDimension(chart, z - 1, CX_ROLE_X), -1);
   const int pie = cx->AddFrame(chart, 0, str("mypie"));
-  EXPECT_EQ(attr(cx->AddDimension(chart, pie, 1, -1), u"facetsShareScale"), "");
+  EXPECT_EQ(attr(cx->AddDimension(chart, pie, CX_ROLE_X, -1), u"facetsShareScale"), "");
   EXPECT_TRUE(messages().empty());
 }
 
@@ -66,22 +67,23 @@ TEST_F(AxesTest, BuildersRefuseBeforeMakingAnything) {
   const int legend = cx->AddLegend(chart, frame, -1), next = legend + 1;
   const std::string nothing = "handle (" + std::to_string(next) + ") names no element";
   refused([&] { return cx->AddDimension(chart, frame, 0, -1); }, {"invalid role 0"});
-  refused([&] { return cx->GetDimension(chart, frame, 8); }, {"invalid role 8"});
-  refused([&] { return cx->AddDimension(chart, frame, 1, next); }, {"domain " + nothing});
-  refused([&] { return cx->AddGuide(chart, point, 21, -1); },
+  refused([&] { return cx->GetDimension(chart, frame, CX_ROLE_POSITION + 1); }, {"invalid role 8"});
+  refused([&] { return cx->AddDimension(chart, frame, CX_ROLE_X, next); }, {"domain " + nothing});
+  refused([&] { return cx->AddGuide(chart, point, CX_WORD_LINE, -1); },
           {"can't add guide to anything but frame - element"});
-  refused([&] { return cx->AddLegendTarget(chart, frame, point, -1, 21); },
+  refused([&] { return cx->AddLegendTarget(chart, frame, point, -1, CX_WORD_COLOR); },
           {"can't add legendTarget to anything but a legend - frame"});
   refused([&] { return cx->SetUnionDomain(chart, frame); },
           {"can't set unionDomain attribute for anything but a dimension frame"});
   refused([&] { return cx->AddCoordinateTransform(chart, frame, str(std::string("\x01", 1))); },
           {"attribute method not set, its text holds a character not allowed in XML"});
-  refused([&] { return cx->SetDimensionScale(chart, frame, 116, 21, false); }, {});  // silent
+  refused([&] { return cx->SetDimensionScale(chart, frame, CX_WORD_LOG, str("10"), false); },
+          {});  // silent
   refused([&] { return cx->SetAxisPercent(chart, frame, next); }, {"parent " + nothing});
 }
 
 TEST_F(AxesTest, DimensionSettersAndScales) {
-  const int d = cx->AddDimension(chart, frame, 1, -1);
+  const int d = cx->AddDimension(chart, frame, CX_ROLE_X, -1);
   const int domain = cx->AddDomain(chart, true);
   for (int result :
        {cx->SetDimensionLowerMapping(chart, d, str("1%")),
@@ -108,17 +110,17 @@ TEST_F(AxesTest, DimensionSettersAndScales) {
   cx->AddAxis(chart, d, -1, false);
   const std::string baseE = "UTF_base=2.718281828459045 safe=true ";
   const std::tuple<int, int, std::string, std::string> cases[] = {
-      {116, str("10"), "log", "UTF_base=10 safe=true "},
-      {118, str("0.5"), "exponent", "exponent=0.5 safe=true "},
+      {CX_WORD_LOG, str("10"), "log", "UTF_base=10 safe=true "},
+      {CX_WORD_EXPONENT, str("0.5"), "exponent", "exponent=0.5 safe=true "},
       {124, 99999, "log", baseE},  // the hole in the vocabulary: its value goes unchecked
-      {115, str("3"), "power", baseE},
+      {CX_WORD_POWER, str("3"), "power", baseE},
       {str("sqrt"), str("2"), "sqrt", baseE},
   };
   for (const auto& [method, value, text, params] : cases) {
-    const int scale = cx->SetDimensionScale(chart, d, method, value, method == 118);
+    const int scale = cx->SetDimensionScale(chart, d, method, value, method == CX_WORD_EXPONENT);
     ASSERT_GT(scale, d) << text;
     EXPECT_EQ(attr(scale, u"method") + attr(scale, u"invert"),
-              text + (method == 118 ? "true" : ""));
+              text + (method == CX_WORD_EXPONENT ? "true" : ""));
     EXPECT_EQ(parameters(scale), params);
   }
   EXPECT_EQ(tags(d), "scale scale scale scale scale axis");
@@ -126,7 +128,8 @@ TEST_F(AxesTest, DimensionSettersAndScales) {
 }
 
 TEST_F(AxesTest, AxesAndTicksNameTheirStyles) {
-  const int axis = cx->AddAxis(chart, cx->AddDimension(chart, frame, 1, -1), str("x"), true);
+  const int axis =
+      cx->AddAxis(chart, cx->AddDimension(chart, frame, CX_ROLE_X, -1), str("x"), true);
   EXPECT_EQ(attr(axis, u"id") + " " + attr(axis, u"style") + " " + attr(axis, u"baselineStyle"),
             "axis_x axis_x_default_style axis_xbaselineStyle");
   EXPECT_EQ(attr(axis, u"opposite") + attr(axis, u"combineAxisLabels"), "truetrue");
@@ -153,7 +156,7 @@ TEST_F(AxesTest, AxesAndTicksNameTheirStyles) {
 }
 
 TEST_F(AxesTest, GuidesLegendsAndReferenceLines) {
-  const int guide = cx->AddGuide(chart, frame, 21, str("g"));
+  const int guide = cx->AddGuide(chart, frame, CX_WORD_LINE, str("g"));
   EXPECT_EQ(attr(guide, u"id") + " " + attr(guide, u"type") + " " + attr(guide, u"style"),
             "guide_g line guide_g_default_style");
   const int legend = cx->AddLegend(chart, frame, str("l"));
@@ -184,7 +187,7 @@ TEST_F(AxesTest, GuidesLegendsAndReferenceLines) {
 }
 
 TEST_F(AxesTest, PercentAxisAndSymmetricDomains) {
-  const int axis = cx->AddAxis(chart, cx->AddDimension(chart, frame, 2, -1), -1, false);
+  const int axis = cx->AddAxis(chart, cx->AddDimension(chart, frame, CX_ROLE_Y, -1), -1, false);
   EXPECT_EQ(cx->SetAxisPercent(chart, axis, axis), axis);
   EXPECT_EQ(tags(axis), "numberFormat transform");
   EXPECT_EQ(attr(axis + 1, u"suffix") + attr(axis + 1, u"scientific") + attr(axis + 2, u"method"),

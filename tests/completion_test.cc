@@ -6,6 +6,7 @@
 #include <sstream>
 #include <xercesc/dom/DOMNodeList.hpp>
 
+#include "chartxml/codes.h"
 #include "chartxml/host/ChartBase.h"
 #include "test_support.h"
 #include "whole_charts.h"
@@ -138,8 +139,8 @@ TEST_F(CompletionTest, WhatIsSentIsCheckedWhenSet) {
   const int chart = newChart();
   EXPECT_EQ(cx->SetChartTemplate(chart, ""), -1);
   EXPECT_EQ(cx->SetChartType(chart, 0), -1);
-  EXPECT_EQ(cx->SetChartType(chart, 3), -1);
-  EXPECT_EQ(cx->SetChartType(chart, 2), 1);
+  EXPECT_EQ(cx->SetChartType(chart, CX_CHART_ICICLE_VERTICAL + 1), -1);
+  EXPECT_EQ(cx->SetChartType(chart, CX_CHART_ICICLE_VERTICAL), 1);
   EXPECT_EQ(cx->CreateChartDescription(chart, str("")), -1);
   EXPECT_EQ(cx->CreateChartDescription(chart, 99999), -1);
   EXPECT_EQ(messages(), std::vector<std::string>{"description handle out of range"});
@@ -148,12 +149,12 @@ TEST_F(CompletionTest, WhatIsSentIsCheckedWhenSet) {
 TEST_F(CompletionTest, IciclePlotsAreCustomisedByKind) {
   const int chart = newChart();
   const int frame = cx->AddFrame(chart, 0, -1);
-  cx->AddElement(chart, frame, 20, -1);  // interval
+  cx->AddElement(chart, frame, CX_WORD_INTERVAL, -1);
   // The model's graphs are frames with dimensions.
   xercesc::DOMElement* dimension = cx->getChart(chart)->createElement(u"dimension");
   dimension->setAttribute(u"role", u"x");
   cx->getChart(chart)->getElementById(u"frame1")->appendChild(dimension);
-  EXPECT_EQ(cx->SetChartType(chart, 2), 1);
+  EXPECT_EQ(cx->SetChartType(chart, CX_CHART_ICICLE_VERTICAL), 1);
   EXPECT_EQ(cx->EndChart(chart), 0);
   ASSERT_EQ(cxh_sent_count(), 1);
   EXPECT_NE(std::string(cxh_sent_xml(0)).find("icicle-vertical"), std::string::npos);
@@ -168,8 +169,8 @@ TEST_F(CompletionTest, ModelAdjustmentsBeforeSending) {
   const int inside = cx->AddVariable(chart, src, 0, false);
   const int mean = cx->AddVariable(chart, src, 1, false);
   const int labels = cx->AddLabelingVariable(chart, src, 1, true);
-  cx->SetSummaryFunction(chart, inside, 22, 1.0, 9.0);  // percentageInside;1;9
-  cx->SetSummaryFunction(chart, mean, 8, 0.0, 0.0);     // meanOfValues
+  cx->SetSummaryFunction(chart, inside, CX_SUMMARY_PERCENTAGE_INSIDE, 1.0, 9.0);
+  cx->SetSummaryFunction(chart, mean, CX_SUMMARY_MEAN_OF_VALUES, 0.0, 0.0);
   xercesc::DOMDocument* doc = cx->getChart(chart);
   const int graph = cx->AddFrame(chart, 0, -1);
   auto* owner = cx->getChart(chart)->getElementsByTagName(u"frame")->item(0);

@@ -4,6 +4,7 @@
 #include <deque>
 
 #include "chartxml/chartxml_building.h"
+#include "chartxml/codes.h"
 #include "chartxml/cx.h"
 #include "test_support.h"
 
@@ -98,7 +99,8 @@ TEST_F(CxTest, UnusableArgumentsAreRefusedAndReported) {
   EXPECT_EQ(CX_ADDFRAME(in(chart), nullptr, in(-1)), -1);
   EXPECT_EQ(CX_NSTRINGNOTRANSLATE("abc", in(-1)), -1);
   EXPECT_EQ(CX_NSTRINGNOTRANSLATE(nullptr, in(0)), -1);
-  EXPECT_EQ(CX_ADDXYELEMENTEX(in(chart), in(data), in(1), in(23), in(1), in(1), in(17), nullptr),
+  EXPECT_EQ(CX_ADDXYELEMENTEX(in(chart), in(data), in(1), in(CX_WORD_POINT), in(1), in(1),
+                              in(CX_WORD_TITLE), nullptr),
             -1);
   EXPECT_EQ(CX_CREATECHARTEX(kAllOnes, nullptr, "P", in(1), &out, &out, &out, &out), -1);
   EXPECT_EQ(out, -9);
@@ -117,20 +119,20 @@ TEST_F(CxTest, UnusableArgumentsAreRefusedAndReported) {
 TEST_F(CxTest, DimensionAxesAndTheirLimits) {
   int64_t style = -9, axis = -9;
   const std::string before = xml();
-  EXPECT_EQ(CX_ADDDIMENSIONAXIS(in(chart), in(data), in(4), in(-1), in(0), &style, &axis, in(-1),
-                                in(-1), in(-1), in(-1)),
+  EXPECT_EQ(CX_ADDDIMENSIONAXIS(in(chart), in(data), in(CX_ROLE_Z + 1), in(-1), in(0), &style,
+                                &axis, in(-1), in(-1), in(-1), in(-1)),
             -1);
   // The dimension number is tested on all 64 bits: 2^32 + 1 is not 1.
-  EXPECT_EQ(CX_ADDDIMENSIONAXIS(in(chart), in(data), in(kHigh + 1), in(-1), in(0), &style, &axis,
-                                in(-1), in(-1), in(-1), in(-1)),
+  EXPECT_EQ(CX_ADDDIMENSIONAXIS(in(chart), in(data), in(kHigh + CX_ROLE_X), in(-1), in(0), &style,
+                                &axis, in(-1), in(-1), in(-1), in(-1)),
             -1);
   EXPECT_EQ(xml(), before);
   EXPECT_EQ(style, -9);
 
   // A margin of -1 on the low half only is given (the handle -1 is then refused).
   const int64_t margin = CX_NSTRINGNOTRANSLATE("7%", in(2));
-  const int64_t dim = CX_ADDDIMENSIONAXIS(in(chart), in(data), in(2), in(-1), in(0), &style, &axis,
-                                          in(margin), in(-1), in(-1), in(margin));
+  const int64_t dim = CX_ADDDIMENSIONAXIS(in(chart), in(data), in(CX_ROLE_Y), in(-1), in(0), &style,
+                                          &axis, in(margin), in(-1), in(-1), in(margin));
   ASSERT_GT(dim, 0);
   EXPECT_EQ(text(style), "axisy_1");
   xercesc::DOMElement* dimension = elementAt(0, static_cast<int>(dim));
@@ -142,7 +144,7 @@ TEST_F(CxTest, DimensionAxesAndTheirLimits) {
   int64_t s1 = -9, a1 = -9, s2 = -9, a2 = -9;
   const int64_t x = CX_ADDXYDIMAXISWITHSAMERATIO(in(chart), in(data), in(-1), in(-1), in(0), in(0),
                                                  in(1), &s1, &a1, &s2, &a2);
-  EXPECT_EQ(x, CX_GETDIMENSION(in(chart), in(data), in(1)));
+  EXPECT_EQ(x, CX_GETDIMENSION(in(chart), in(data), in(CX_ROLE_X)));
   EXPECT_EQ(text(s1) + " " + text(s2), "axisx_1 axisy_1");
   EXPECT_EQ(cxtest::attr(elementAt(0, static_cast<int>(x)), u"lowerMargin"), "0%");
   EXPECT_EQ(cxtest::attr(elementAt(0, static_cast<int>(x)), u"sameRatio"), "trueCentered");
@@ -164,21 +166,21 @@ TEST_F(CxTest, DomainsAnswerWithTheSortMethodsStatus) {
 TEST_F(CxTest, FramesWithLabelsLegendsAndElements) {
   const int64_t title = CX_NSTRINGNOTRANSLATE("People", in(6));
   const int64_t frame =
-      CX_ADDFRAMEWITHLABEL(in(chart), in(graph), in(17), in(1), in(title), nullptr);
+      CX_ADDFRAMEWITHLABEL(in(chart), in(graph), in(CX_WORD_TITLE), in(1), in(title), nullptr);
   EXPECT_EQ(cxtest::childTags(byId(0, u"frame_title_1")), "label");
   EXPECT_EQ(cx->getHandle(0, byId(0, u"frame_title_1")), frame);
 
   const int64_t sex = variable(1, true), income = variable(2, false);
   int64_t element = -9;
-  EXPECT_EQ(
-      CX_ADDXYELEMENTEX(in(chart), in(data), in(2), in(23), in(sex), in(income), in(12), &element),
-      element);
+  EXPECT_EQ(CX_ADDXYELEMENTEX(in(chart), in(data), in(2), in(CX_WORD_POINT), in(sex), in(income),
+                              in(CX_WORD_ELEMENT), &element),
+            element);
   EXPECT_EQ(cxtest::childTags(byId(0, u"element_element_2")), "x y");
 
   int64_t style = -9, legend = -9;
-  EXPECT_EQ(
-      CX_ADDLEGENDFRAME(in(chart), in(graph), in(element), in(3), in(35), nullptr, &style, &legend),
-      legend);
+  EXPECT_EQ(CX_ADDLEGENDFRAME(in(chart), in(graph), in(element), in(3), in(CX_WORD_COLOR), nullptr,
+                              &style, &legend),
+            legend);
   EXPECT_EQ(text(style), "legend_3");
   EXPECT_TRUE(contains(xml(), "aesthetic=\"color\""));
   EXPECT_EQ(messages(), Messages{});

@@ -25,7 +25,9 @@ class DomainTest : public cxtest::FacadeTest {
   }
   DOMElement* element(int handle) { return elementAt(chart, handle); }
   // A variable without a data source: an aggregate of nothing.
-  int variable(bool categorical) { return cx->AddAggregate(chart, -1, 8, categorical, -1, -1, -1); }
+  int variable(bool categorical) {
+    return cx->AddAggregate(chart, -1, CX_SUMMARY_MEAN_OF_VALUES, categorical, -1, -1, -1);
+  }
   std::string xml() { return cx->GetXmlBuffer(chart); }
 
   int chart = -1;

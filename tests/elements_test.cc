@@ -11,6 +11,7 @@ extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 #include <malloc.h>
 #endif
 
+#include "chartxml/codes.h"
 #include "chartxml/host/ChartBase.h"
 #include "test_support.h"
 
@@ -233,11 +234,12 @@ TEST_F(ElementsTest, BinnedElementBinsOnAHexGrid) {
 }
 
 TEST_F(ElementsTest, LabelingAggregateIsDescribedAsALabeling) {
-  const int aggregate = cx->AddLabelingAggregate(chart, income, 8, false, str("Mean"), -1, -1);
+  const int mean = CX_SUMMARY_MEAN_OF_VALUES;
+  const int aggregate = cx->AddLabelingAggregate(chart, income, mean, false, str("Mean"), -1, -1);
   ASSERT_GT(aggregate, 0);
   EXPECT_EQ(attr(at(aggregate), u"source"), idOf(income));
   EXPECT_EQ(attr(at(cx->AddMeta(chart, aggregate)), u"description"), "labeling");
-  refused([&] { return cx->AddLabelingAggregate(chart, income, 8, false, 99999, -1, -1); },
+  refused([&] { return cx->AddLabelingAggregate(chart, income, mean, false, 99999, -1, -1); },
           {"label handle out of range"});
 }
 
@@ -328,7 +330,7 @@ TEST_F(ElementsTest, BuildersRefuseWhatWouldNestDeeperThanTheHostReads) {
   refused([&] { return cx->AddBinnedElement(chart, deep, type, -1, sex, income); },
           {"can't add element" + tooDeep + "frame"});
   // An axis keeps a level for the major ticks that completion may give it.
-  const int dimension = cx->AddDimension(chart, upper, 1, -1);
+  const int dimension = cx->AddDimension(chart, upper, CX_ROLE_X, -1);
   ASSERT_GE(dimension, 0);
   refused([&] { return cx->AddAxis(chart, dimension, -1, false); },
           {"can't add axis" + tooDeep + "dimension"});
@@ -337,7 +339,7 @@ TEST_F(ElementsTest, BuildersRefuseWhatWouldNestDeeperThanTheHostReads) {
   for (int level = 4; level <= ChartBase::kMaxDepth; ++level) node = cx->AddCross(chart, node);
   ASSERT_GE(node, 0);
   refused([&] { return cx->AddNest(chart, node); }, {"can't add nest" + tooDeep + "cross"});
-  refused([&] { return cx->AddFacetVariable(chart, node, 1, sex); },
+  refused([&] { return cx->AddFacetVariable(chart, node, CX_ROLE_X, sex); },
           {"can't add facetVariable" + tooDeep + "cross"});
 
   // Four levels below level 508 are taken, and everything taken reads back.

@@ -1,4 +1,5 @@
 // Facets: nest rule, get-or-create, labels, styles, and a whole scatter-plot-matrix document.
+#include "chartxml/codes.h"
 #include "test_support.h"
 #include "whole_charts.h"
 
@@ -16,7 +17,7 @@ class FacetsTest : public cxtest::SourcedChartTest {
     sex = cx->AddVariable(chart, sourceElement, 1, true);
     city = cx->AddVariable(chart, sourceElement, 3, true);
     frame = cx->AddFrame(chart, 0, str("data_1"));  // comes with a facet labeling
-    point = cx->AddElement(chart, frame, 23, -1);
+    point = cx->AddElement(chart, frame, CX_WORD_POINT, -1);
   }
   int sex = -1, city = -1, frame = -1, point = -1;
 };
@@ -24,12 +25,12 @@ class FacetsTest : public cxtest::SourcedChartTest {
 TEST_F(FacetsTest, ANestTakesTwoOperandsOtherNodesAny) {
   const int nest = cx->AddNest(chart, cx->AddCoordinateFacet(chart, frame));
   EXPECT_EQ(childTags(element(frame)), "facetLabeling coordinateFacet element");
-  const int byRow = cx->AddFacetVariable(chart, nest, 2, sex);
+  const int byRow = cx->AddFacetVariable(chart, nest, CX_ROLE_Y, sex);
   const int cross = cx->AddCross(chart, nest);
   EXPECT_EQ(attr(element(byRow), u"role") + " " + attr(element(byRow), u"variable"), "y variable1");
-  EXPECT_EQ(cx->AddBlend(chart, nest) + cx->AddFacetVariable(chart, nest, 1, city), -2);
+  EXPECT_EQ(cx->AddBlend(chart, nest) + cx->AddFacetVariable(chart, nest, CX_ROLE_X, city), -2);
   EXPECT_EQ(messages(), Messages(2, "Nest must have only 2 children - facetVariable cross"));
-  for (int i = 0; i < 3; ++i) EXPECT_GT(cx->AddFacetVariable(chart, cross, 1, city), 0);
+  for (int i = 0; i < 3; ++i) EXPECT_GT(cx->AddFacetVariable(chart, cross, CX_ROLE_X, city), 0);
 }
 
 TEST_F(FacetsTest, AFrameHasOneTableFacetAndOneLabelingOfItsOwn) {
@@ -58,7 +59,7 @@ TEST_F(FacetsTest, LabelsStylesAndScales) {
   EXPECT_EQ(childTags(element(point)), "facetStyle facetStyle position");
   EXPECT_EQ(attr(element(plain), u"style") + " " + attr(element(named), u"style"),
             "facetStyle_default_style facetStyle_diag_default_style");
-  const int dimension = cx->AddDimension(chart, frame, 1, -1);
+  const int dimension = cx->AddDimension(chart, frame, CX_ROLE_X, -1);
   EXPECT_EQ(cx->SetFacetsDifferentScale(chart, dimension), -1);
   EXPECT_EQ(attr(element(dimension), u"facetsShareScale"), "false");
   EXPECT_EQ(childTags(element(cx->AddFrame(chart, 0, str("pie_1")))), "facetLabeling");

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "chartxml/chartxml_host.h"
+#include "chartxml/codes.h"
 #include "chartxml/host/Platform.h"
 #include "chartxml/host/TsCellText.h"
 #include "chartxml/host/VORN_Format.h"
@@ -102,27 +103,29 @@ TEST(HostPlatform, TruncationNeverSplitsACharacter) {
 }
 
 TEST(HostFormat, PacksTypeWidthAndDecimals) {
+  // Spelled out here, so that the packing macro is checked as well.
   const int code = (5 << 16) | (8 << 8) | 2;
-  EXPECT_EQ(VORN_Format::FromCode(code), VORN_Format(5, 8, 2));
-  EXPECT_EQ(VORN_Format(5, 8, 2).ToCode(), code);
+  EXPECT_EQ(CX_FORMAT_CODE(CX_FORMAT_FIXED, 8, 2), code);
+  EXPECT_EQ(VORN_Format::FromCode(code), VORN_Format(CX_FORMAT_FIXED, 8, 2));
+  EXPECT_EQ(VORN_Format(CX_FORMAT_FIXED, 8, 2).ToCode(), code);
   EXPECT_EQ(VORN_Format::FromCode(-1), VORN_Format());
-  EXPECT_EQ(VORN_Format::FromCode(256 << 16), VORN_Format());
+  EXPECT_EQ(VORN_Format::FromCode(256 << 16), VORN_Format());  // a type past the byte
 
   // Strings keep a 16-bit width across both low bytes and no decimals.
-  const VORN_Format text = VORN_Format::FromCode((1 << 16) | 300);
+  const VORN_Format text = VORN_Format::FromCode((CX_FORMAT_STRING << 16) | 300);
   EXPECT_EQ(text.width, 300);
   EXPECT_EQ(text.decimals, 0);
-  EXPECT_EQ(text.ToCode(), (1 << 16) | 300);
-  EXPECT_EQ(VORN_Format(1, 20, 7).decimals, 0);
+  EXPECT_EQ(text.ToCode(), (CX_FORMAT_STRING << 16) | 300);
+  EXPECT_EQ(VORN_Format(CX_FORMAT_STRING, 20, 7).decimals, 0);
 }
 
 TEST(HostFormat, WidthIsCappedAtFortyExceptForStrings) {
-  EXPECT_EQ(VORN_Format(5, 300, 2).width, 40);
-  EXPECT_EQ(VORN_Format::FromCode((5 << 16) | (200 << 8)).width, 40);
-  VORN_Format numeric(5, 8, 0);
+  EXPECT_EQ(VORN_Format(CX_FORMAT_FIXED, 300, 2).width, 40);
+  EXPECT_EQ(VORN_Format::FromCode(CX_FORMAT_CODE(CX_FORMAT_FIXED, 200, 0)).width, 40);
+  VORN_Format numeric(CX_FORMAT_FIXED, 8, 0);
   numeric.width = 200;  // past the cap directly: the code still carries 40
-  EXPECT_EQ(numeric.ToCode(), (5 << 16) | (40 << 8));
-  VORN_Format text(1, 8, 0);
+  EXPECT_EQ(numeric.ToCode(), CX_FORMAT_CODE(CX_FORMAT_FIXED, 40, 0));
+  VORN_Format text(CX_FORMAT_STRING, 8, 0);
   text.SetWidth(300);
   EXPECT_EQ(text.width, 300);
 }

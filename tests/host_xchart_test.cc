@@ -2,7 +2,6 @@
 // the chart-kind adjustments and what sending leaves in memory and on disk.
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -119,13 +118,12 @@ class XChart : public hosttest::QuietReports {
   const fs::path& temp_ = folder_.path();
 };
 
-TEST_F(XChart, ParseRefusesUnsafeMalformedAndTooDeepTextQuicklyWithoutReporting) {
+TEST_F(XChart, ParseRefusesUnsafeMalformedAndTooDeepTextWithoutReporting) {
   std::string bomb = "<!DOCTYPE v [<!ENTITY a0 \"lol\">";
   for (int i = 1; i < 10; ++i) {
     bomb += "<!ENTITY a" + std::to_string(i) + " \"" +
             repeat("&a" + std::to_string(i - 1) + ";", 10) + "\">";
   }
-  const auto start = std::chrono::steady_clock::now();
   for (const std::string& text :
        {bomb + "]><visualization>&a9;</visualization>",
         std::string("<!DOCTYPE v [<!ENTITY e SYSTEM \"file:///etc/passwd\">]><v>&e;</v>"),
@@ -135,7 +133,6 @@ TEST_F(XChart, ParseRefusesUnsafeMalformedAndTooDeepTextQuicklyWithoutReporting)
   }
   EXPECT_PRED2(startsWith, parseFailure(nested(100000)),
                "chart template nests elements deeper than 512 levels at line 1, column ");
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
 
   EXPECT_PRED2(startsWith, parseFailure("<visualization>\n  <frame></element>\n</visualization>"),
                "XML is not well-formed at line 2, column ");

@@ -54,7 +54,7 @@ TEST_F(StatisticTest, StatisticsAndParameters) {
   const int bad = str("\x1f");
   const std::string before = xml();
   const int next = type + 1;
-  EXPECT_EQ(cx->AddStatistic(chart, next + 4, 44), -1);
+  EXPECT_EQ(cx->AddStatistic(chart, next + 4, CX_WORD_HISTOGRAM), -1);
   EXPECT_EQ(cx->AddStatistic(chart, frame, -1), -1);
   EXPECT_EQ(cx->AddStatistic(chart, frame, bad), -1);
   EXPECT_EQ(cx->AddParam(chart, next, a, a), -1);
@@ -128,14 +128,16 @@ TEST_F(StatisticTest, SummaryFunctionIsSetOnce) {
     EXPECT_EQ(cx->SetSummaryFunction(chart, copy, rejected, 1, 1), -1) << rejected;
   }
   EXPECT_EQ(xml(), before);
-  EXPECT_EQ(cx->SetSummaryFunction(chart, income, 22, 0.1, 1e20), 22);
-  EXPECT_EQ(cx->SetSummaryFunction(chart, income, 17, 50, 0), 17);
+  EXPECT_EQ(cx->SetSummaryFunction(chart, income, CX_SUMMARY_PERCENTAGE_INSIDE, 0.1, 1e20),
+            CX_SUMMARY_PERCENTAGE_INSIDE);
+  EXPECT_EQ(cx->SetSummaryFunction(chart, income, CX_SUMMARY_PERCENTILE, 50, 0),
+            CX_SUMMARY_PERCENTILE);
   EXPECT_EQ(cx->SetSummaryFunction(chart, income, 0, 0, 0), 0);  // even a rejected code
   EXPECT_EQ(attr(meta(income), u"description"), "percentageInside;0.1;1e+20");
-  EXPECT_EQ(cx->SetSummaryFunction(chart, copy, 5, 0, 0), 5);
+  EXPECT_EQ(cx->SetSummaryFunction(chart, copy, CX_SUMMARY_VALID_N, 0, 0), CX_SUMMARY_VALID_N);
   EXPECT_EQ(childTags(element(copy)), "meta");
   EXPECT_EQ(attr(meta(copy), u"description"), "validN");
-  EXPECT_EQ(cx->SetSummaryFunction(chart, 99, 1, 0, 0), -1);
+  EXPECT_EQ(cx->SetSummaryFunction(chart, 99, CX_SUMMARY_NUMBER_OF_CASES, 0, 0), -1);
   EXPECT_EQ(messages(), Messages{"variable handle (99)" + range(copy + 2)});
 }
 
@@ -143,8 +145,8 @@ TEST_F(StatisticTest, AggregatesAreVariablesTheFeedKnows) {
   cx->AddFrame(chart, 0, -1);                              // serial 1
   const int domain = cx->AddDomain(chart, false);          // serial 2
   const int income = cx->AddVariable(chart, 1, 2, false);  // serial 3
-  const int mean =
-      cx->AddAggregate(chart, income, 8, false, str("Mean\\nincome"), str("mean"), domain);
+  const int mean = cx->AddAggregate(chart, income, CX_SUMMARY_MEAN_OF_VALUES, false,
+                                    str("Mean\\nincome"), str("mean"), domain);
   EXPECT_EQ(childTags(root(chart)), "source variable variable domain frame");
   DOMElement* aggregate = element(mean);
   EXPECT_EQ(attr(aggregate, u"id"), "variable4");
@@ -156,9 +158,9 @@ TEST_F(StatisticTest, AggregatesAreVariablesTheFeedKnows) {
   EXPECT_EQ(attr(aggregate, u"categorical"), "false");
   EXPECT_EQ(attr(meta(mean), u"creator"), "internal_aggregate");
 
-  const int cases = cx->AddAggregate(chart, -1, 135, true, -1, -1, -1);
-  const int count = cx->AddAggregate(chart, income, 140, true, -1, -1, -1);
-  const int percent = cx->AddAggregate(chart, income, 141, false, -1, -1, -1);
+  const int cases = cx->AddAggregate(chart, -1, CX_WORD_CASENUM, true, -1, -1, -1);
+  const int count = cx->AddAggregate(chart, income, CX_WORD_COUNTNAME, true, -1, -1, -1);
+  const int percent = cx->AddAggregate(chart, income, CX_WORD_PERCENTNAME, false, -1, -1, -1);
   EXPECT_EQ(attr(meta(cases), u"creator"), "external_system");
   EXPECT_FALSE(element(cases)->hasAttribute(u"source"));  // derived from no variable
   EXPECT_FALSE(meta(count)->hasAttribute(u"creator"));
@@ -185,8 +187,8 @@ TEST_F(StatisticTest, AggregatesAreVariablesTheFeedKnows) {
 TEST_F(StatisticTest, AggregateValuesFollowTheirVariablesSource) {
   const int second = cx->AddSource(chart);
   const int sex = cx->AddVariable(chart, second, 1, true);
-  const int mean = cx->AddAggregate(chart, sex, 8, false, -1, -1, -1);
-  const int count = cx->AddAggregate(chart, mean, 140, false, -1, -1, -1);
+  const int mean = cx->AddAggregate(chart, sex, CX_SUMMARY_MEAN_OF_VALUES, false, -1, -1, -1);
+  const int count = cx->AddAggregate(chart, mean, CX_WORD_COUNTNAME, false, -1, -1, -1);
   EXPECT_EQ(feed().VariableNames("source1").size(), 3u);
   cx->AddRow(chart, second);
   EXPECT_EQ(cx->AddDoubleDataValue(chart, second, count, 3), 0);
@@ -197,10 +199,11 @@ TEST_F(StatisticTest, AggregateFailuresAndExternalAggregates) {
   const int income = cx->AddVariable(chart, 1, 2, false);
   const std::string before = xml();
   const int next = income + 1;
-  EXPECT_EQ(cx->AddAggregate(chart, income, 8, false, -2, -1, -1), -1);
-  EXPECT_EQ(cx->AddAggregate(chart, income, 8, false, -1, 999999, -1), -1);
-  EXPECT_EQ(cx->AddAggregate(chart, income, 8, false, -1, -1, 77), -1);
-  EXPECT_EQ(cx->AddAggregate(chart, next, 8, false, -1, -1, -1), -1);
+  const int mean = CX_SUMMARY_MEAN_OF_VALUES;
+  EXPECT_EQ(cx->AddAggregate(chart, income, mean, false, -2, -1, -1), -1);
+  EXPECT_EQ(cx->AddAggregate(chart, income, mean, false, -1, 999999, -1), -1);
+  EXPECT_EQ(cx->AddAggregate(chart, income, mean, false, -1, -1, 77), -1);
+  EXPECT_EQ(cx->AddAggregate(chart, next, mean, false, -1, -1, -1), -1);
   EXPECT_EQ(cx->AddWeightAggregate(chart, income, -1, -3), -1);
   EXPECT_EQ(cx->SetAggregateExternal(chart, next), -1);
   EXPECT_EQ(messages(), (Messages{
@@ -216,7 +219,7 @@ TEST_F(StatisticTest, AggregateFailuresAndExternalAggregates) {
 
   // A label that XML cannot hold is left out; the aggregate is still made.
   cxh_clear_reports();
-  const int made = cx->AddAggregate(chart, income, 8, false, str("a\x02"), -1, -1);
+  const int made = cx->AddAggregate(chart, income, mean, false, str("a\x02"), -1, -1);
   EXPECT_FALSE(element(made)->hasAttribute(u"label"));
   EXPECT_EQ(messages(),
             Messages{"attribute label not set, its text holds a character not allowed in XML"});

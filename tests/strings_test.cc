@@ -6,6 +6,7 @@
 #include <limits>
 #include <utility>
 
+#include "chartxml/codes.h"
 #include "chartxml/host/TsCellText.h"
 #include "test_support.h"
 
@@ -18,19 +19,24 @@ using cxtest::reports;
 using StringsTest = FacadeTest;
 
 TEST_F(StringsTest, VocabularyCodesResolveToTheirTokens) {
-  EXPECT_EQ(cx->getUTF8String(1), "axisx");
-  EXPECT_EQ(cx->getUTF8String(6), "axistheta");
-  EXPECT_EQ(cx->getUTF8String(7), "axisxtick");
-  EXPECT_EQ(cx->getUTF8String(10), "axisrtick");
-  EXPECT_EQ(cx->getUTF8String(17), "title");
-  EXPECT_EQ(cx->getUTF8String(45), "areabar");
-  EXPECT_EQ(cx->getUTF8String(47), "bins");
-  EXPECT_EQ(cx->getUTF8String(123), "matrixscatterinnery");
-  EXPECT_EQ(cx->getUTF8String(125), "yzplane");
-  EXPECT_EQ(cx->getUTF8String(146), "clusteredbar");
-  EXPECT_EQ(cx->getUTF8String(156), "dot");
-  EXPECT_EQ(cx->getUTF8String(55), "X Variable");
-  EXPECT_EQ(cx->getUTF8String(148), "Y Axis");
+  // The first and last words, those on either side of the holes, and words
+  // with blanks.
+  const std::pair<int, const char*> words[] = {
+      {CX_WORD_AXISX, "axisx"},
+      {CX_WORD_AXISTHETA, "axistheta"},
+      {CX_WORD_AXISXTICK, "axisxtick"},
+      {CX_WORD_AXISRTICK, "axisrtick"},
+      {CX_WORD_TITLE, "title"},
+      {CX_WORD_AREABAR, "areabar"},
+      {CX_WORD_BINS, "bins"},
+      {CX_WORD_MATRIXSCATTERINNERY, "matrixscatterinnery"},
+      {CX_WORD_YZPLANE, "yzplane"},
+      {CX_WORD_CLUSTEREDBAR, "clusteredbar"},
+      {CX_WORD_DOT, "dot"},
+      {CX_WORD_X_VARIABLE, "X Variable"},
+      {CX_WORD_Y_AXIS, "Y Axis"},
+  };
+  for (const auto& [code, text] : words) EXPECT_EQ(cx->getUTF8String(code), text) << code;
   EXPECT_TRUE(messages().empty());
   // The two holes and 0 name nothing.
   EXPECT_EQ(cx->getUTF8String(46), "");
@@ -49,13 +55,13 @@ TEST_F(StringsTest, CallerStringsStartAt157AndResetStartsOver) {
   EXPECT_EQ(cx->ResetStrings(), 0);
   EXPECT_EQ(cx->getUTF8String(157), "");  // gone
   EXPECT_EQ(str("again"), 157);
-  EXPECT_EQ(cx->getUTF8String(17), "title");  // vocabulary reloaded
+  EXPECT_EQ(cx->getUTF8String(CX_WORD_TITLE), "title");  // vocabulary reloaded
 }
 
 TEST_F(StringsTest, HandleChecksAdmitTheNextHandleOnly) {
   EXPECT_EQ(cx->StyleString(158, 1), -1);
   EXPECT_EQ(cx->StyleString(-1, 1), -1);
-  EXPECT_EQ(cx->StyleString(17, -1), -1);
+  EXPECT_EQ(cx->StyleString(CX_WORD_TITLE, -1), -1);
   // 157 is the next handle: it passes the range check, is not found, and the
   // style string is made from the empty text.
   EXPECT_EQ(cx->StyleString(157, 1), 157);
@@ -69,7 +75,7 @@ TEST_F(StringsTest, HandleChecksAdmitTheNextHandleOnly) {
 }
 
 TEST_F(StringsTest, StyleStringJoinsTextAndIndex) {
-  const int style = cx->StyleString(17, 2);
+  const int style = cx->StyleString(CX_WORD_TITLE, 2);
   EXPECT_EQ(cx->getUTF8String(style), "title_2");
   EXPECT_EQ(cx->getUTF8String(cx->StyleString(style, 0)), "title_2_0");
 }
@@ -106,8 +112,8 @@ TEST_F(StringsTest, CompositeFetchedEarlyIsCached) {
 
 TEST_F(StringsTest, CompositeMisuseIsReported) {
   const int plain = str("plain");
-  EXPECT_EQ(cx->AddParameter(plain, 17), -1);
-  EXPECT_EQ(cx->AddParameter(9999, 17), -1);
+  EXPECT_EQ(cx->AddParameter(plain, CX_WORD_TITLE), -1);
+  EXPECT_EQ(cx->AddParameter(9999, CX_WORD_TITLE), -1);
   EXPECT_EQ(cx->AddParameter(plain, -5), -1);
   EXPECT_EQ(cx->BeginRepeat(-2), -1);
   EXPECT_EQ(cx->EndCompositeString(plain), -1);
@@ -173,13 +179,13 @@ TEST_F(StringsTest, JapaneseTablesComeBackThroughTheirCodePage) {
   const ChartString axis = cx->translate("X Axis");
   EXPECT_EQ(axis.toUTF8(), "X \u8EF8");
   EXPECT_EQ(axis.toUTF8ForEng(), english);
-  EXPECT_EQ(cx->getUTF8String(155), "X \u8EF8");
+  EXPECT_EQ(cx->getUTF8String(CX_WORD_X_AXIS), "X \u8EF8");
   EXPECT_EQ(cx->translate("E60712").toUTF8(), "\u6B20\u640D\u5024");
   EXPECT_TRUE(messages().empty());
 
   // The vocabulary keeps the language of construction until a reset.
   cxh_set_language("en");
-  EXPECT_EQ(cx->getUTF8String(155), "X \u8EF8");
+  EXPECT_EQ(cx->getUTF8String(CX_WORD_X_AXIS), "X \u8EF8");
 }
 
 // Each output language's texts arrive in its own code page; the facade must

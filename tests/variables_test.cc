@@ -2,6 +2,7 @@
 // columns, their labels and names, lists, relabels and the index rules.
 #include <xercesc/dom/DOMNodeList.hpp>
 
+#include "chartxml/codes.h"
 #include "chartxml/host/KytoUni.h"
 #include "chartxml/host/VORN_DataSource.h"
 #include "chartxml/host/VarDataProcessor.h"
@@ -108,7 +109,7 @@ TEST_F(VariablesTest, IndexAndSourceChecks) {
   EXPECT_EQ(messages(),
             (std::vector<std::string>{"invalid variable index 5", "invalid variable index -1",
                                       "invalid variable index 7"}));
-  EXPECT_EQ(cx->GetVariableFormat(chart, 2), (4 << 16) | (10 << 8) | 2);
+  EXPECT_EQ(cx->GetVariableFormat(chart, 2), CX_FORMAT_CODE(CX_FORMAT_DOLLAR, 10, 2));
 }
 
 TEST_F(VariablesTest, FirstDataSourceStays) {
@@ -219,7 +220,7 @@ TEST_F(VariablesTest, SettersActOnTheVariable) {
   EXPECT_EQ(cx->SetVariableCategorical(chart, v, true), v);
   EXPECT_EQ(attr(variable, u"categorical"), "true");
   EXPECT_EQ(childTags(meta), "");  // formats no longer apply
-  EXPECT_EQ(cx->SetVariableFormat(chart, v, (20 << 16) | (11 << 8)), v);
+  EXPECT_EQ(cx->SetVariableFormat(chart, v, CX_FORMAT_CODE(CX_FORMAT_DATE_DMY, 11, 0)), v);
   EXPECT_EQ(childTags(meta), "dateTimeFormat");
   EXPECT_EQ(cx->SetVariableLabel(chart, v, str("Annual\\nincome")), v);
   EXPECT_EQ(attr(variable, u"label"), "Annual\nincome");
@@ -260,16 +261,12 @@ TEST_F(VariablesTest, ValueTexts) {
   EXPECT_EQ(cx->getUTF8String(cx->Value(1, 2)), "2");
   EXPECT_EQ(cx->getUTF8String(cx->MeanValue(1, 1.5)), "1.50");
   EXPECT_EQ(cx->getUTF8String(cx->ObjectLabel(1, 1)), "Sex of respondent: Male");
-  EXPECT_EQ(cx->getUTF8String(cx->LRValue(1234.5, (4 << 16) | (10 << 8) | 2)), "$1,234.50");
+  EXPECT_EQ(cx->getUTF8String(cx->LRValue(1234.5, CX_FORMAT_CODE(CX_FORMAT_DOLLAR, 10, 2))),
+            "$1,234.50");
   EXPECT_EQ(cx->getUTF8String(cx->ValueLabel(1, 1, 0, "^1 only")), "Male only");
   EXPECT_EQ(cx->VariableName(9), -1);
   EXPECT_EQ(messages(), std::vector<std::string>{"invalid variable index 9"});
 }
-
-}  // namespace
-
-namespace {
-
 // What each kind of display format becomes in the variable's meta.
 TEST_F(VariablesTest, DisplayFormatsAsFormatElements) {
   const int chart = chartWithSource();
@@ -282,21 +279,21 @@ TEST_F(VariablesTest, DisplayFormatsAsFormatElements) {
     const char* value;
   };
   const Case cases[] = {
-      {1, 8, 0, "stringFormat", nullptr, ""},
-      {3, 8, 2, "numberFormat", u"useGrouping", "true"},
-      {5, 8, 3, "numberFormat", u"maximumFractionDigits", "3"},
-      {6, 8, 1, "numberFormat", u"suffix", "%"},
-      {7, 10, 2, "numberFormat", u"scientific", "true"},
-      {15, 5, 0, "numberFormat", u"minimumIntegerDigits", "5"},
-      {17, 8, 2, "numberFormat", u"decimalSeparator", ","},
-      {33, 8, 2, "numberFormat", u"prefix", "CCC "},
-      {36, 8, 2, "numberFormat", u"negativePrefix", "("},
-      {20, 11, 0, "dateTimeFormat", u"pattern", "dd-MMM-yyyy"},
-      {30, 19, 0, "dateTimeFormat", u"pattern", "yyyy-MM-dd'T'HH:mm:ss"},
+      {CX_FORMAT_STRING, 8, 0, "stringFormat", nullptr, ""},
+      {CX_FORMAT_GROUPED, 8, 2, "numberFormat", u"useGrouping", "true"},
+      {CX_FORMAT_FIXED, 8, 3, "numberFormat", u"maximumFractionDigits", "3"},
+      {CX_FORMAT_PERCENT, 8, 1, "numberFormat", u"suffix", "%"},
+      {CX_FORMAT_SCIENTIFIC, 10, 2, "numberFormat", u"scientific", "true"},
+      {CX_FORMAT_ZERO_PADDED, 5, 0, "numberFormat", u"minimumIntegerDigits", "5"},
+      {CX_FORMAT_DOT_GROUPED, 8, 2, "numberFormat", u"decimalSeparator", ","},
+      {CX_FORMAT_CURRENCY_C, 8, 2, "numberFormat", u"prefix", "CCC "},
+      {CX_FORMAT_ACCOUNTING, 8, 2, "numberFormat", u"negativePrefix", "("},
+      {CX_FORMAT_DATE_DMY, 11, 0, "dateTimeFormat", u"pattern", "dd-MMM-yyyy"},
+      {CX_FORMAT_ISO_DATE_TIME, 19, 0, "dateTimeFormat", u"pattern", "yyyy-MM-dd'T'HH:mm:ss"},
       {99, 8, 0, "", nullptr, ""},  // unknown: nothing written
   };
   for (const Case& c : cases) {
-    cx->SetVariableFormat(chart, v, (c.type << 16) | (c.width << 8) | c.decimals);
+    cx->SetVariableFormat(chart, v, CX_FORMAT_CODE(c.type, c.width, c.decimals));
     EXPECT_EQ(childTags(meta), c.tag) << c.type;  // the earlier format was replaced
     if (c.attribute != nullptr) {
       EXPECT_EQ(attr(static_cast<DOMElement*>(meta->getFirstChild()), c.attribute), c.value)

@@ -3,6 +3,7 @@
 // that writes outside the vocabulary, or a reference to nothing, fails here.
 #include <string>
 
+#include "chartxml/codes.h"
 #include "test_support.h"
 
 namespace {
@@ -32,7 +33,7 @@ TEST_F(VocabularyTest, EveryFamilyOfBuildersWritesAValidDocument) {
   cx->AddToVariableList(chart, list, id);
   cx->AddToVariableList(chart, list, income);
   const int matrix = cx->AddMatrixVariable(chart, list);
-  const int overlay = cx->AddOverlayVariable(chart, list, 2);
+  const int overlay = cx->AddOverlayVariable(chart, list, CX_ROLE_Y);
 
   // Domains with intervals, sorts and references.
   const int domain = cx->AddDomain(chart, true);
@@ -49,25 +50,25 @@ TEST_F(VocabularyTest, EveryFamilyOfBuildersWritesAValidDocument) {
   const int graph = cx->AddFrame(chart, 0, str("graph_1"));
   const int frame = cx->AddFrame(chart, graph, str("data_1"));
   cx->AddLabel(chart, graph, str("title_1"), str("Every\\nbuilder"));
-  cx->AddCoordinateTransform(chart, frame, 30);  // transpose
+  cx->AddCoordinateTransform(chart, frame, CX_WORD_TRANSPOSE);
   const int facets = cx->AddCoordinateFacet(chart, frame);
   const int nest = cx->AddNest(chart, cx->AddCross(chart, facets));
-  cx->AddFacetVariable(chart, nest, 1, sex);
-  cx->AddFacetVariable(chart, cx->AddBlend(chart, nest), 2, city);
-  cx->AddFacetVariable(chart, cx->AddTableFacet(chart, frame), 1, sex);
+  cx->AddFacetVariable(chart, nest, CX_ROLE_X, sex);
+  cx->AddFacetVariable(chart, cx->AddBlend(chart, nest), CX_ROLE_Y, city);
+  cx->AddFacetVariable(chart, cx->AddTableFacet(chart, frame), CX_ROLE_X, sex);
   const int labeling = cx->AddFacetLabeling(chart, frame);
   cx->SetFacetLabelingCellAspect(chart, labeling, 1.5);
   const int facetLabel = cx->AddFacetLabel(chart, labeling, str("outer"), 1, true);
   cx->SetFacetLabelGap(chart, facetLabel, str("4"));
-  const int x = cx->AddDimension(chart, frame, 1, domain);
-  const int y = cx->AddDimension(chart, frame, 2, -1);
+  const int x = cx->AddDimension(chart, frame, CX_ROLE_X, domain);
+  const int y = cx->AddDimension(chart, frame, CX_ROLE_Y, -1);
   cx->SetDimensionDomain(chart, y, overlay);
   cx->SetDimensionLowerMargin(chart, y, str("5%"));
   cx->SetDimensionUpperMapping(chart, y, str("0.9"));
   cx->SetDimensionSameRatio(chart, y, false);
   cx->SetUnionDomain(chart, y);
   cx->SetFacetsDifferentScale(chart, y);
-  cx->SetDimensionScale(chart, y, 116, str("10"), true);  // log
+  cx->SetDimensionScale(chart, y, CX_WORD_LOG, str("10"), true);
   const int xAxis = cx->AddAxis(chart, x, str("axisx_1"), false);
   const int yAxis = cx->AddAxis(chart, y, -1, true);
   cx->AddMajorTicks(chart, xAxis, str("outside"), true, str("4"), str("-45"), true, str("2"));
@@ -77,7 +78,7 @@ TEST_F(VocabularyTest, EveryFamilyOfBuildersWritesAValidDocument) {
   cx->AddYOfXS(chart, frame, 1, 1.0, 2.0, false);
 
   const int group = cx->AddElementGroup(chart, frame, -1);
-  const int bars = cx->AddElement(chart, group, 20, str("bars_1"));  // interval
+  const int bars = cx->AddElement(chart, group, CX_WORD_INTERVAL, str("bars_1"));
   const int position = cx->AddPosition(chart, bars);
   cx->AddX(chart, position, sex);
   cx->AddY(chart, position, income);
@@ -88,16 +89,16 @@ TEST_F(VocabularyTest, EveryFamilyOfBuildersWritesAValidDocument) {
   cx->AddLabeling(chart, bars, income);
   cx->AddFacetStyle(chart, bars, str("cell"), -1);
   cx->SetElementName(chart, bars, str("Mean income"));
-  const int points = cx->AddElement(chart, frame, 23, -1);  // point
+  const int points = cx->AddElement(chart, frame, CX_WORD_POINT, -1);
   cx->AddX(chart, points, id);
   cx->AddY(chart, points, matrix);
   cx->AddColor(chart, points, sex);
   cx->AddStyleBy(chart, points, city);
   cx->SetElementDot(chart, points, str("dot"));
   cx->SetDisplayOverlappingLabels(chart, points, false);
-  const int binned = cx->AddBinnedElement(chart, frame, 23, str("binned_1"), id, income);
+  const int binned = cx->AddBinnedElement(chart, frame, CX_WORD_POINT, str("binned_1"), id, income);
   const int legend = cx->AddLegend(chart, graph, str("legend_1"));
-  cx->AddLegendTarget(chart, legend, points, -1, 35);
+  cx->AddLegendTarget(chart, legend, points, -1, CX_WORD_COLOR);
   cx->AddLegendTargetEx(chart, legend, bars, styleBy, str("bars"));
   for (const int handle : {matrix, overlay, domain, numbers, sort, frame, x, y, xAxis, yAxis, group,
                            bars, position, styleBy, points, binned, legend}) {

@@ -4,6 +4,7 @@
 
 #include <fstream>
 
+#include "chartxml/codes.h"
 #include "chartxml/host/Platform.h"
 
 namespace cxtest {
@@ -24,15 +25,15 @@ std::vector<FedColumn> colouredMeanScatter(ChartXml& cx, int chart, int source) 
   const int y = cx.AddVariable(chart, source, 0, false);      // id
   const int colour = cx.AddVariable(chart, source, 1, true);  // sex
   const int frame = cx.AddFrame(chart, 0, text(cx, "graph_1"));
-  const int point = cx.AddElement(chart, frame, 23, -1);
+  const int point = cx.AddElement(chart, frame, CX_WORD_POINT, -1);
   const int position = cx.AddPosition(chart, point);
   cx.AddY(chart, position, y);
   cx.AddX(chart, position, x);  // x goes ahead of y
   cx.AddColor(chart, point, colour);
-  EXPECT_GT(cx.AddStatistic(chart, point, 131), 0);  // "mean"
+  EXPECT_GT(cx.AddStatistic(chart, point, CX_WORD_MEAN), 0);
   const int domain = cx.AddDomain(chart, true);
   const int sort = cx.AddSort(chart, domain);
-  cx.SetSimpleSortMethod(chart, cx.AddSimpleSort(chart, sort), 26);  // "auto"
+  cx.SetSimpleSortMethod(chart, cx.AddSimpleSort(chart, sort), CX_WORD_AUTO);
   return {{x, 2}, {y, 0}, {colour, 1}};
 }
 
@@ -41,7 +42,7 @@ std::vector<FedColumn> matrixScatter(ChartXml& cx, int chart, int source) {
   const int sex = cx.AddVariable(chart, source, 1, true);
   const int city = cx.AddVariable(chart, source, 3, true);
   const int frame = cx.AddFrame(chart, 0, text(cx, "data_1"));  // comes with a facet labeling
-  cx.AddElement(chart, frame, 23, -1);
+  cx.AddElement(chart, frame, CX_WORD_POINT, -1);
   buildMatrixSkeleton(cx, chart, frame, sex, city);
   return {{sex, 1}, {city, 3}};
 }
@@ -57,12 +58,13 @@ std::vector<FedColumn> percentileScatter(ChartXml& cx, int chart, int source) {
   const int x = cx.AddVariable(chart, source, 0, false);
   const int y = cx.AddVariable(chart, source, 1, false);
   const int graph = cx.AddFrame(chart, 0, text(cx, "graph_1"));
-  cx.AddLabel(chart, graph, cx.StyleString(17, 1), text(cx, "Points"));
-  const int point = cx.AddElement(chart, graph, 23, -1);
+  cx.AddLabel(chart, graph, cx.StyleString(CX_WORD_TITLE, 1), text(cx, "Points"));
+  const int point = cx.AddElement(chart, graph, CX_WORD_POINT, -1);
   const int position = cx.AddPosition(chart, point);
   EXPECT_GT(cx.AddX(chart, position, x), 0);
   EXPECT_GT(cx.AddY(chart, position, y), 0);
-  EXPECT_EQ(cx.SetSummaryFunction(chart, y, 17, 90.0, 0.0), 17);  // percentile;90
+  EXPECT_EQ(cx.SetSummaryFunction(chart, y, CX_SUMMARY_PERCENTILE, 90.0, 0.0),
+            CX_SUMMARY_PERCENTILE);
   return {{x, 0}, {y, 1}};
 }
 
@@ -80,8 +82,8 @@ std::vector<FedColumn> polarPointsAndLine(ChartXml& cx, int chart, int source) {
   const int x = cx.AddVariable(chart, source, 0, false);
   const int y = cx.AddVariable(chart, source, 1, false);
   const int frame = cx.AddFrame(chart, 0, text(cx, "graph_1"));
-  EXPECT_GT(cx.AddCoordinateTransform(chart, frame, 31), 0);  // "polar"
-  for (const int type : {23, 21}) {                           // a point, a line
+  EXPECT_GT(cx.AddCoordinateTransform(chart, frame, CX_WORD_POLAR), 0);
+  for (const int type : {CX_WORD_POINT, CX_WORD_LINE}) {
     const int position = cx.AddPosition(chart, cx.AddElement(chart, frame, type, -1));
     cx.AddX(chart, position, x);
     cx.AddY(chart, position, y);
@@ -95,10 +97,10 @@ std::vector<FedColumn> labelledFacets(ChartXml& cx, int chart, int source) {
   const int income = cx.AddVariable(chart, source, 2, false);
   const int city = cx.AddVariable(chart, source, 3, true);
   const int frame = cx.AddFrame(chart, 0, text(cx, "graph_1"));
-  const int position = cx.AddPosition(chart, cx.AddElement(chart, frame, 23, -1));
+  const int position = cx.AddPosition(chart, cx.AddElement(chart, frame, CX_WORD_POINT, -1));
   cx.AddX(chart, position, id);
   cx.AddY(chart, position, income);
-  EXPECT_GT(cx.AddFacetVariable(chart, cx.AddCoordinateFacet(chart, frame), 1, city), 0);
+  EXPECT_GT(cx.AddFacetVariable(chart, cx.AddCoordinateFacet(chart, frame), CX_ROLE_X, city), 0);
   const int labeling = cx.AddFacetLabeling(chart, frame);
   EXPECT_EQ(cx.SetFacetLabelingCellAspect(chart, labeling, 1.0), labeling);
   EXPECT_GT(cx.AddFacetLabel(chart, labeling, -1, 1, true), 0);
@@ -135,11 +137,12 @@ void buildMatrixSkeleton(ChartXml& cx, int chart, int frame, int sex, int city) 
   const int mx = cx.AddMatrixVariable(chart, list1);
   const int my = cx.AddMatrixVariable(chart, list2);  // reuses the label variables
   const int labeling = cx.AddFacetLabeling(chart, frame);
-  const int sx = cx.StyleString(91, 1), sy = cx.StyleString(92, 1);
+  const int sx = cx.StyleString(CX_WORD_MATRIXSCATTERX, 1);
+  const int sy = cx.StyleString(CX_WORD_MATRIXSCATTERY, 1);
   cx.AddAxis(chart, cx.AddFacetLabel(chart, labeling, sx, 1, false), sx, false);
   cx.SetFacetLabelCellStyle(chart, cx.AddFacetLabel(chart, labeling, sy, 2, false), sy);
-  cx.AddDimension(chart, frame, 1, mx);
-  cx.AddDimension(chart, frame, 2, my);
+  cx.AddDimension(chart, frame, CX_ROLE_X, mx);
+  cx.AddDimension(chart, frame, CX_ROLE_Y, my);
 }
 
 void writePointsCsv(const std::string& path) {

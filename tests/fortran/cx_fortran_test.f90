@@ -102,7 +102,7 @@ program cx_fortran_test
 
   character(len=*), parameter :: csvPath = "cx_fortran_test.csv"
   character(len=4, kind=c_char), parameter :: procName = "FTST"
-  integer(c_int64_t), parameter :: nameLength = 4, none = -1, no = 0, one = 1, two = 2
+  integer(c_int64_t), parameter :: nameLength = 4, none = -1, no = 0, one = 1
   integer :: passed = 0, failed = 0, unit, row
   type(c_ptr) :: allOnes, dictionary
   integer(c_int64_t) :: chart, source, graph, frame, x, y, xDim, yDim, element, status
@@ -124,11 +124,13 @@ program cx_fortran_test
   y = cx_addvariable(chart, source, 1_c_int64_t, no)
   call check(x > 0 .and. y > x, "two variables")
 
-  ! Dimension number 4 names no dimension and makes nothing.
-  call check(cx_adddimensionaxis(chart, frame, 4_c_int64_t, none, no, xStyle, xAxis, none, none, &
-                                 none, none) == -1, "no dimension 4")
-  xDim = cx_adddimensionaxis(chart, frame, one, none, no, xStyle, xAxis, none, none, none, none)
-  yDim = cx_adddimensionaxis(chart, frame, two, none, no, yStyle, yAxis, none, none, none, none)
+  ! Dimension number 4, past z, names no dimension and makes nothing.
+  call check(cx_adddimensionaxis(chart, frame, CX_ROLE_Z + 1, none, no, xStyle, xAxis, none, &
+                                 none, none, none) == -1, "no dimension 4")
+  xDim = cx_adddimensionaxis(chart, frame, CX_ROLE_X, none, no, xStyle, xAxis, none, none, none, &
+                             none)
+  yDim = cx_adddimensionaxis(chart, frame, CX_ROLE_Y, none, no, yStyle, yAxis, none, none, none, &
+                             none)
   call check(xDim > 0 .and. yDim > xDim .and. xAxis > xDim .and. yAxis > yDim, "dimension axes")
   call check(cx_addxyelementex(chart, frame, one, CX_WORD_POINT, x, y, CX_WORD_ELEMENT, element) == element &
              .and. element > 0, "a point element")
