@@ -12,6 +12,7 @@
 #include "device/Devices.h"
 #include "scales/Palette.h"
 #include "scene/Cube.h"
+#include "scene/Marks.h"
 
 namespace chartxml::render {
 namespace {
@@ -153,6 +154,31 @@ TEST_F(RenderCube, PointsInsideTheCubeBecomeMarkersFarthestFirst) {
     EXPECT_EQ(mixed[i + 1].y, near.y);
     EXPECT_EQ(mixed[i + 1].color, categoryColor(grouped.pointGroup[i])) << i;
   }
+}
+
+// Size and transparency aesthetics reach 3-D markers as they reach flat ones:
+// the larger value draws the larger marker, the clearer case the fainter one.
+TEST_F(RenderCube, PointsTakeTheirSizeAndOpacity) {
+  Layer sized = layer({{5, 5, 10}, {5, 5, 0}});
+  const BoundColumn values;  // only its presence matters: the values are below
+  sized.sizes = &values;
+  sized.sizeLo = 1;
+  sized.sizeHi = 9;
+  sized.pointSize = {1, 9};
+  sized.transparency = &values;
+  sized.pointAlpha = {0.25, 1};
+  std::vector<const PointBatch*> batches;
+  const Scene scene = draw(content({&sized}));
+  for (const SceneItem& item : scene.items) {
+    if (const auto* batch = std::get_if<PointBatch>(&item)) batches.push_back(batch);
+  }
+  ASSERT_EQ(batches.size(), 2u);  // farthest (the small, faint one) first
+  EXPECT_LT(batches[0]->size, batches[1]->size);
+  EXPECT_DOUBLE_EQ(batches[1]->size, markerSize(sized, 9));
+  const Color faint = batches[0]->palette.at(0), solid = batches[1]->palette.at(0);
+  EXPECT_EQ(solid.a, 255);
+  EXPECT_EQ(faint.a, alphaOfStep(alphaStep(0.25)));  // the steps of flat markers
+  EXPECT_EQ(faint.r, solid.r);  // one group: the same colour at another opacity
 }
 
 TEST_F(RenderCube, DefaultCameraRunsXRightYUpAndZAway) {

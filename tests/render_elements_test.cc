@@ -389,6 +389,30 @@ TEST_F(RenderElements, LabelsShowTheValueEachMarkDraws) {
       document(kXY + variable("vn", "N", true), pointsWith("<labeling variable=\"vn\"/>"));
   EXPECT_EQ(texts(draw(points, "X,Y,N\n1,1,Ann\n2,3,Bob\n"), "mark-label"),
             (std::vector<std::string>{"Ann", "Bob"}));
+  // A size in the labeling sizes each point's text by its value, 8 to 16
+  // pixels; labels of summarised marks cannot take one, and say so.
+  const std::string sized =
+      document(kXY + variable("vn", "N", true) + variable("vs", "S", false),
+               pointsWith("<labeling variable=\"vn\"><size variable=\"vs\"/></labeling>"));
+  const std::string picture = draw(sized, "X,Y,N,S\n1,1,Ann,10\n2,3,Bob,30\n3,2,Cy,20\n");
+  EXPECT_EQ(renderer.skipped(), std::vector<std::string>{});
+  std::vector<std::string> fonts;
+  const std::regex font(R"re(class="mark-label"[^>]*font-size="([\d.]+)")re");
+  for (auto it = std::sregex_iterator(picture.begin(), picture.end(), font);
+       it != std::sregex_iterator(); ++it) {
+    fonts.push_back((*it)[1]);
+  }
+  EXPECT_EQ(fonts, (std::vector<std::string>{"8", "16", "12"})) << picture;
+  ASSERT_TRUE(load(
+      document(variable("vc", "C", true) + variable("vs", "S", false),
+               kAxes + "<element id=\"e\" type=\"interval\"><statistic method=\"mean\"/>"
+                       "<x variable=\"vc\"/><y variable=\"vs\"/><labeling><size variable=\"vs\"/>"
+                       "</labeling></element>"),
+      "C,S\na,4\nb,6\n"))
+      << renderer.error();
+  EXPECT_EQ(renderer.skipped(),
+            std::vector<std::string>{"size vs of the labels of element e (only the labels of "
+                                     "single cases take a size by a number)"});
   // A pie's slices: counts 3 and 1.
   const std::string pie =
       document(variable("vg", "G", true),

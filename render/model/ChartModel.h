@@ -78,6 +78,7 @@ struct Element {
   std::string weight;                     // variable id whose values weigh the cases
   bool labeled = false;                   // its marks show their values (a labeling)
   std::string labeling;                   // the labeling's variable id, if it names one
+  std::string labelSize;                  // variable id whose values size the labels' text
   bool hollow = false;                    // its style says "fill:transparent"
   bool hideCollidingLabels = false;       // a label overlapping one placed before is left out
   // A label colliding with one placed before first tries other places

@@ -589,6 +589,9 @@ class Builder {
       } else if (tag == "labeling") {
         element.labeled = true;
         element.labeling = variable;
+        for (const XmlNode& part : child.children) {
+          if (part.tag == "size") element.labelSize = part.attr("variable");
+        }
       } else if (tag == "label" || tag == "facetStyle") {
         // An element's name as a label, and styles of some of its panels
         // (the matrix's diagonal): drawn by the panels themselves.

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <map>
 
 #include "scales/Palette.h"
 #include "scene/Axes.h"
@@ -140,7 +141,7 @@ class CubeLayout {
 
   void drawPlanes(Scene& scene) const;
   void drawFrame(Scene& scene) const;
-  void drawPoints(Scene& scene, double markerSize) const;
+  void drawPoints(Scene& scene, double unsized) const;
   void drawAxes(Scene& scene) const;
 
   const CubeContent& content_;
@@ -472,22 +473,28 @@ std::size_t groupCount(const Layer& layer) {
   return layer.groups ? std::max<std::size_t>(1, layer.groups->categories.size()) : 1;
 }
 
-void CubeLayout::drawPoints(Scene& scene, double markerSize) const {
+// A 3-D point's look by the aesthetics of its layer: shape, marker size,
+// colour (group or gradient) and opacity.
+struct CubeMark {
+  double depth;
+  std::uint32_t layer;
+  float x, y;
+  MarkerShape shape;
+  double size;
+  Color color;
+};
+
+void CubeLayout::drawPoints(Scene& scene, double unsized) const {
   const AxisScale* sx = content_.axes[0].scale;
   const AxisScale* sy = content_.axes[1].scale;
   const AxisScale* sz = content_.axes[2].scale;
   if (!usable(sx) || !usable(sy) || !usable(sz)) return;
-  struct Mark {
-    double depth;
-    std::uint32_t layer;
-    std::uint16_t group;
-    float x, y;
-  };
-  std::vector<Mark> marks;
+  std::vector<CubeMark> marks;
   for (std::size_t l = 0; l < content_.layers.size(); ++l) {
     const Layer* layer = content_.layers[l];
     if (layer == nullptr || layer->kind != LayerKind::kPoints) continue;
     const std::size_t groups = groupCount(*layer);
+    const bool hollow = layer->element != nullptr && layer->element->hollow;
     const std::size_t n = std::min({layer->px.size(), layer->py.size(), layer->pz.size()});
     for (std::size_t p = 0; p < n; ++p) {
       const Point3 at{inCube(*sx, layer->px[p]), inCube(*sy, layer->py[p]),
@@ -495,53 +502,62 @@ void CubeLayout::drawPoints(Scene& scene, double markerSize) const {
       if (std::isnan(at[0]) || std::isnan(at[1]) || std::isnan(at[2])) continue;
       const Projected q = projection_.project(at[0], at[1], at[2]);
       const Vec px = pixel({q.x, -q.y});
-      const std::uint16_t group =
+      const std::size_t group =
           p < layer->pointGroup.size() && layer->pointGroup[p] < groups ? layer->pointGroup[p] : 0;
-      marks.push_back({q.depth, static_cast<std::uint32_t>(l), group, static_cast<float>(px.x),
-                       static_cast<float>(px.y)});
+      const MarkerShape shape = layer->styles && p < layer->pointStyle.size()
+                                    ? styleShape(*layer, layer->pointStyle[p])
+                                    : categoryShape(group, groups);
+      // Sizes snap to quarter pixels, so that neighbours in depth share batches.
+      const double size = layer->sizes && p < layer->pointSize.size()
+                              ? std::round(markerSize(*layer, layer->pointSize[p]) * 4) / 4
+                              : unsized;
+      const double shade = layer->shades && p < layer->pointShade.size()
+                               ? layer->pointShade[p]
+                               : std::numeric_limits<double>::quiet_NaN();
+      Color color = markColor(*layer, group, shade);
+      color.a = hollow ? 40 : content_.look.alpha;
+      if (layer->transparency && p < layer->pointAlpha.size()) {
+        color.a = static_cast<std::uint8_t>(
+            std::lround(color.a * alphaOfStep(alphaStep(layer->pointAlpha[p])) / 255.0));
+      }
+      marks.push_back({q.depth, static_cast<std::uint32_t>(l), static_cast<float>(px.x),
+                       static_cast<float>(px.y), shape, size, color});
     }
   }
   // Farthest first, so nearer markers cover farther ones; ties keep the data's order.
   std::stable_sort(marks.begin(), marks.end(),
-                   [](const Mark& a, const Mark& b) { return a.depth > b.depth; });
+                   [](const CubeMark& a, const CubeMark& b) { return a.depth > b.depth; });
 
-  // A batch holds one layer's markers of one shape; its palette holds the
-  // colours its markers use.
+  // A batch holds a run of markers of one layer, shape and size; its palette
+  // holds the colours they use, up to what a 16-bit index reaches.
+  constexpr std::size_t kPaletteLimit = 65536;
   PointBatch batch;
   std::uint32_t batchLayer = 0;
-  std::vector<int> paletteIndex;  // by group, in the batch's palette; -1: not yet in it
-  std::vector<std::uint16_t> used;
+  std::map<std::uint32_t, std::uint16_t> paletteIndex;  // by packed RGBA
   const auto flush = [&] {
     if (!batch.x.empty()) scene.items.emplace_back(std::move(batch));
     batch = {};
-    for (const std::uint16_t g : used) paletteIndex[g] = -1;
-    used.clear();
+    paletteIndex.clear();
   };
-  for (const Mark& mark : marks) {
-    const Layer& layer = *content_.layers[mark.layer];
-    const std::size_t groups = groupCount(layer);
-    const MarkerShape shape = categoryShape(mark.group, groups);
-    if (batch.x.empty() || mark.layer != batchLayer || shape != batch.shape) {
+  for (const CubeMark& mark : marks) {
+    if (batch.x.empty() || mark.layer != batchLayer || mark.shape != batch.shape ||
+        mark.size != batch.size || batch.palette.size() == kPaletteLimit) {
       flush();
       batchLayer = mark.layer;
-      if (paletteIndex.size() < groups) paletteIndex.resize(groups, -1);
-      batch.shape = shape;
-      batch.size = markerSize;
+      batch.shape = mark.shape;
+      batch.size = mark.size;
       batch.role = "mark point";
       if (content_.look.outlined) batch.outline = {kOutline, 0.6, {}, false};
     }
-    int& index = paletteIndex[mark.group];
-    if (index < 0) {
-      index = static_cast<int>(batch.palette.size());
-      used.push_back(mark.group);
-      Color color = groupColor(layer, mark.group);
-      const bool hollow = layer.element != nullptr && layer.element->hollow;
-      color.a = hollow ? 40 : content_.look.alpha;
-      batch.palette.push_back(color);
-    }
+    const Color& c = mark.color;
+    const std::uint32_t key =
+        std::uint32_t{c.r} << 24 | std::uint32_t{c.g} << 16 | std::uint32_t{c.b} << 8 | c.a;
+    const auto [entry, added] =
+        paletteIndex.try_emplace(key, static_cast<std::uint16_t>(batch.palette.size()));
+    if (added) batch.palette.push_back(c);
     batch.x.push_back(mark.x);
     batch.y.push_back(mark.y);
-    batch.colorIndex.push_back(static_cast<std::uint16_t>(index));
+    batch.colorIndex.push_back(entry->second);
   }
   flush();
 }

@@ -503,7 +503,7 @@ void drawLabels(Scene& scene, const Layer& layer, const PanelView& view, LabelRo
     const MarkLabel& label = layer.labels[i];
     TextItem item;
     item.text = label.text;
-    item.font = kMarkLabelFont;
+    item.font = label.size > 0 ? Font{label.size, false} : kMarkLabelFont;
     item.color = kTextColor;
     if (onTiles) {
       const Tile& tile = layer.tiles[i];

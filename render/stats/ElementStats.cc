@@ -1404,6 +1404,7 @@ class LayerMaker {
   std::string labelOfRow(std::uint32_t row) {
     if (!labelingBound_) {
       labelingBound_ = true;
+      bindLabelSize(layer_);
       const std::string& id = element_.labeling;
       const std::string* y = element_.position(Role::kY);
       const Variable* variable = id.empty() ? nullptr : model_.variable(id);
@@ -1417,6 +1418,7 @@ class LayerMaker {
         }
       }
     }
+    if (labelSizeColumn_ != nullptr) pointLabelSizes_.push_back(labelSizeColumn_->numbers[row]);
     if (labelColumn_ == nullptr) return valueText(positionOf(*layer_.y, row));
     if (labelColumn_->categorical) {
       const int code = labelColumn_->codes[row];
@@ -1426,8 +1428,43 @@ class LayerMaker {
     return formatValue(labelColumn_->numbers[row], labelColumn_->variable->format);
   }
 
+  // The labeling's size variable, read for raw points' labels only: a
+  // summarised mark stands for many cases, of many sizes.
+  void bindLabelSize(const Layer& layer) {
+    const std::string& id = element_.labelSize;
+    if (id.empty() || labelSizeBound_) return;
+    labelSizeBound_ = true;
+    const Variable* variable = model_.variable(id);
+    std::string problem;
+    if (layer.kind == LayerKind::kPoints && !layer.summary && variable != nullptr &&
+        !variable->categorical && !variable->derived) {
+      labelSizeColumn_ = binder_.bind(id, false, problem);
+      if (labelSizeColumn_ != nullptr && labelSizeColumn_->rows() == rowCount_) return;
+    }
+    labelSizeColumn_ = nullptr;
+    model_.skip("size " + id + " of the labels of element " + element_.id +
+                " (only the labels of single cases take a size by a number)");
+  }
+
+  // Label text from 8 to 16 pixels over the size variable's range; a label
+  // whose size is missing keeps the default.
+  void sizeLabels(std::vector<MarkLabel>& labels) const {
+    constexpr double kSmallest = 8, kLargest = 16;
+    double lo = std::numeric_limits<double>::infinity(), hi = -lo;
+    for (const double value : pointLabelSizes_) {
+      if (std::isfinite(value)) lo = std::min(lo, value), hi = std::max(hi, value);
+    }
+    for (std::size_t i = 0; i < labels.size() && i < pointLabelSizes_.size(); ++i) {
+      const double value = pointLabelSizes_[i];
+      if (!std::isfinite(value)) continue;
+      const double share = hi > lo ? (value - lo) / (hi - lo) : 0.5;
+      labels[i].size = kSmallest + (kLargest - kSmallest) * share;
+    }
+  }
+
   // Each mark's label, at the mark: the value it draws.
   void labelMarks(Layer& layer) {
+    bindLabelSize(layer);        // reports a size that the marks' labels cannot take
     const Layer& marks = layer;  // reads positions without copying a view
     const auto add = [&](double x, double y, double value) {
       if (std::isfinite(x) && std::isfinite(y) && std::isfinite(value)) {
@@ -1440,6 +1477,7 @@ class LayerMaker {
           for (std::size_t i = 0; i < marks.px.size(); ++i) {
             layer.labels.push_back({marks.px[i], marks.py[i], pointLabels_[i]});
           }
+          if (pointLabelSizes_.size() == pointLabels_.size()) sizeLabels(layer.labels);
         } else {
           for (std::size_t i = 0; i < marks.px.size(); ++i)
             add(marks.px[i], marks.py[i], marks.py[i]);
@@ -1551,6 +1589,9 @@ class LayerMaker {
   std::map<std::pair<double, int>, CaseMeans> means_;  // by the cells of the last gather
   bool labelingBound_ = false;
   const BoundColumn* labelColumn_ = nullptr;
+  const BoundColumn* labelSizeColumn_ = nullptr;
+  bool labelSizeBound_ = false;
+  std::vector<double> pointLabelSizes_;  // the size variable's value of each raw point's label
 };
 
 }  // namespace

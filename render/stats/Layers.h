@@ -90,6 +90,7 @@ struct ContourLine {
 struct MarkLabel {
   double x = 0, y = 0;
   std::string text;
+  double size = 0;  // the text's size in pixels by the labeling's size variable; 0: the default
 };
 
 // A column the statistics make for a layer of their own: the one category
