@@ -3,7 +3,7 @@
 #   make test   installs what is missing, builds everything, and runs every test
 # and for CI, `make format-check` (clang-format clean), `make test-sanitize`
 # (the tests under the sanitizers), `make test-clang` (the tests built with
-# clang) and `make fuzz` (the fuzz targets of fuzz/, built with clang,
+# clang, under its sanitizers) and `make fuzz` (the fuzz targets of fuzz/, built with clang,
 # FUZZ_SECONDS each). Warnings are errors unless WERROR=OFF.
 BUILD ?= build
 ASAN_BUILD ?= build-asan
@@ -45,22 +45,25 @@ test: build
 # The same suites under AddressSanitizer and UndefinedBehaviorSanitizer. The
 # slow unwinder lets the suppressions of tests/lsan.supp see into the system's
 # libraries, which are built without frame pointers.
+SANITIZER_ENV = ASAN_OPTIONS=detect_leaks=1:abort_on_error=1:fast_unwind_on_malloc=0 \
+  LSAN_OPTIONS=suppressions=$(CURDIR)/tests/lsan.supp:print_suppressions=0 \
+  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
+
 test-sanitize: deps
 	cmake -S . -B $(ASAN_BUILD) -DCMAKE_BUILD_TYPE=Debug -DCHARTXML_SANITIZE=ON -DCHARTXML_BUILD_BENCH=OFF \
 	  -DCHARTXML_WERROR=$(WERROR)
 	cmake --build $(ASAN_BUILD) -j $(JOBS)
-	ASAN_OPTIONS=detect_leaks=1:abort_on_error=1:fast_unwind_on_malloc=0 \
-	  LSAN_OPTIONS=suppressions=$(CURDIR)/tests/lsan.supp:print_suppressions=0 \
-	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
-	  ctest --test-dir $(ASAN_BUILD) --output-on-failure -j $(JOBS)
+	$(SANITIZER_ENV) ctest --test-dir $(ASAN_BUILD) --output-on-failure -j $(JOBS)
 
-# The suites built with clang as well, whose warnings differ from gcc's. Release
-# (no debug info) and no benchmarks, to keep CI short.
+# The suites built with clang as well, whose warnings and sanitizers differ
+# from gcc's: under AddressSanitizer and UndefinedBehaviorSanitizer too.
+# Optimised (no debug info) and no benchmarks, to keep CI short.
 test-clang: deps
 	cmake -S . -B $(CLANG_BUILD) -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
-	  -DCMAKE_BUILD_TYPE=Release -DCHARTXML_BUILD_BENCH=OFF -DCHARTXML_WERROR=$(WERROR)
+	  -DCMAKE_BUILD_TYPE=Release -DCHARTXML_SANITIZE=ON -DCHARTXML_BUILD_BENCH=OFF \
+	  -DCHARTXML_WERROR=$(WERROR)
 	cmake --build $(CLANG_BUILD) -j $(JOBS)
-	ctest --test-dir $(CLANG_BUILD) --output-on-failure -j $(JOBS)
+	$(SANITIZER_ENV) ctest --test-dir $(CLANG_BUILD) --output-on-failure -j $(JOBS)
 
 # libFuzzer targets (fuzz/): the CX_ call sequences, the CSV reader and its
 # dictionary, and the document check. Built with clang in $(FUZZ_BUILD)/ (the
