@@ -11,7 +11,7 @@ CLANG_BUILD ?= build-clang
 FUZZ_BUILD ?= build-fuzz
 WERROR ?= ON
 FUZZ_SECONDS ?= 45
-FUZZ_TARGETS ?= cx csv check
+FUZZ_TARGETS ?= cx csv check xml
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
 

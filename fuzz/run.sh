@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Runs fuzz targets built in BUILD (make fuzz builds them), each for SECONDS:
-#   fuzz/run.sh BUILD SECONDS [TARGET...]     targets: cx csv check (default all)
+#   fuzz/run.sh BUILD SECONDS [TARGET...]     targets: cx csv check xml (default all)
 #
 # Each target starts from its seeds (fuzz/corpus/TARGET, copied into
 # BUILD/corpus/TARGET, where what it finds to keep grows from run to run; the
@@ -19,7 +19,7 @@ build=$(cd "$1" && pwd)
 seconds=$2
 shift 2
 targets=("$@")
-[ ${#targets[@]} -gt 0 ] || targets=(cx csv check)
+[ ${#targets[@]} -gt 0 ] || targets=(cx csv check xml)
 root=$(cd "$(dirname "$0")/.." && pwd)
 
 # Sanitizer reports end the run with a stack; the suppressions are the test

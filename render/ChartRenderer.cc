@@ -8,11 +8,11 @@
 #include <map>
 #include <set>
 
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "chartxml/chartxml_host.h"
 #include "chartxml/render.h"
 #include "device/Devices.h"
 #include "model/ModelBuilder.h"
@@ -89,6 +89,44 @@ bool writeWhole(const std::string& path, const std::string& bytes, std::string& 
   }
   return true;
 }
+
+// The host's record of sent charts, found in the process at run time: the
+// renderer does not link the host (nor the XML library and all that it
+// loads), but a process that sends charts has the host loaded. The handle
+// keeps the host loaded while a chart is read from it.
+class SentCharts {
+ public:
+  using Count = int (*)();
+  using Xml = const char* (*)(int);
+  using Csv = const char* (*)(int, const char*);
+
+  SentCharts() : handle_(dlopen(CHARTXML_HOST_SONAME, RTLD_NOW | RTLD_NOLOAD)) {
+    count = reinterpret_cast<Count>(symbol("cxh_sent_count"));
+    xml = reinterpret_cast<Xml>(symbol("cxh_sent_xml"));
+    csv = reinterpret_cast<Csv>(symbol("cxh_sent_data_csv"));
+  }
+  ~SentCharts() {
+    if (handle_) dlclose(handle_);
+  }
+  SentCharts(const SentCharts&) = delete;
+  SentCharts& operator=(const SentCharts&) = delete;
+
+  bool found() const { return count && xml && csv; }
+
+  Count count = nullptr;
+  Xml xml = nullptr;
+  Csv csv = nullptr;
+
+ private:
+  // A host linked into the program itself, or loaded under another name,
+  // is found among the global symbols.
+  void* symbol(const char* name) const {
+    void* found = handle_ ? dlsym(handle_, name) : nullptr;
+    return found ? found : dlsym(RTLD_DEFAULT, name);
+  }
+
+  void* handle_;
+};
 
 }  // namespace
 
@@ -247,17 +285,22 @@ bool ChartRenderer::loadText(std::string_view text, const std::string& name,
 }
 
 bool ChartRenderer::loadSent(int i) {
-  if (i < 0 || i >= cxh_sent_count()) {
+  const SentCharts sent;
+  if (!sent.found()) {
+    return impl_->fail("no sent chart " + std::to_string(i) +
+                       ": the host library is not loaded in this process");
+  }
+  if (i < 0 || i >= sent.count()) {
     return impl_->fail("no sent chart " + std::to_string(i) + ": the host holds " +
-                       std::to_string(cxh_sent_count()));
+                       std::to_string(sent.count()));
   }
   const std::string name = "sent chart " + std::to_string(i);
   // The host keeps the texts until its next sent chart: read in place.
-  const char* document = cxh_sent_xml(i);
+  const char* document = sent.xml(i);
   return impl_->loadView(
       document, name,
-      [i](const std::string& source, Impl::SourceStore&) -> std::optional<std::string_view> {
-        const char* csv = cxh_sent_data_csv(i, source.c_str());
+      [i, &sent](const std::string& source, Impl::SourceStore&) -> std::optional<std::string_view> {
+        const char* csv = sent.csv(i, source.c_str());
         if (csv == nullptr) return std::nullopt;
         return std::string_view(csv);
       });

@@ -1,7 +1,8 @@
-// Reading a chart document: the text is parsed by the same safe parser as the
-// host uses (no DTD, no external entity, bounded nesting) and copied into a
-// small tree of UTF-8 strings that the model stage reads without touching
-// the XML library.
+// Reading a chart document: a small, strict, non-validating reader of
+// XML 1.0 in UTF-8 fills a tree of UTF-8 strings that the model stage reads.
+// It resolves no entity but the predefined ones, refuses any DOCTYPE, bounds
+// the nesting and recurses nowhere, so that the renderer needs no XML library
+// (and none of what one loads) to draw a chart.
 #pragma once
 
 #include <optional>
@@ -15,8 +16,10 @@ namespace chartxml::render {
 struct XmlNode {
   std::string tag;
   std::vector<std::pair<std::string, std::string>> attributes;  // in document order
-  std::string text;                                             // the element's own text content
-  std::vector<XmlNode> children;                                // elements only
+  // The element's own character data (text and CDATA sections, whitespace
+  // included), in document order, without that of its children.
+  std::string text;
+  std::vector<XmlNode> children;  // elements only
 
   // The attribute's value, or nothing when it is absent.
   const std::string* find(std::string_view name) const;
@@ -26,9 +29,10 @@ struct XmlNode {
   const XmlNode* child(std::string_view tag) const;
 };
 
-// Parses `text`. Nothing, with `error` set ("not well formed at line L,
-// column C: ..." or "DOCTYPE is not allowed ..."), when the text is not a
-// well-formed document or nests too deep.
+// Parses `text`. Nothing, with `error` set ("XML is not well-formed at line
+// L, column C: ...", "DOCTYPE is not allowed ...", "XML version ... is not
+// supported ..." or "elements nest deeper than N levels ..."), when the text
+// is not a well-formed document or nests too deep.
 std::optional<XmlNode> parseXml(std::string_view text, std::string& error);
 
 }  // namespace chartxml::render

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdio>
 
 namespace chartxml::cli {
 namespace {
@@ -30,6 +31,12 @@ std::string validOptions(std::span<const Option> options) {
 }
 
 }  // namespace
+
+int complain(std::string_view command, std::string_view message, int status) {
+  std::fprintf(stderr, "chartxml %.*s: %.*s\n", static_cast<int>(command.size()), command.data(),
+               static_cast<int>(message.size()), message.data());
+  return status;
+}
 
 bool Parsed::has(std::string_view flag) const {
   return std::find(flags.begin(), flags.end(), flag) != flags.end();

@@ -16,6 +16,9 @@ inline constexpr int kExitOk = 0;
 inline constexpr int kExitFailure = 1;  // the data, a file or the library refused
 inline constexpr int kExitUsage = 2;    // the command line is wrong
 
+// Writes "chartxml COMMAND: MESSAGE" to standard error and returns `status`.
+int complain(std::string_view command, std::string_view message, int status);
+
 struct Option {
   std::string_view name;     // without the leading "--"
   std::string_view value;    // what the value is called in help ("" for a flag)

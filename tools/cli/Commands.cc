@@ -13,12 +13,6 @@
 
 namespace chartxml::cli {
 
-int complain(std::string_view command, std::string_view message, int status) {
-  std::fprintf(stderr, "chartxml %.*s: %.*s\n", static_cast<int>(command.size()), command.data(),
-               static_cast<int>(message.size()), message.data());
-  return status;
-}
-
 bool useOutputFolder(const std::string& dir, std::string& error) {
   std::error_code ec;
   std::filesystem::create_directories(dir, ec);

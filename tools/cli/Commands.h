@@ -9,15 +9,14 @@
 #include <string_view>
 #include <vector>
 
+#include "cli/Args.h"
+
 namespace chartxml::cli {
 
 int runDemo(std::span<char* const> args);
 int runPlot(std::span<char* const> args);
 int runCheck(std::span<char* const> args);
 int runRender(std::span<char* const> args);
-
-// Writes "chartxml COMMAND: MESSAGE" to standard error and returns `status`.
-int complain(std::string_view command, std::string_view message, int status);
 
 // Makes the output folder (and its parents) and has the host write sent
 // charts there. False, with `error` set, when it cannot be made.
