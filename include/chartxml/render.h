@@ -54,7 +54,9 @@ CHARTXML_RENDER_EXPORT int cxr_render_file(const char* document_path, const char
                                            const char* output_path, const cxr_options* options);
 
 /* Draws the I-th chart the host has been sent (0 the oldest, as
- * cxh_sent_xml) into OUTPUT_PATH. */
+ * cxh_sent_xml) into OUTPUT_PATH. The renderer does not link the host: it
+ * finds the host library loaded in the process, and fails with a message
+ * when there is none. */
 CHARTXML_RENDER_EXPORT int cxr_render_sent(int i, const char* output_path,
                                            const cxr_options* options);
 
