@@ -41,16 +41,9 @@ class RenderWholeCharts : public cxtest::FacadeTest,
 
 TEST_P(RenderWholeCharts, AreDrawnWithNothingLeftOutButTheirKnownGaps) {
   const cxtest::WholeChart& whole = cxtest::wholeChart(GetParam());
-  const std::string path = whole.data(cxtest::scratchDir("render-whole"));
-  VORN_DataSource* data = cxtest::openCsv(path.c_str());
-  ASSERT_NE(data, nullptr) << path;
   cxh_clear_sent();
-  const int chart = newChart();
-  cx->SetDataSource(chart, data);
-  const int source = cx->AddSource(chart);
-  cxtest::feedRows(*cx, chart, source, *data, whole.build(*cx, chart, source));
-  const int ended = cx->EndChart(chart);
-  cxh_close(data);
+  const int ended =
+      cxtest::sendWholeChart(*cx, newChart(), whole, cxtest::scratchDir("render-whole"));
   ASSERT_EQ(ended, 0) << ::testing::PrintToString(cxtest::messages());
   ASSERT_EQ(cxh_sent_count(), 1);
   const std::string xml = cxh_sent_xml(0);

@@ -215,16 +215,9 @@ class RenderXmlSent : public cxtest::FacadeTest,
 
 TEST_P(RenderXmlSent, ReadsAsAFullParserReadsIt) {
   const cxtest::WholeChart& whole = GetParam();
-  const std::string path = whole.data(cxtest::scratchDir("render-xml"));
-  VORN_DataSource* data = cxtest::openCsv(path.c_str());
-  ASSERT_NE(data, nullptr) << path;
   cxh_clear_sent();
-  const int chart = newChart();
-  cx->SetDataSource(chart, data);
-  const int source = cx->AddSource(chart);
-  cxtest::feedRows(*cx, chart, source, *data, whole.build(*cx, chart, source));
-  const int ended = cx->EndChart(chart);
-  cxh_close(data);
+  const int ended =
+      cxtest::sendWholeChart(*cx, newChart(), whole, cxtest::scratchDir("render-xml"));
   ASSERT_EQ(ended, 0);
   ASSERT_EQ(cxh_sent_count(), 1);
   const std::string xml = cxh_sent_xml(0);

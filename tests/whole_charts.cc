@@ -6,6 +6,7 @@
 
 #include "chartxml/codes.h"
 #include "chartxml/host/Platform.h"
+#include "test_support.h"
 
 namespace cxtest {
 namespace {
@@ -169,6 +170,18 @@ void feedRows(ChartXml& cx, int chart, int source, VORN_DataSource& data,
       }
     }
   }
+}
+
+int sendWholeChart(ChartXml& cx, int chart, const WholeChart& whole, const std::string& folder) {
+  const std::string path = whole.data(folder);
+  VORN_DataSource* data = openCsv(path.c_str());
+  if (data == nullptr) return -2;
+  cx.SetDataSource(chart, data);
+  const int source = cx.AddSource(chart);
+  feedRows(cx, chart, source, *data, whole.build(cx, chart, source));
+  const int ended = cx.EndChart(chart);
+  cxh_close(data);
+  return ended;
 }
 
 }  // namespace cxtest

@@ -49,6 +49,11 @@ void writePointsCsv(const std::string& path);
 void feedRows(ChartXml& cx, int chart, int source, VORN_DataSource& data,
               const std::vector<FedColumn>& columns);
 
+// Builds `whole` in `chart` over its data (written into `folder`), feeds its
+// rows and ends it, so that the host holds it as sent: EndChart's result, or
+// -2 when the data cannot be opened.
+int sendWholeChart(ChartXml& cx, int chart, const WholeChart& whole, const std::string& folder);
+
 }  // namespace cxtest
 
 #endif  // CHARTXML_TESTS_WHOLE_CHARTS_H_
