@@ -152,6 +152,19 @@ TEST_F(ChartDocument, PrinterWritesIndentedUtf8ThatParsesBackToTheSameValues) {
   EXPECT_EQ(cxh_report_count(), 0);
 }
 
+// What XML cannot carry, even as a reference, and surrogates without their
+// partners print as U+FFFD; a pair prints as its one character.
+TEST_F(ChartDocument, PrinterReplacesWhatXmlCannotCarry) {
+  const std::u16string bad{u'a', 0x01, u'b', 0xD800, u'c', 0xDC00, 0xFFFF, 0xD83D, 0xDE00, 0xD83D};
+  const std::string r = "\xEF\xBF\xBD";
+  const std::string shown = "a" + r + "b" + r + "c" + r + r + "\xF0\x9F\x98\x80" + r;
+  Doc d;
+  ChartBase::AddAttribute(d.root(), u"v", bad.c_str());
+  d.add(d.root(), u"t", bad.c_str());
+  EXPECT_EQ(print(d.root(), false),
+            "<visualization v=\"" + shown + "\"><t>" + shown + "</t></visualization>");
+}
+
 TEST_F(ChartDocument, PrinterHandlesTreesDeeperThanTheCallStack) {
   // Built from the bottom up: appending a detached chain keeps each DOM
   // insertion's ancestor check short.

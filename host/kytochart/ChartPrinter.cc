@@ -35,48 +35,76 @@ bool isForbidden(char16_t c) {
   return (c < 0x20 && c != '\t' && c != '\n' && c != '\r') || c == 0xFFFE || c == 0xFFFF;
 }
 
+// The reference that stands for `c` in escaped text, or null.
+const char* referenceFor(char16_t c, Escape escape) {
+  switch (c) {
+    case '&':
+      return "&amp;";
+    case '<':
+      return "&lt;";
+    case '>':
+      return "&gt;";
+    // A parser turns a literal CR into LF, and in attributes also LF and tab
+    // into spaces; references keep them.
+    case '\r':
+      return "&#13;";
+    case '"':
+      return escape == Escape::kAttribute ? "&quot;" : nullptr;
+    case '\n':
+      return escape == Escape::kAttribute ? "&#10;" : nullptr;
+    case '\t':
+      return escape == Escape::kAttribute ? "&#9;" : nullptr;
+    default:
+      return nullptr;
+  }
+}
+
+void appendCodePoint(std::string& out, char32_t c) {
+  if (c < 0x800) {
+    out += static_cast<char>(0xC0 | (c >> 6));
+  } else {
+    if (c < 0x10000) {
+      out += static_cast<char>(0xE0 | (c >> 12));
+    } else {
+      out += static_cast<char>(0xF0 | (c >> 18));
+      out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
+    }
+    out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+  }
+  out += static_cast<char>(0x80 | (c & 0x3F));
+}
+
+// Escapes and converts to UTF-8 in one pass, straight into `out`: a
+// document's names and values are mostly ASCII, copied byte for byte. A
+// surrogate without its partner becomes U+FFFD, as the text conversion does.
 void appendEscaped(std::string& out, const XMLCh* text, Escape escape) {
   if (!text) return;
-  std::u16string escaped;
-  for (; *text; ++text) {
-    const char16_t c = *text;
-    if (escape != Escape::kNone) {
-      const char16_t* reference = nullptr;
-      switch (c) {
-        case '&':
-          reference = u"&amp;";
-          break;
-        case '<':
-          reference = u"&lt;";
-          break;
-        case '>':
-          reference = u"&gt;";
-          break;
-        // A parser turns a literal CR into LF, and in attributes also LF and
-        // tab into spaces; references keep them.
-        case '\r':
-          reference = u"&#13;";
-          break;
-        case '"':
-          if (escape == Escape::kAttribute) reference = u"&quot;";
-          break;
-        case '\n':
-          if (escape == Escape::kAttribute) reference = u"&#10;";
-          break;
-        case '\t':
-          if (escape == Escape::kAttribute) reference = u"&#9;";
-          break;
-        default:
-          break;
+  constexpr char32_t kReplacement = 0xFFFD;
+  for (const XMLCh* p = text; *p; ++p) {
+    const char16_t c = *p;
+    if (c < 0x80) {
+      if (escape != Escape::kNone) {
+        if (const char* reference = referenceFor(c, escape)) {
+          out += reference;
+          continue;
+        }
       }
-      if (reference) {
-        escaped += reference;
-        continue;
+      if (isForbidden(c)) {
+        appendCodePoint(out, kReplacement);
+      } else {
+        out += static_cast<char>(c);
       }
+      continue;
     }
-    escaped += isForbidden(c) ? char16_t{0xFFFD} : c;
+    char32_t code = c;
+    if (c >= 0xD800 && c <= 0xDBFF && p[1] >= 0xDC00 && p[1] <= 0xDFFF) {
+      code = 0x10000 + ((char32_t{c} - 0xD800) << 10) + (char32_t{p[1]} - 0xDC00);
+      ++p;
+    } else if ((c >= 0xD800 && c <= 0xDFFF) || isForbidden(c)) {
+      code = kReplacement;
+    }
+    appendCodePoint(out, code);
   }
-  ChartString::appendUTF8(escaped, out);
 }
 
 // Comment and PI texts cannot be escaped; break up the sequences that would
