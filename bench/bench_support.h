@@ -74,6 +74,14 @@ inline bool check(const std::string& what, double value, double limit, const cha
   return ok;
 }
 
+// The same for a figure that must reach its goal (a speed).
+inline bool checkAtLeast(const std::string& what, double value, double limit, const char* unit) {
+  const bool ok = value >= limit;
+  std::printf("%-52s %10.4g %-8s (target >= %g) %s\n", what.c_str(), value, unit, limit,
+              ok ? "ok" : "MISSED");
+  return ok;
+}
+
 // Prints the verdict over every goal; the program's exit status.
 inline int verdict(bool ok) {
   std::printf("\n%s\n", ok ? "all targets met" : "some targets MISSED");

@@ -3,13 +3,14 @@
 # Does nothing (and needs no network) when they are all present. Chromium
 # is for the test that opens the demo's gallery page in a real browser; clang,
 # its runtime libraries (libFuzzer, the sanitizers) and llvm's symbolizer are
-# for `make fuzz` and `make test-clang`; clang-format for `make format-check`.
+# for `make fuzz` and `make test-clang`; clang-format for `make format-check`;
+# pugixml is the document printer benchmark's anchor.
 set -euo pipefail
 
 packages=(
   build-essential cmake pkg-config
   libxerces-c-dev libicu-dev nlohmann-json3-dev
-  libgtest-dev libgmock-dev libbenchmark-dev
+  libgtest-dev libgmock-dev libbenchmark-dev libpugixml-dev
   gfortran
   libcairo2-dev libpango1.0-dev zlib1g-dev fonts-dejavu-core fonts-noto-cjk
   chromium

@@ -5,7 +5,8 @@
 // small chart takes to draw.
 #pragma once
 
-// The module's file, found through the tool's run path.
+// The module's file: beside the tool in the build tree, in the libraries'
+// folder of an install (CHARTXML_COMMANDS_FROM_BINDIR from the tool's).
 #define CHARTXML_COMMANDS_MODULE "libchartxml_commands.so"
 
 extern "C" {

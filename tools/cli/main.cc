@@ -4,9 +4,11 @@
 
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "cli/Args.h"
 #include "cli/Commands.h"
@@ -30,17 +32,45 @@ constexpr const char* kUsage =
     "'chartxml COMMAND --help' tells a command's options. Exit status: 0 done,\n"
     "1 the data, a file or the library refused, 2 the command line is wrong.\n";
 
+// Loads the commands module: beside the tool (the build tree), then where an
+// install puts it relative to the tool, then wherever the loader looks. The
+// tool's folder is asked of the kernel, since a sanitizer's runtime that
+// intercepts dlopen hides the tool's run path from the loader. Null, with
+// `why` set, when no attempt loads it.
+void* loadCommandsModule(std::string& why) {
+  std::vector<std::filesystem::path> places;
+  std::error_code error;
+  const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", error);
+  if (!error) {
+    const std::filesystem::path folder = self.parent_path();
+    places.push_back(folder / CHARTXML_COMMANDS_MODULE);
+    const std::filesystem::path libraries = CHARTXML_COMMANDS_FROM_BINDIR;
+    places.push_back((libraries.is_absolute() ? libraries : folder / libraries) /
+                     CHARTXML_COMMANDS_MODULE);
+  }
+  for (const std::filesystem::path& place : places) {
+    if (!std::filesystem::exists(place, error)) continue;
+    if (void* module = dlopen(place.c_str(), RTLD_NOW | RTLD_GLOBAL)) return module;
+    const char* text = dlerror();
+    why = text ? text : place.string() + " does not load";
+    return nullptr;
+  }
+  if (void* module = dlopen(CHARTXML_COMMANDS_MODULE, RTLD_NOW | RTLD_GLOBAL)) return module;
+  const char* text = dlerror();
+  why = text ? text : "it is not found";
+  return nullptr;
+}
+
 // Runs one of the commands of the commands module, loaded now. The module
 // stays loaded until the process ends: the library's and the host's
 // teardown runs at exit, as it would in a tool linked with them.
 int runFromModule(std::string_view command, std::span<char* const> rest) {
   using namespace chartxml::cli;
   const std::string name(command);
-  void* module = dlopen(CHARTXML_COMMANDS_MODULE, RTLD_NOW | RTLD_GLOBAL);
+  std::string why;
+  void* module = loadCommandsModule(why);
   if (module == nullptr) {
-    const char* why = dlerror();
-    return complain(name, std::string("cannot load the commands module: ") + (why ? why : "?"),
-                    kExitFailure);
+    return complain(name, "cannot load the commands module: " + why, kExitFailure);
   }
   auto version = reinterpret_cast<chartxml_commands_version_fn>(
       dlsym(module, CHARTXML_COMMANDS_VERSION_SYMBOL));
