@@ -1,6 +1,7 @@
 #include "chartxml/host/ChartPrinter.h"
 
 #include <algorithm>
+#include <array>
 #include <exception>
 #include <string>
 #include <vector>
@@ -31,12 +32,12 @@ bool isBlankText(const XMLCh* text) {
 
 // Characters that XML 1.0 cannot carry even as references become U+FFFD;
 // surrogates are left for the UTF-8 conversion to pair or replace.
-bool isForbidden(char16_t c) {
+constexpr bool isForbidden(char16_t c) {
   return (c < 0x20 && c != '\t' && c != '\n' && c != '\r') || c == 0xFFFE || c == 0xFFFF;
 }
 
 // The reference that stands for `c` in escaped text, or null.
-const char* referenceFor(char16_t c, Escape escape) {
+constexpr const char* referenceFor(char16_t c, Escape escape) {
   switch (c) {
     case '&':
       return "&amp;";
@@ -74,31 +75,55 @@ void appendCodePoint(std::string& out, char32_t c) {
   out += static_cast<char>(0x80 | (c & 0x3F));
 }
 
+// Whether an ASCII character stands for itself in text of that escape: no
+// reference replaces it and XML can carry it.
+constexpr bool standsForItself(char16_t c, Escape escape) {
+  if (c >= 0x80 || isForbidden(c)) return false;
+  return escape == Escape::kNone || referenceFor(c, escape) == nullptr;
+}
+
+template <Escape kEscape>
+constexpr std::array<bool, 128> plainTable() {
+  std::array<bool, 128> table{};
+  for (char16_t c = 0; c < 128; ++c) table[c] = standsForItself(c, kEscape);
+  return table;
+}
+
+constexpr std::array<bool, 128> kPlain[] = {
+    plainTable<Escape::kText>(), plainTable<Escape::kAttribute>(), plainTable<Escape::kNone>()};
+
 // Escapes and converts to UTF-8 in one pass, straight into `out`: a
-// document's names and values are mostly ASCII, copied byte for byte. A
+// document's names and values are mostly ASCII, copied a run at a time. A
 // surrogate without its partner becomes U+FFFD, as the text conversion does.
 void appendEscaped(std::string& out, const XMLCh* text, Escape escape) {
   if (!text) return;
   constexpr char32_t kReplacement = 0xFFFD;
-  for (const XMLCh* p = text; *p; ++p) {
-    const char16_t c = *p;
+  const std::array<bool, 128>& plain = kPlain[static_cast<int>(escape)];
+  char run[256];
+  for (const XMLCh* p = text; *p;) {
+    std::size_t n = 0;
+    while (n < sizeof run && p[n] < 0x80 && p[n] != 0 && plain[p[n]]) {
+      run[n] = static_cast<char>(p[n]);
+      ++n;
+    }
+    if (n > 0) {
+      out.append(run, n);
+      p += n;
+      continue;
+    }
+    const char16_t c = *p++;
     if (c < 0x80) {
-      if (escape != Escape::kNone) {
-        if (const char* reference = referenceFor(c, escape)) {
-          out += reference;
-          continue;
-        }
-      }
-      if (isForbidden(c)) {
-        appendCodePoint(out, kReplacement);
+      const char* reference = escape == Escape::kNone ? nullptr : referenceFor(c, escape);
+      if (reference != nullptr) {
+        out += reference;
       } else {
-        out += static_cast<char>(c);
+        appendCodePoint(out, kReplacement);  // forbidden: plain characters went above
       }
       continue;
     }
     char32_t code = c;
-    if (c >= 0xD800 && c <= 0xDBFF && p[1] >= 0xDC00 && p[1] <= 0xDFFF) {
-      code = 0x10000 + ((char32_t{c} - 0xD800) << 10) + (char32_t{p[1]} - 0xDC00);
+    if (c >= 0xD800 && c <= 0xDBFF && *p >= 0xDC00 && *p <= 0xDFFF) {
+      code = 0x10000 + ((char32_t{c} - 0xD800) << 10) + (char32_t{*p} - 0xDC00);
       ++p;
     } else if ((c >= 0xD800 && c <= 0xDFFF) || isForbidden(c)) {
       code = kReplacement;
