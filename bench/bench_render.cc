@@ -192,7 +192,9 @@ BENCHMARK(BM_ScatterPng)
     ->Arg(10000000)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime()
-    ->MinTime(2.0);
+    ->MinTime(1.0)
+    ->Repetitions(3)
+    ->ReportAggregatesOnly(false);
 
 void BM_ScatterSvg(benchmark::State& state) {
   drawScatter(state, chartxml::PictureFormat::kSvg);
@@ -218,7 +220,7 @@ void BM_ReadCsv(benchmark::State& state) {
   }
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
 }
-BENCHMARK(BM_ReadCsv)->Arg(1000000)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_ReadCsv)->Arg(1000000)->Arg(10000000)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 // The sent 1M chart's model and data, read once, for the later stages.
 struct ReadChart {
@@ -260,7 +262,7 @@ void BM_BuildScene(benchmark::State& state) {
     benchmark::DoNotOptimize(scene);
   }
 }
-BENCHMARK(BM_BuildScene)->Arg(1000000)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_BuildScene)->Arg(1000000)->Arg(10000000)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 // The device: a built scene to PNG bytes.
 void BM_DrawPng(benchmark::State& state) {
@@ -283,7 +285,7 @@ void BM_DrawPng(benchmark::State& state) {
     }
   }
 }
-BENCHMARK(BM_DrawPng)->Arg(1000000)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_DrawPng)->Arg(1000000)->Arg(10000000)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 // Blending markers of 2 pixels in five translucent colours, spread evenly
 // over an 800x600 image, as the 1M chart's panel holds them.

@@ -11,6 +11,7 @@
 #include "model/ModelBuilder.h"
 #include "read/DataTable.h"
 #include "read/XmlTree.h"
+#include "scales/Extent.h"
 #include "stats/Bins.h"
 #include "stats/Formula.h"
 #include "stats/Layers.h"
@@ -169,6 +170,72 @@ TEST(RenderData, CategoriesComeInValueOrderWithTheirLabels) {
   EXPECT_EQ(error, "s.csv: has no column Nope for variable 'lost' (lost)");
   EXPECT_EQ(binder.bind("ghost", false, error), nullptr);
   EXPECT_EQ(error, "the document refers to variable 'ghost', which it does not declare");
+}
+
+// Past a few hundred thousand rows a column is bound in two halves at once;
+// what a half alone holds must still come out in one order for all rows.
+TEST(RenderData, ManyRowsBindAndMeasureAsFewDo) {
+  constexpr int kRows = 400000;
+  // Column G: the first half holds 3, 1 and missing cells; the second 2, 3
+  // and, when `withText`, the text "x". Column M: a number per row, with
+  // 5000 distinct values (past the gathering of few), the least of them in
+  // the second half. Column V: values for the extent.
+  for (const bool withText : {false, true}) {
+    std::string csv = "G,M,V\n";
+    for (int i = 0; i < kRows; ++i) {
+      const bool first = i < kRows / 2;
+      const std::string g = first ? (i % 3 == 0   ? ""
+                                     : i % 3 == 1 ? "3"
+                                                  : "1")
+                                  : (withText && i % 7 == 0 ? "x"
+                                     : i % 2 == 0           ? "2"
+                                                            : "3");
+      const int m = first ? 1 + i % 5000 : i % 5000;
+      const std::string v = i == kRows - 2 ? "-1e9"
+                            : i == 17      ? "inf"
+                            : i == 18      ? "nan"
+                                           : std::to_string(i % 1000);
+      csv += g + "," + std::to_string(m) + "," + v + "\n";
+    }
+    ChartModel model = modelOf(
+        "<visualization><variable id=\"g\" source=\"s\" sourceName=\"G\" categorical=\"true\"/>"
+        "<variable id=\"m\" source=\"s\" sourceName=\"M\" categorical=\"true\"/>"
+        "</visualization>");
+    std::string error;
+    std::map<std::string, DataTable> tables;
+    tables.emplace("s", *readCsv(csv, "s.csv", error));
+    DataBinder binder(model, tables);
+    const BoundColumn* g = binder.bind("g", true, error);
+    ASSERT_NE(g, nullptr) << error;
+    const std::vector<std::string> keys = withText ? std::vector<std::string>{"1", "2", "3", "x"}
+                                                   : std::vector<std::string>{"1", "2", "3"};
+    EXPECT_EQ(g->categories.keys, keys);
+    int wrong = 0;
+    for (int i = 0; i < kRows; ++i) {
+      const DataColumn& column = tables.at("s").columns[0];
+      const double number = column.numbers[static_cast<std::size_t>(i)];
+      const int want = column.text(static_cast<std::size_t>(i)) ? 3
+                       : std::isnan(number)                     ? -1
+                                                                : static_cast<int>(number) - 1;
+      wrong += g->codes[static_cast<std::size_t>(i)] != want;
+    }
+    EXPECT_EQ(wrong, 0);
+
+    const BoundColumn* m = binder.bind("m", true, error);
+    ASSERT_NE(m, nullptr) << error;
+    ASSERT_EQ(m->categories.size(), 5001u);
+    EXPECT_EQ(m->categories.keys.front(), "0");
+    EXPECT_EQ(m->categories.keys.back(), "5000");
+    EXPECT_EQ(m->codes[0], 1);
+    EXPECT_EQ(m->codes[kRows / 2], (kRows / 2) % 5000);
+
+    // The finite extent, an infinity and NaN aside, wherever its ends lie.
+    const NumberVector& v = tables.at("s").columns[2].numbers;
+    Extent extent;
+    widen(extent, v.data(), v.size());
+    EXPECT_EQ(extent.lo, -1e9);
+    EXPECT_EQ(extent.hi, 999);
+  }
 }
 
 TEST(RenderSummary, EachSummaryOfKnownValues) {

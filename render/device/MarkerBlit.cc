@@ -7,14 +7,13 @@
 #include <cmath>
 #include <cstring>
 #include <memory>
-#include <system_error>
-#include <thread>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
 
 #include "device/CairoDevice.h"
+#include "work/Halves.h"
 
 namespace chartxml::render::device {
 namespace {
@@ -475,7 +474,7 @@ bool blitPoints(const PointBatch& batch, const PixelMap& map, const PixelClip& c
   // machines this draws on have two cores or more); the pixels come out the
   // same as from one thread. The halves split the bands where a sample of
   // the points splits in two, as clouds of points seldom spread evenly.
-  if (last >= kThreadedPoints && bands >= 2 && std::thread::hardware_concurrency() >= 2) {
+  if (last >= kThreadedPoints && bands >= 2 && twoCores()) {
     std::vector<std::size_t> sampled(static_cast<std::size_t>(bands), 0);
     std::size_t samples = 0;
     for (std::size_t i = 0; i < last; i += 61) {
@@ -489,15 +488,10 @@ bool blitPoints(const PointBatch& batch, const PixelMap& map, const PixelClip& c
       below += sampled[static_cast<std::size_t>(middle)];
     }
     Work other = makeWork();
-    std::thread thread;
-    try {
-      thread = std::thread([&] { blendBands(other, middle, bands); });
-    } catch (const std::system_error&) {
+    if (!alongside([&] { blendBands(other, middle, bands); },
+                   [&] { blendBands(work, 0, middle); })) {
       blendBands(work, 0, bands);
-      return true;
     }
-    blendBands(work, 0, middle);
-    thread.join();
     return true;
   }
   blendBands(work, 0, bands);

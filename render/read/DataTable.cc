@@ -2,18 +2,18 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <charconv>
 #include <cstdint>
 #include <cstring>
 #include <limits>
 #include <system_error>
-#include <thread>
 #include <unordered_map>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
+
+#include "work/Halves.h"
 
 namespace chartxml::render {
 namespace {
@@ -32,189 +32,52 @@ bool isInfinity(std::string_view text) {
   return true;
 }
 
-using Wide = unsigned __int128;
-
-// 5^0 .. 5^27, each below 2^63.
-constexpr auto kPowersOf5 = [] {
-  std::array<std::uint64_t, 28> out{};
-  out[0] = 1;
-  for (std::size_t k = 1; k < out.size(); ++k) out[k] = out[k - 1] * 5;
-  return out;
-}();
-
-constexpr double kPowersOf10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                  1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
-                                  1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-
-int bitLength(Wide v) {
-  const auto high = static_cast<std::uint64_t>(v >> 64);
-  return high != 0 ? 128 - std::countl_zero(high)
-                   : 64 - std::countl_zero(static_cast<std::uint64_t>(v));
-}
-
-// The double nearest (q + a fraction) * 2^e2, ties to even, where `sticky`
-// says whether that fraction below q's last bit is above zero (it is then
-// below one). False outside the normal range, which from_chars handles.
-bool roundBinary(Wide q, int e2, bool sticky, bool negative, double& value) {
-  const int length = bitLength(q);
-  std::uint64_t mantissa;
-  if (length <= 53) {
-    mantissa = static_cast<std::uint64_t>(q) << (53 - length);
-    e2 -= 53 - length;
-  } else {
-    const int drop = length - 53;
-    const Wide rest = q & ((Wide{1} << drop) - 1), half = Wide{1} << (drop - 1);
-    mantissa = static_cast<std::uint64_t>(q >> drop);
-    e2 += drop;
-    if (rest > half || (rest == half && (sticky || (mantissa & 1) != 0))) {
-      if (++mantissa == std::uint64_t{1} << 53) {
-        mantissa >>= 1;
-        ++e2;
-      }
-    }
-  }
-  // mantissa is 53 bits with the leading one: the value is 1.f * 2^(e2 + 52).
-  const int biased = e2 + 52 + 1023;
-  if (biased < 1 || biased > 2046) return false;
-  const std::uint64_t bits = (negative ? std::uint64_t{1} << 63 : 0) |
-                             static_cast<std::uint64_t>(biased) << 52 |
-                             (mantissa & ((std::uint64_t{1} << 52) - 1));
-  value = std::bit_cast<double>(bits);
-  return true;
-}
-
-// m * 10^e10 correctly rounded, or false when that cannot be proven here.
-// With m and 10^|e10| both exact doubles one operation rounds once, right.
-// Otherwise 10^e10 = 5^e10 * 2^e10: a product m * 5^k is exact in 128 bits,
-// and a quotient m * 2^s / 5^k of at least 63 bits with its remainder tells
-// the rounding exactly.
-bool decimalToDouble(std::uint64_t m, int e10, bool negative, double& value) {
-  if (m == 0) {
-    value = negative ? -0.0 : 0.0;
-    return true;
-  }
-  if (m <= (std::uint64_t{1} << 53) && e10 >= -22 && e10 <= 22) {
-    const double d = static_cast<double>(m);
-    value = e10 < 0 ? d / kPowersOf10[-e10] : d * kPowersOf10[e10];
-    if (negative) value = -value;
-    return true;
-  }
-  if (e10 >= 0) {
-    if (e10 >= static_cast<int>(kPowersOf5.size())) return false;
-    return roundBinary(Wide{m} * kPowersOf5[static_cast<std::size_t>(e10)], e10, false, negative,
-                       value);
-  }
-  const int k = -e10;
-  if (k >= static_cast<int>(kPowersOf5.size())) return false;
-  const std::uint64_t d = kPowersOf5[static_cast<std::size_t>(k)];
-  const int shift = 63 + (64 - std::countl_zero(d)) - (64 - std::countl_zero(m));
-  const Wide n = Wide{m} << shift;
-  // The quotient fits in 64 bits (n < 2^(63 + bits(d)) and d >= 2^(bits(d) - 1)):
-  // one hardware division does, where the 128-bit one is a slow library call.
-  std::uint64_t q, r;
-#if defined(__x86_64__)
-  const auto high = static_cast<std::uint64_t>(n >> 64), low = static_cast<std::uint64_t>(n);
-  __asm__("divq %4" : "=a"(q), "=d"(r) : "a"(low), "d"(high), "r"(d));
-#else
-  q = static_cast<std::uint64_t>(n / d);
-  r = static_cast<std::uint64_t>(n - Wide{q} * d);
-#endif
-  const bool remainder = r != 0;
-  return roundBinary(q, -shift - k, remainder, negative, value);
-}
-
 inline bool isDigit(char c) {
   return static_cast<unsigned char>(c - '0') < 10;
 }
 
-// The value of eight digits.
-inline std::uint32_t valueOfEight(std::uint64_t word) {
-  // The first digit is the lowest byte: pairs, then fours, then all eight.
-  word -= 0x3030303030303030ULL;
-  word = word * 10 + (word >> 8);
-  word = (((word & 0x000000FF000000FFULL) * (100 + (1000000ULL << 32))) +
-          (((word >> 16) & 0x000000FF000000FFULL) * (1 + (10000ULL << 32)))) >>
-         32;
-  return static_cast<std::uint32_t>(word);
+// Reads a plain decimal at `p` ('-'? then a digit or '.', as from_chars
+// reads it): where it ends, with `value` set; null for anything else (a
+// sign '+', an infinity, NaN, a number out of range), which the caller
+// reads the general way. The standard reader is correctly rounded and,
+// measured on the sink's shortest texts, faster than a hand-written one.
+inline const char* scanDecimal(const char* p, const char* end, double& value) {
+  const char* digits = p != end && *p == '-' ? p + 1 : p;
+  if (digits == end || !(isDigit(*digits) || *digits == '.')) return nullptr;
+  const auto [ptr, ec] = std::from_chars(p, end, value);
+  return ec == std::errc() ? ptr : nullptr;
 }
 
-// How many of the eight bytes of `word` are digits before the first that
-// is not (8 when all are). A borrow or carry only runs from a byte into
-// later ones, past the first that is not a digit, so the first flagged
-// byte is the first non-digit.
-inline int digitRun(std::uint64_t word) {
-  const std::uint64_t flags =
-      ((word + 0x4646464646464646ULL) | (word - 0x3030303030303030ULL)) & 0x8080808080808080ULL;
-  return flags == 0 ? 8 : std::countr_zero(flags) >> 3;
-}
-
-constexpr std::uint64_t kPowersOf10Int[] = {1,      10,      100,      1000,     10000,
-                                            100000, 1000000, 10000000, 100000000};
-
-// Adds the digits at `p` to `m` (at most 19 significant ones in all,
-// counted in `digits`), lowering `e10` by one for each when they are a
-// fraction's. Where they end, or null past 19 digits.
-const char* scanDigits(const char* p, const char* end, std::uint64_t& m, int& digits, int& e10,
-                       bool fraction) {
-  if (m == 0) {
-    // Leading zeros are not significant.
-    for (; p != end && *p == '0'; ++p) e10 -= fraction;
-  }
-  if constexpr (std::endian::native == std::endian::little) {
-    // Up to eight digits a step: the run's bytes move to the top of the
-    // word behind '0's, which leaves their value as it is.
-    while (end - p >= 8) {
-      std::uint64_t word;
-      std::memcpy(&word, p, 8);
-      const int n = digitRun(word);
-      if (n == 0) return p;
-      if (digits + n > 19) break;
-      if (n < 8) word = word << (8 * (8 - n)) | 0x3030303030303030ULL >> (8 * n);
-      m = m * kPowersOf10Int[n] + valueOfEight(word);
-      digits += n;
-      e10 -= fraction ? n : 0;
-      p += n;
-      if (n < 8) return p;
+// Whether a decimal that from_chars finds out of range is so for being
+// tiny rather than huge: its first significant digit's power of ten, with
+// the exponent, is negative. `text` is unsigned.
+bool belowEveryDouble(std::string_view text) {
+  long power = 0;  // of the first significant digit, once found
+  bool found = false, point = false;
+  std::size_t i = 0;
+  for (; i < text.size() && (isDigit(text[i]) || text[i] == '.'); ++i) {
+    if (text[i] == '.') {
+      point = true;
+    } else if (!found && text[i] != '0') {
+      found = true;
+      power = point ? power - 1 : 0;
+    } else if (found != point) {
+      // A digit before the point, once the first is found, raises it;
+      // a zero after the point, before it is found, lowers it.
+      power += found ? 1 : -1;
     }
   }
-  for (; p != end && isDigit(*p); ++p) {
-    if (++digits > 19) return nullptr;
-    m = m * 10 + static_cast<unsigned>(*p - '0');
-    e10 -= fraction;
-  }
-  return p;
-}
-
-// Reads a decimal at `p`: '-'? digits ('.' digits)? ([eE] [+-]? digits)?.
-// Where it ends, with `value` set, when its value is proven; null otherwise
-// (the caller then reads the field the general way).
-const char* scanDecimal(const char* p, const char* end, double& value) {
-  const bool negative = p != end && *p == '-';
-  if (negative) ++p;
-  std::uint64_t m = 0;
-  int digits = 0, e10 = 0;
-  const char* start = p;
-  p = scanDigits(p, end, m, digits, e10, false);
-  if (p == nullptr || p == start) return nullptr;
-  if (p != end && *p == '.') {
-    start = ++p;
-    p = scanDigits(p, end, m, digits, e10, true);
-    if (p == nullptr || p == start) return nullptr;
-  }
-  if (p != end && (*p == 'e' || *p == 'E')) {
-    ++p;
-    const bool down = p != end && *p == '-';
-    if (p != end && (*p == '-' || *p == '+')) ++p;
-    start = p;
-    int exponent = 0;
-    for (; p != end && isDigit(*p); ++p) {
-      if (p - start >= 4) return nullptr;
-      exponent = exponent * 10 + (*p - '0');
+  if (i < text.size() && (text[i] == 'e' || text[i] == 'E')) {
+    // An exponent past a long's range is past any digits' count too.
+    const std::string_view rest = text.substr(i + 1);
+    long exponent = 0;
+    const char* from = rest.data() + (rest.substr(0, 1) == "+");
+    if (std::from_chars(from, rest.data() + rest.size(), exponent).ec != std::errc()) {
+      exponent = rest.substr(0, 1) == "-" ? -(1L << 40) : 1L << 40;
     }
-    if (p == start) return nullptr;
-    e10 += down ? -exponent : exponent;
+    power += std::clamp(exponent, -(1L << 40), 1L << 40);
   }
-  return decimalToDouble(m, e10, negative, value) ? p : nullptr;
+  return power < 0;
 }
 
 // A field's number, NaN for an empty or "nan" field, or nothing for a text.
@@ -222,7 +85,6 @@ const char* scanDecimal(const char* p, const char* end, double& value) {
 std::optional<double> numberOf(std::string_view field, bool quoted) {
   if (quoted) return std::nullopt;
   if (field.empty()) return kNaN;
-  if (double fast = 0; fastDecimal(field, fast)) return fast;
   std::string_view digits = field;
   const bool negative = digits.front() == '-';
   if (negative || digits.front() == '+') digits.remove_prefix(1);
@@ -234,7 +96,10 @@ std::optional<double> numberOf(std::string_view field, bool quoted) {
   const char* begin = field.front() == '+' ? field.data() + 1 : field.data();
   const auto [ptr, ec] = std::from_chars(begin, end, value);
   if (ptr != end) return std::nullopt;
-  if (ec == std::errc::result_out_of_range) return negative ? -kInf : kInf;
+  if (ec == std::errc::result_out_of_range) {
+    const double beyond = belowEveryDouble(digits) ? 0.0 : kInf;
+    return negative ? -beyond : beyond;
+  }
   if (ec != std::errc()) return std::nullopt;
   return value;
 }
@@ -485,25 +350,10 @@ constexpr std::size_t kSplitBytes = 1 << 18;
 // Where the rows of `body` (no quote in it) may be split in two: just past
 // the first line feed after its middle; 0 when they may not be split.
 std::size_t splitPoint(std::string_view body) {
-  if (body.size() < kSplitBytes || std::thread::hardware_concurrency() < 2) return 0;
+  if (body.size() < kSplitBytes || !twoCores()) return 0;
   if (std::memchr(body.data(), '"', body.size()) != nullptr) return 0;
   const std::size_t feed = body.find('\n', body.size() / 2);
   return feed == std::string_view::npos || feed + 1 >= body.size() ? 0 : feed + 1;
-}
-
-// Runs `work` on a thread of its own beside `here` on this one; false when
-// no thread could be started (then nothing ran).
-template <class Work, class Here>
-bool alongside(Work work, Here here) {
-  std::thread thread;
-  try {
-    thread = std::thread(work);
-  } catch (const std::system_error&) {
-    return false;
-  }
-  here();
-  thread.join();
-  return true;
 }
 
 // Puts the rows `second` read after those `first` read into `table`:
@@ -610,11 +460,6 @@ bool readBody(std::string_view body, int firstLine, bool maySplit, DataTable& ta
 }
 
 }  // namespace
-
-bool fastDecimal(std::string_view text, double& value) {
-  const char* end = text.data() + text.size();
-  return scanDecimal(text.data(), end, value) == end;
-}
 
 int DataTable::line(std::size_t row) const {
   auto it = std::upper_bound(lineBreaks.begin(), lineBreaks.end(), row,

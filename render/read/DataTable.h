@@ -67,10 +67,4 @@ struct DataTable {
 // end; the table is the same as one read straight through.
 std::optional<DataTable> readCsv(std::string_view text, std::string origin, std::string& error);
 
-// The value of a decimal such as "-12.375", "6.02e23" or "0.1000000000000000055"
-// when it can be proven correctly rounded without the general reader (at
-// most 19 significant digits, a power of ten within 10^-27..10^27 of them,
-// a normal double): false for anything else, which std::from_chars reads.
-bool fastDecimal(std::string_view text, double& value);
-
 }  // namespace chartxml::render

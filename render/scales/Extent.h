@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <limits>
 
+#include "work/Halves.h"
+
 namespace chartxml::render {
 
 struct Extent {
@@ -15,8 +17,9 @@ struct Extent {
   bool empty() const { return lo > hi; }
 };
 
-// `extent` widened to hold the finite ones of `values[0..count)`.
-inline void widen(Extent& extent, const double* values, std::size_t count) {
+// `extent` widened to hold the finite ones of `values[0..count)`, on this
+// thread.
+inline void widenHere(Extent& extent, const double* values, std::size_t count) {
   constexpr double kInf = std::numeric_limits<double>::infinity();
   // Two of each, so that successive minima do not wait on one another.
   double lo[2] = {extent.lo, extent.lo}, hi[2] = {extent.hi, extent.hi};
@@ -38,6 +41,16 @@ inline void widen(Extent& extent, const double* values, std::size_t count) {
   }
   extent.lo = std::min(lo[0], lo[1]);
   extent.hi = std::max(hi[0], hi[1]);
+}
+
+// `extent` widened to hold the finite ones of `values[0..count)`.
+inline void widen(Extent& extent, const double* values, std::size_t count) {
+  Extent halves[2] = {extent, extent};
+  inHalves(count, [&](std::size_t begin, std::size_t end) {
+    widenHere(halves[begin == 0 ? 0 : 1], values + begin, end - begin);
+  });
+  extent.lo = std::min(halves[0].lo, halves[1].lo);
+  extent.hi = std::max(halves[0].hi, halves[1].hi);
 }
 
 }  // namespace chartxml::render

@@ -11,6 +11,7 @@
 
 #include "scales/Palette.h"
 #include "scene/Guides.h"
+#include "work/Halves.h"
 
 namespace chartxml::render {
 namespace {
@@ -92,15 +93,12 @@ void placeLinear(const Coordinates& values, const AxisScale& scale, double start
   out.resize(values.size());
   const double* in = values.data();
   float* to = out.data();
-  if (upward) {
-    for (std::size_t i = 0; i < values.size(); ++i) {
-      to[i] = static_cast<float>(start - (in[i] - lo) / span * length);
+  const double step = upward ? -length : length;
+  inHalves(values.size(), [&](std::size_t begin, std::size_t end) {
+    for (std::size_t i = begin; i < end; ++i) {
+      to[i] = static_cast<float>(start + (in[i] - lo) / span * step);
     }
-  } else {
-    for (std::size_t i = 0; i < values.size(); ++i) {
-      to[i] = static_cast<float>(start + (in[i] - lo) / span * length);
-    }
-  }
+  });
 }
 
 bool linearScale(const AxisScale& scale) {
@@ -141,7 +139,12 @@ bool drawPlainPoints(Scene& scene, const Layer& layer, const PanelView& view,
               batch.x);
   placeLinear(view.transposed ? layer.px : layer.py, view.vertical(), area.bottom(), area.height,
               true, batch.y);
-  batch.colorIndex = layer.pointGroup;
+  batch.colorIndex.resize(layer.pointGroup.size());
+  inHalves(layer.pointGroup.size(), [&](std::size_t begin, std::size_t end) {
+    std::copy(layer.pointGroup.begin() + static_cast<std::ptrdiff_t>(begin),
+              layer.pointGroup.begin() + static_cast<std::ptrdiff_t>(end),
+              batch.colorIndex.begin() + static_cast<std::ptrdiff_t>(begin));
+  });
   scene.items.emplace_back(std::move(batch));
   return true;
 }

@@ -4,8 +4,11 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <numeric>
+
+#include "work/Halves.h"
 
 namespace chartxml::render {
 namespace {
@@ -22,22 +25,35 @@ std::string quoteVariable(const Variable& variable) {
   return "variable '" + variable.title() + "' (" + variable.id + ")";
 }
 
-void bindCategories(const DataColumn& column, const Variable& variable, BoundColumn& out) {
-  const std::size_t rows = column.numbers.size();
-  // Distinct numbers and texts, then their order, then each row's code.
-  // Categories are few and rows many: the distinct numbers are gathered in
-  // order as they come, skipping runs of one value.
-  // Past a few thousand distinct values, all are sorted at once instead.
-  constexpr std::size_t kFewCategories = 4096;
+// The distinct numbers of `values[begin..end)` in ascending order, gathered
+// as they come and skipping runs of one value (categories are few and rows
+// many); more than `most` when there are more than that.
+std::vector<double> distinctFew(const NumberVector& values, std::size_t begin, std::size_t end,
+                                std::size_t most) {
   std::vector<double> numbers;
   double previous = std::numeric_limits<double>::quiet_NaN();
-  for (std::size_t row = 0; row < rows && numbers.size() <= kFewCategories; ++row) {
-    const double value = column.numbers[row];
+  for (std::size_t row = begin; row < end && numbers.size() <= most; ++row) {
+    const double value = values[row];
     if (std::isnan(value) || value == previous) continue;
     previous = value;
     const auto at = std::lower_bound(numbers.begin(), numbers.end(), value);
     if (at == numbers.end() || *at != value) numbers.insert(at, value);
   }
+  return numbers;
+}
+
+void bindCategories(const DataColumn& column, const Variable& variable, BoundColumn& out) {
+  const std::size_t rows = column.numbers.size();
+  // Distinct numbers and texts, then their order, then each row's code.
+  // Past a few thousand distinct values, all are sorted at once instead.
+  constexpr std::size_t kFewCategories = 4096;
+  std::vector<double> halves[2];
+  inHalves(rows, [&](std::size_t begin, std::size_t end) {
+    halves[begin == 0 ? 0 : 1] = distinctFew(column.numbers, begin, end, kFewCategories);
+  });
+  std::vector<double> numbers;
+  std::set_union(halves[0].begin(), halves[0].end(), halves[1].begin(), halves[1].end(),
+                 std::back_inserter(numbers));
   if (numbers.size() > kFewCategories) {
     numbers.clear();
     for (std::size_t row = 0; row < rows; ++row) {
@@ -60,7 +76,7 @@ void bindCategories(const DataColumn& column, const Variable& variable, BoundCol
     const std::string* label = variable.valueLabel(key);
     out.categories.labels.push_back(label ? *label : key);
   }
-  out.codes.resize(rows, -1);
+  out.codes.resize(rows);
   // Few numbers and no texts, the usual group variable: a value's code is
   // how many categories lie below it, counted without a search.
   constexpr std::size_t kCounted = 16;
@@ -68,22 +84,28 @@ void bindCategories(const DataColumn& column, const Variable& variable, BoundCol
     std::array<double, kCounted> below;
     below.fill(std::numeric_limits<double>::infinity());
     std::copy(numbers.begin(), numbers.end(), below.begin());
-    for (std::size_t row = 0; row < rows; ++row) {
-      const double value = column.numbers[row];
-      std::int32_t code = 0;
-      for (const double category : below) code += category < value;
-      out.codes[row] = std::isnan(value) ? -1 : code;
-    }
+    inHalves(rows, [&](std::size_t begin, std::size_t end) {
+      for (std::size_t row = begin; row < end; ++row) {
+        const double value = column.numbers[row];
+        std::int32_t code = 0;
+        for (const double category : below) code += category < value;
+        out.codes[row] = std::isnan(value) ? -1 : code;
+      }
+    });
     return;
   }
-  for (std::size_t row = 0; row < rows; ++row) {
-    if (const std::string* text = column.text(row); text != nullptr) {
-      out.codes[row] = textCode[static_cast<std::size_t>(column.textIndex[row])];
-    } else if (!std::isnan(column.numbers[row])) {
-      const auto it = std::lower_bound(numbers.begin(), numbers.end(), column.numbers[row]);
-      out.codes[row] = static_cast<std::int32_t>(it - numbers.begin());
+  inHalves(rows, [&](std::size_t begin, std::size_t end) {
+    for (std::size_t row = begin; row < end; ++row) {
+      if (const std::string* text = column.text(row); text != nullptr) {
+        out.codes[row] = textCode[static_cast<std::size_t>(column.textIndex[row])];
+      } else if (!std::isnan(column.numbers[row])) {
+        const auto it = std::lower_bound(numbers.begin(), numbers.end(), column.numbers[row]);
+        out.codes[row] = static_cast<std::int32_t>(it - numbers.begin());
+      } else {
+        out.codes[row] = -1;
+      }
     }
-  }
+  });
 }
 
 // Puts the categories in `order` (old category numbers, new first).

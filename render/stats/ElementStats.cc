@@ -14,6 +14,7 @@
 #include "scales/Ticks.h"
 #include "stats/Bins.h"
 #include "stats/Layers.h"
+#include "work/Halves.h"
 
 namespace chartxml::render {
 namespace {
@@ -489,13 +490,20 @@ class LayerMaker {
     layer_.pointGroup.resize(rowCount_);
     std::uint16_t* groups = layer_.pointGroup.data();
     const std::int32_t* codes = layer_.groups ? layer_.groups->codes.data() : nullptr;
-    for (std::size_t row = 0; row < rowCount_; ++row) {
-      const std::int32_t group = codes ? codes[row] : 0;
-      if (std::isnan(x[row]) || std::isnan(y[row]) || group < 0) {
-        layer_.pointGroup.clear();
-        return false;
+    bool whole[2] = {true, true};
+    inHalves(rowCount_, [&](std::size_t begin, std::size_t end) {
+      for (std::size_t row = begin; row < end; ++row) {
+        const std::int32_t group = codes ? codes[row] : 0;
+        if (std::isnan(x[row]) || std::isnan(y[row]) || group < 0) {
+          whole[begin == 0 ? 0 : 1] = false;
+          return;
+        }
+        groups[row] = static_cast<std::uint16_t>(group);
       }
-      groups[row] = static_cast<std::uint16_t>(group);
+    });
+    if (!whole[0] || !whole[1]) {
+      layer_.pointGroup.clear();
+      return false;
     }
     layer_.px = Coordinates::viewOf(x);
     layer_.py = Coordinates::viewOf(y);
