@@ -12,8 +12,11 @@
 #include "chartutl/ReportLog.h"
 #include "chartxml/host/ChartBase.h"
 #include "chartxml/host/ChartString.h"
+#include "kytochart/Utf8.h"
 
 using xercesc::DOMNode;
+
+using cxhost::appendCodePoint;
 
 namespace {
 
@@ -58,21 +61,6 @@ constexpr const char* referenceFor(char16_t c, Escape escape) {
     default:
       return nullptr;
   }
-}
-
-void appendCodePoint(std::string& out, char32_t c) {
-  if (c < 0x800) {
-    out += static_cast<char>(0xC0 | (c >> 6));
-  } else {
-    if (c < 0x10000) {
-      out += static_cast<char>(0xE0 | (c >> 12));
-    } else {
-      out += static_cast<char>(0xF0 | (c >> 18));
-      out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-    }
-    out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-  }
-  out += static_cast<char>(0x80 | (c & 0x3F));
 }
 
 // Whether an ASCII character stands for itself in text of that escape: no

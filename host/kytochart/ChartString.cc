@@ -6,30 +6,16 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "kytochart/Utf8.h"
+
+using cxhost::appendCodePoint;
+
 namespace {
 
 constexpr char16_t kReplacement = 0xFFFD;
 
 bool isContinuation(unsigned char b) {
   return (b & 0xC0) == 0x80;
-}
-
-void appendCodePoint(std::string& out, char32_t c) {
-  if (c < 0x80) {
-    out += static_cast<char>(c);
-  } else if (c < 0x800) {
-    out += static_cast<char>(0xC0 | (c >> 6));
-    out += static_cast<char>(0x80 | (c & 0x3F));
-  } else if (c < 0x10000) {
-    out += static_cast<char>(0xE0 | (c >> 12));
-    out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-    out += static_cast<char>(0x80 | (c & 0x3F));
-  } else {
-    out += static_cast<char>(0xF0 | (c >> 18));
-    out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-    out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-    out += static_cast<char>(0x80 | (c & 0x3F));
-  }
 }
 
 bool isBlank(char16_t c) {
