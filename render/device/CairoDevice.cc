@@ -7,9 +7,13 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
 #include <limits>
 #include <memory>
 #include <string>
+#include <system_error>
 
 #include "device/Devices.h"
 #include "device/MarkerBlit.h"
@@ -480,6 +484,22 @@ bool drawPng(const Scene& scene, TextEngine& text, double scale, std::string& ou
 
 namespace {
 
+std::string reproducibleDate() {
+  const char* epoch = std::getenv("SOURCE_DATE_EPOCH");
+  if (epoch == nullptr || *epoch == '\0') return "";
+  long long seconds = 0;
+  const char* end = epoch + std::strlen(epoch);
+  const auto [ptr, ec] = std::from_chars(epoch, end, seconds);
+  // Years past 9999 do not fit the date's four digits.
+  if (ec != std::errc() || ptr != end || seconds < 0 || seconds > 253402300799LL) return "";
+  const auto time = static_cast<std::time_t>(seconds);
+  std::tm utc{};
+  if (gmtime_r(&time, &utc) == nullptr) return "";
+  char text[32];
+  std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &utc);
+  return text;
+}
+
 // `text` as cairo takes a metadata string: valid UTF-8 without the
 // noncharacters (U+FFFE, U+FDD0, ...) it refuses, which become U+FFFD; a
 // refused string would fail the whole picture.
@@ -514,11 +534,12 @@ bool drawPdf(const Scene& scene, TextEngine& text, std::string& out, std::string
         &cairo_surface_destroy);
     if (device::failed(cairo_surface_status(surface.get()), error)) return false;
 
-    // No clock in the file: the same scene gives the same bytes.
-    cairo_pdf_surface_set_metadata(surface.get(), CAIRO_PDF_METADATA_CREATE_DATE,
-                                   "2000-01-01T00:00:00Z");
-    cairo_pdf_surface_set_metadata(surface.get(), CAIRO_PDF_METADATA_MOD_DATE,
-                                   "2000-01-01T00:00:00Z");
+    // No clock in the file, so that the same scene gives the same bytes: the
+    // date of a reproducible build when one is set, else none (an empty
+    // text keeps cairo from writing the time of day).
+    const std::string date = reproducibleDate();
+    cairo_pdf_surface_set_metadata(surface.get(), CAIRO_PDF_METADATA_CREATE_DATE, date.c_str());
+    cairo_pdf_surface_set_metadata(surface.get(), CAIRO_PDF_METADATA_MOD_DATE, date.c_str());
     if (!scene.title.empty()) {
       std::unique_ptr<gchar, decltype(&g_free)> title(
           g_utf8_make_valid(scene.title.data(), static_cast<gssize>(scene.title.size())), &g_free);
