@@ -4,7 +4,8 @@
 # and for CI, `make format-check` (clang-format clean), `make test-sanitize`
 # (the tests under the sanitizers), `make test-clang` (the tests built with
 # clang, under its sanitizers) and `make fuzz` (the fuzz targets of fuzz/, built with clang,
-# FUZZ_SECONDS each). Warnings are errors unless WERROR=OFF.
+# FUZZ_SECONDS each), and `make docs` (the API reference, from the public
+# headers, in $(BUILD)/docs/api/html). Warnings are errors unless WERROR=OFF.
 BUILD ?= build
 ASAN_BUILD ?= build-asan
 CLANG_BUILD ?= build-clang
@@ -15,7 +16,7 @@ FUZZ_TARGETS ?= cx csv check xml
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
 
-.PHONY: all deps configure build demo test test-sanitize test-clang fuzz bench format \
+.PHONY: all deps configure build demo test test-sanitize test-clang fuzz bench docs format \
         format-check clean
 
 all: build
@@ -76,6 +77,11 @@ fuzz: deps
 	  -DCHARTXML_BUILD_TESTS=OFF -DCHARTXML_BUILD_BENCH=OFF -DCHARTXML_WERROR=$(WERROR)
 	cmake --build $(FUZZ_BUILD) -j $(JOBS) --target $(addprefix fuzz_,$(FUZZ_TARGETS))
 	bash fuzz/run.sh $(FUZZ_BUILD) $(FUZZ_SECONDS) $(FUZZ_TARGETS)
+
+# The API reference with Doxygen; any Doxygen warning (such as a public name
+# without a contract comment) fails it.
+docs: deps configure
+	cmake --build $(BUILD) --target docs
 
 bench: build
 	@for b in $(BUILD)/bench/bench_*; do [ -x "$$b" ] && "$$b"; done

@@ -104,6 +104,8 @@ class SentCharts {
     count = reinterpret_cast<Count>(symbol("cxh_sent_count"));
     xml = reinterpret_cast<Xml>(symbol("cxh_sent_xml"));
     csv = reinterpret_cast<Csv>(symbol("cxh_sent_data_csv"));
+    // Older hosts keep every chart's data in memory and lack it.
+    path = reinterpret_cast<Csv>(symbol("cxh_sent_data_path"));
   }
   ~SentCharts() {
     if (handle_) dlclose(handle_);
@@ -116,6 +118,7 @@ class SentCharts {
   Count count = nullptr;
   Xml xml = nullptr;
   Csv csv = nullptr;
+  Csv path = nullptr;  // optional
 
  private:
   // A host linked into the program itself, or loaded under another name,
@@ -242,6 +245,22 @@ struct ChartRenderer::Impl {
   }
 };
 
+namespace {
+
+// A data file's text, read into `storage`; nothing when there is no such
+// file. Throws, naming the file, when it cannot be read.
+std::optional<std::string_view> readDataFile(const std::string& file, render::FileText& storage) {
+  std::error_code ec;
+  if (!std::filesystem::exists(file, ec)) return std::nullopt;
+  std::string dataError;
+  auto text = render::readFileText(file, kMaxFileBytes, dataError);
+  if (!text) throw std::runtime_error(dataError);
+  storage = std::move(*text);
+  return storage.view();
+}
+
+}  // namespace
+
 ChartRenderer::ChartRenderer(RenderOptions options) : impl_(std::make_unique<Impl>()) {
   impl_->options = options;
 }
@@ -262,14 +281,7 @@ bool ChartRenderer::loadFile(const std::string& documentPath, const std::string&
     };
     const Impl::DataView data = [&](const std::string& source,
                                     Impl::SourceStore& storage) -> std::optional<std::string_view> {
-      const std::string file = fileOf(source);
-      std::error_code ec;
-      if (!std::filesystem::exists(file, ec)) return std::nullopt;
-      std::string dataError;
-      auto text = render::readFileText(file, kMaxFileBytes, dataError);
-      if (!text) throw std::runtime_error(dataError);
-      storage.file = std::move(*text);
-      return storage.file.view();
+      return readDataFile(fileOf(source), storage.file);
     };
     return impl_->load(document->view(), documentPath, data, fileOf);
   } catch (const std::bad_alloc&) {
@@ -295,15 +307,18 @@ bool ChartRenderer::loadSent(int i) {
                        std::to_string(sent.count()));
   }
   const std::string name = "sent chart " + std::to_string(i);
-  // The host keeps the texts until its next sent chart: read in place.
+  // The host keeps the texts until its next sent chart: read in place. A
+  // chart sent into an output folder left its data in files instead.
   const char* document = sent.xml(i);
-  return impl_->loadView(
-      document, name,
-      [i, &sent](const std::string& source, Impl::SourceStore&) -> std::optional<std::string_view> {
-        const char* csv = sent.csv(i, source.c_str());
-        if (csv == nullptr) return std::nullopt;
-        return std::string_view(csv);
-      });
+  return impl_->loadView(document, name,
+                         [i, &sent](const std::string& source,
+                                    Impl::SourceStore& storage) -> std::optional<std::string_view> {
+                           if (const char* csv = sent.csv(i, source.c_str()))
+                             return std::string_view(csv);
+                           const char* file = sent.path ? sent.path(i, source.c_str()) : nullptr;
+                           if (file == nullptr) return std::nullopt;
+                           return readDataFile(file, storage.file);
+                         });
 }
 
 std::optional<std::string> ChartRenderer::picture(PictureFormat format) {

@@ -4,7 +4,8 @@
 # is for the test that opens the demo's gallery page in a real browser; clang,
 # its runtime libraries (libFuzzer, the sanitizers) and llvm's symbolizer are
 # for `make fuzz` and `make test-clang`; clang-format for `make format-check`;
-# pugixml is the document printer benchmark's anchor.
+# pugixml is the document printer benchmark's anchor; doxygen builds the API
+# reference (`make docs`, and the test that it builds without a warning).
 set -euo pipefail
 
 packages=(
@@ -15,6 +16,7 @@ packages=(
   libcairo2-dev libpango1.0-dev zlib1g-dev fonts-dejavu-core fonts-noto-cjk
   chromium
   clang libclang-rt-14-dev llvm clang-format
+  doxygen
 )
 
 missing=()

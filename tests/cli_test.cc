@@ -2,6 +2,7 @@
 // status, what it prints and the files it writes.
 #include <fcntl.h>
 #include <spawn.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -9,9 +10,12 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cmath>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -306,6 +310,33 @@ TEST_F(CliTest, DemoWritesEveryChartItListsAndEachIsWellFormed) {
   EXPECT_EQ(lineCount(years), 66u);
   EXPECT_TRUE(contains(years, "\n11872224000,315.98\n")) << years;
   EXPECT_TRUE(contains(years, "\n13891910400,421.08\n")) << years;
+}
+
+// The same input gives the same bytes: documents, data, pictures of every
+// format and the gallery, run after run (no clock, no random or
+// address-derived ids).
+TEST_F(CliTest, EveryDemoFileIsTheSameOnEveryRun) {
+  for (const char* out : {"first", "second"}) {
+    const Result demo = chartxml({"demo", "--out", out});
+    ASSERT_EQ(demo.status, 0) << demo.err;
+  }
+  std::vector<std::string> names;
+  for (const auto& entry : fs::directory_iterator(dir / "first")) {
+    names.push_back(entry.path().filename().string());
+  }
+  EXPECT_GE(names.size(), 9u * 4);
+  for (const std::string& name : names) {
+    ASSERT_TRUE(fs::exists(dir / "second" / name)) << name;
+    EXPECT_TRUE(readFile(dir / "first" / name) == readFile(dir / "second" / name)) << name;
+  }
+  // PDF, which the demo does not write: each chart drawn twice.
+  for (int n = 1; n <= 9; ++n) {
+    const std::string document = "first/" + chartName(n);
+    for (const char* pdf : {"a.pdf", "b.pdf"}) {
+      ASSERT_EQ(chartxml({"render", document, "-o", pdf}).status, 0) << document;
+    }
+    EXPECT_TRUE(readFile(dir / "a.pdf") == readFile(dir / "b.pdf")) << document;
+  }
 }
 
 TEST_F(CliTest, PlotMakesEachTypeOfChart) {
@@ -705,6 +736,65 @@ TEST_F(CliTest, PlotReadsDataAsItsReaderOptionsSay) {
   const Result words = chartxml({"plot", "words.csv", "--type", "line", "--x", "day", "--y", "v"});
   EXPECT_EQ(words.status, 1);
   EXPECT_FALSE(contains(words.err, "--date-order")) << words.err;
+}
+
+// A named pipe gives its data once: a tool that opened it again would wait
+// for a writer that never comes, and one that read it again would find
+// nothing. The tool is stopped, and the test failed, if it does not finish.
+TEST_F(CliTest, PlotReadsANamedPipeOnlyOnce) {
+  const fs::path pipe = dir / "feed.csv";
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0) << std::strerror(errno);
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  const int written = O_WRONLY | O_CREAT | O_TRUNC;
+  posix_spawn_file_actions_addopen(&actions, 1, (dir / ".stdout").c_str(), written, 0644);
+  posix_spawn_file_actions_addopen(&actions, 2, (dir / ".stderr").c_str(), written, 0644);
+  posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+  posix_spawn_file_actions_addchdir_np(&actions, dir.c_str());
+  const pid_t pid = spawn(CHARTXML_CLI,
+                          {"plot", "feed.csv", "--type", "scatter", "--x", "x", "--y", "y",
+                           "--color", "g", "--verbose", "--picture", "none"},
+                          actions);
+  posix_spawn_file_actions_destroy(&actions);
+  ASSERT_GT(pid, 0);
+
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+  const auto late = [&] { return std::chrono::steady_clock::now() > deadline; };
+  // Without a reader a non-blocking open fails (ENXIO): the tool is not there yet.
+  int fd = -1;
+  while ((fd = open(pipe.c_str(), O_WRONLY | O_NONBLOCK)) < 0 && errno == ENXIO && !late()) {
+    usleep(2000);
+  }
+  std::string data = "x,y,g\n";
+  for (int i = 0; i < 2000; ++i) {
+    data += std::to_string(i) + "," + std::to_string(i % 7) + ".5," + std::to_string(i % 3) + "\n";
+  }
+  if (fd >= 0) {
+    fcntl(fd, F_SETFL, 0);  // blocking again: the tool takes the data as it comes
+    for (std::size_t at = 0; at < data.size();) {
+      const ssize_t put = ::write(fd, data.data() + at, data.size() - at);
+      if (put <= 0) break;
+      at += static_cast<std::size_t>(put);
+    }
+    close(fd);
+  }
+  int status = 0;
+  pid_t done = 0;
+  while ((done = waitpid(pid, &status, WNOHANG)) == 0 && !late()) usleep(5000);
+  if (done == 0) {
+    kill(pid, SIGKILL);
+    waitpid(pid, &status, 0);
+    FAIL() << "the tool did not finish: it waits on the pipe a second time";
+  }
+  ASSERT_GE(fd, 0) << "the tool never opened the pipe";
+  ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << readFile(dir / ".stderr");
+  EXPECT_EQ(readFile(dir / ".stderr"),
+            "chartxml plot: feed.csv: x: number (0 decimals)\n"
+            "chartxml plot: feed.csv: y: number (1 decimal)\n"
+            "chartxml plot: feed.csv: g: number (0 decimals)\n");
+  const std::string sent = readFile(dir / "out" / "chart-0001.source0.csv");
+  EXPECT_EQ(lineCount(rowsOf(sent)), 2000u) << sent.substr(0, 200);
+  EXPECT_TRUE(contains(sent, "\n1999,4.5,1\n")) << sent.substr(sent.size() - 200);
 }
 
 // Charts into a folder continue after those there, under the names printed;

@@ -89,7 +89,10 @@ TEST_F(CompletionTest, ScatterGoesFromCreationToTheOutput) {
   EXPECT_EQ(std::string(cxh_sent_description(0)), "y by x");
   EXPECT_EQ(std::string(cxh_sent_template(0)), "scatter.tpl");
 
-  const std::string csv = cxh_sent_data_csv(0, "source0");
+  // Sent into a folder, the data is in its file only.
+  EXPECT_EQ(cxh_sent_data_csv(0, "source0"), nullptr);
+  ASSERT_NE(cxh_sent_data_path(0, "source0"), nullptr);
+  const std::string csv = readFile(cxh_sent_data_path(0, "source0"));
   EXPECT_EQ(lineCount(csv), 1001u);
   EXPECT_EQ(csv.rfind("V1,V2\n0,\n1,0.5\n2,1\n", 0), 0u) << csv.substr(0, 40);
   EXPECT_NE(csv.find("\n7,\n"), std::string::npos);  // a missing y is an empty field

@@ -1,11 +1,17 @@
 // The CX_ entry points as a procedure calls them: arguments by address,
 // composites with their outputs, refusals of unusable arguments.
+#include <cmath>
 #include <cstdint>
 #include <deque>
+#include <limits>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include "chartxml/chartxml_building.h"
 #include "chartxml/codes.h"
 #include "chartxml/cx.h"
+#include "chartxml/host/VarDataProcessor.h"
 #include "test_support.h"
 
 namespace {
@@ -114,6 +120,124 @@ TEST_F(CxTest, UnusableArgumentsAreRefusedAndReported) {
   EXPECT_EQ(std::string(cxh_report_source(0)), "backend/chartxml/src/chartxml");
   EXPECT_EQ(CX_DUMPXML(nullptr, nullptr, nullptr), -1);
   EXPECT_EQ(CX_STATISTICSSUMMARY(), -1);
+}
+
+// ---- The per-case entry points: rows and data values ------------------------
+// They take a fast lane for the chart resolved last; every refusal and report
+// must stay the full path's, also right after that chart was resolved.
+class CxDataTest : public CxTest {
+ protected:
+  void SetUp() override {
+    CxTest::SetUp();
+    income = variable(2, false);
+    city = variable(3, true);
+    paris = CX_NSTRINGNOTRANSLATE("Paris", in(5));
+    ASSERT_EQ(CX_ADDROW(in(chart), in(source)), 1);  // the chart is now the one resolved last
+    const std::vector<std::string> names = feed().VariableNames("source0");
+    ASSERT_EQ(names.size(), 2u);
+    incomeName = names[0];
+    cityName = names[1];
+  }
+  VarDataProcessor& feed() { return *cx->getDataProcessor(static_cast<int>(chart)); }
+  std::optional<double> number(std::uint32_t row) {
+    return feed().Number("source0", incomeName, row);
+  }
+  std::optional<std::string> cityText(std::uint32_t row) {
+    return feed().Text("source0", cityName, row);
+  }
+
+  int64_t income = -1, city = -1, paris = -1;
+  std::string incomeName, cityName;
+};
+
+TEST_F(CxDataTest, NullAddressesAreRefusedAndReported) {
+  EXPECT_EQ(CX_ADDROW(nullptr, in(source)), -1);
+  EXPECT_EQ(CX_ADDROW(in(chart), nullptr), -1);
+  EXPECT_EQ(CX_ADDDOUBLEDATAVALUE(in(chart), in(source), in(income), nullptr), -1);
+  EXPECT_EQ(CX_ADDDOUBLEDATAVALUE(in(chart), nullptr, in(income), real(1)), -1);
+  EXPECT_EQ(CX_ADDDATAVALUE(in(chart), in(source), nullptr, in(paris)), -1);
+  EXPECT_EQ(CX_ADDDATAVALUE(nullptr, in(source), in(city), in(paris)), -1);
+  EXPECT_EQ(messages(),
+            (Messages{"null argument address for CX_ADDROW", "null argument address for CX_ADDROW",
+                      "null argument address for CX_ADDDOUBLEDATAVALUE",
+                      "null argument address for CX_ADDDOUBLEDATAVALUE",
+                      "null argument address for CX_ADDDATAVALUE",
+                      "null argument address for CX_ADDDATAVALUE"}));
+  EXPECT_EQ(CX_ADDROW(in(chart), in(source)), 2);  // nothing counted a row
+  EXPECT_EQ(feed().GetRowCount("source0"), 0u);    // nothing stored
+}
+
+TEST_F(CxDataTest, UnknownChartsAndAbsentValuesAreRefusedQuietly) {
+  EXPECT_EQ(CX_ADDROW(in(7), in(source)), -1);
+  EXPECT_EQ(CX_ADDDOUBLEDATAVALUE(in(7), in(source), in(income), real(1)), -1);
+  EXPECT_EQ(CX_ADDDATAVALUE(in(-1), in(source), in(city), in(paris)), -1);
+  EXPECT_EQ(CX_ADDDATAVALUE(in(chart), in(source), in(city), in(-1)), -1);  // no value
+  EXPECT_EQ(messages(), Messages{});
+  EXPECT_EQ(CX_ADDROW(in(chart), in(source)), 2);
+}
+
+TEST_F(CxDataTest, ABadVariableDiscardsTheChartWithAReport) {
+  EXPECT_EQ(CX_ADDDOUBLEDATAVALUE(in(chart), in(source), in(999), real(1)), -1);
+  EXPECT_EQ(messages(), Messages{"chart 0 discarded: handle 999 names no data-source variable "
+                                 "of the chart"});
+  cxh_clear_reports();
+  // Gone for every later call, quietly; a text for a non-variable was never an error.
+  EXPECT_EQ(CX_ADDROW(in(chart), in(source)), -1);
+  EXPECT_EQ(CX_ADDDOUBLEDATAVALUE(in(chart), in(source), in(income), real(1)), -1);
+  EXPECT_EQ(CX_ADDDATAVALUE(in(chart), in(source), in(city), in(paris)), -1);
+  EXPECT_EQ(messages(), Messages{});
+}
+
+TEST_F(CxDataTest, AFailedChartRefusesRowsAndIsDiscardedByAValue) {
+  EXPECT_EQ(CX_ADDDATAVALUE(in(chart), in(source), in(city), in(paris)), 0);
+  EXPECT_EQ(CX_ADDDATAVALUE(in(chart), in(source), in(city), in(paris)), 0);  // remembered
+  cx->SetFatalError(static_cast<int>(chart));
+  EXPECT_EQ(CX_ADDROW(in(chart), in(source)), -1);
+  EXPECT_EQ(messages(), Messages{});
+  EXPECT_EQ(CX_ADDDATAVALUE(in(chart), in(source), in(city), in(paris)), -1);
+  EXPECT_EQ(messages(),
+            Messages{"chart 0 discarded: a data value came after the chart's fatal error"});
+  EXPECT_EQ(CX_ADDDOUBLEDATAVALUE(in(chart), in(source), in(income), real(1)), -1);
+  EXPECT_EQ(messages().size(), 1u);
+}
+
+TEST_F(CxDataTest, KilledChartsAndAGoneInstanceRefuse) {
+  EXPECT_EQ(CX_KILLCHART(in(chart)), 0);
+  EXPECT_EQ(CX_ADDDOUBLEDATAVALUE(in(chart), in(source), in(income), real(1)), -1);
+  EXPECT_EQ(CX_ADDROW(in(chart), in(source)), -1);
+  const int64_t again =
+      CX_CREATECHARTEX(kAllOnes, &dictionary, "GRAPH", in(5), &chartOut, &source, &graph, &data);
+  ASSERT_GE(again, 0);
+  EXPECT_EQ(CX_ADDROW(in(again), in(source)), 1);
+  EXPECT_EQ(CX_TERMINATE(), 0);
+  EXPECT_EQ(CX_ADDROW(in(again), in(source)), -1);  // a new instance has no such chart
+  EXPECT_EQ(messages(), Messages{});
+  cx = ChartXml::Initialize();
+}
+
+TEST_F(CxDataTest, ValuesLandAsTheFullPathStoresThem) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  const double inf = std::numeric_limits<double>::infinity();
+  EXPECT_EQ(CX_ADDDOUBLEDATAVALUE(in(chart | kHigh), in(source), in(income | kHigh), real(2.5)), 0);
+  EXPECT_EQ(CX_ADDDATAVALUE(in(chart), in(source), in(city), in(paris | kHigh)), 0);
+  EXPECT_EQ(CX_ADDROW(in(chart), in(source)), 2);
+  EXPECT_EQ(CX_ADDDOUBLEDATAVALUE(in(chart), in(source), in(income), real(nan)), 0);
+  EXPECT_EQ(CX_ADDDATAVALUE(in(chart), in(source), in(city), in(paris)), 0);
+  EXPECT_EQ(CX_ADDROW(in(chart), in(source)), 3);
+  EXPECT_EQ(CX_ADDDOUBLEDATAVALUE(in(chart), in(source), in(income), real(-inf)), 0);
+  EXPECT_EQ(number(0), 2.5);
+  EXPECT_TRUE(std::isnan(number(1).value_or(0)));
+  EXPECT_EQ(number(2), -inf);
+  EXPECT_EQ(cityText(0), "Paris");
+  EXPECT_EQ(cityText(1), "Paris");
+  EXPECT_EQ(messages(), Messages{});
+}
+
+TEST_F(CxDataTest, RowsReportProgressEveryTenThousand) {
+  cxh_clear_debug();
+  for (int64_t row = 2; row <= 20000; ++row) ASSERT_EQ(CX_ADDROW(in(chart), in(source)), row);
+  EXPECT_EQ(cxtest::debugLines(),
+            (std::vector<std::string>{"Added 10000 rows of data", "Added 20000 rows of data"}));
 }
 
 TEST_F(CxTest, DimensionAxesAndTheirLimits) {

@@ -1,5 +1,9 @@
 // The per-case data path through the facade: rows, values landing in their
 // cells, the kinds of value stored, and the charts it discards.
+#include <map>
+#include <string>
+#include <vector>
+
 #include "chartxml/host/VORN_DataSource.h"
 #include "chartxml/host/VarDataProcessor.h"
 #include "test_support.h"
@@ -42,13 +46,18 @@ TEST_F(DataFeedTest, ValuesLandInTheirRowsAndKinds) {
 }
 
 TEST_F(DataFeedTest, AllDataDoublesTurnsTextIntoNumbers) {
+  const int oslo = str("Oslo");
   cx->AddRow(chart, src);
   cx->AddDataValue(chart, src, city, str("12"));
   EXPECT_EQ(feed().Kind("source0", "V2", 0), Kind::Number);
+  cx->AddDataValue(chart, src, income, oslo);  // remembered as a text
   EXPECT_EQ(cx->AllDataDoubles(chart), chart);
   cx->AddRow(chart, src);
   cx->AddDataValue(chart, src, city, str("Oslo"));
   EXPECT_EQ(feed().Kind("source0", "V2", 1), Kind::Number);
+  cx->AddDataValue(chart, src, income, oslo);
+  EXPECT_EQ(feed().Kind("source0", "V1", 0), Kind::String);
+  EXPECT_EQ(feed().Kind("source0", "V1", 1), Kind::Number);
 }
 
 TEST_F(DataFeedTest, SourcesShareTheRowCounter) {
@@ -106,6 +115,99 @@ TEST_F(DataFeedTest, AFailedChartRefusesDataAndIsDiscarded) {
                                                  " discarded: handle 999 names no data-source "
                                                  "variable of the chart"});
   EXPECT_EQ(cx->getChart(second), nullptr);
+}
+
+// ---- A string handle's value is remembered per column -----------------------
+// Each row stores a text twice: in V2 under a handle never seen before (the
+// full conversion), in V1 under one handle per distinct text, fed again and
+// again (remembered after its first value). The cells must not differ.
+class RememberedTextTest : public DataFeedTest {
+ protected:
+  void feedTwice(const std::vector<std::string>& texts) {
+    std::map<std::string, int> handles;
+    for (const std::string& text : texts) handles.emplace(text, str(text));
+    for (const std::string& text : texts) {
+      cx->AddRow(chart, src);
+      ASSERT_EQ(cx->AddDataValue(chart, src, city, str(text)), 0);
+      ASSERT_EQ(cx->AddDataValue(chart, src, income, handles.at(text)), 0);
+    }
+  }
+  void expectSameCells() {
+    const std::uint32_t rows = feed().GetRowCount("source0");
+    for (std::uint32_t row = 0; row < rows; ++row) {
+      ASSERT_EQ(feed().Kind("source0", "V1", row), feed().Kind("source0", "V2", row)) << row;
+      EXPECT_EQ(feed().Text("source0", "V1", row), feed().Text("source0", "V2", row)) << row;
+      EXPECT_EQ(feed().Number("source0", "V1", row), feed().Number("source0", "V2", row)) << row;
+    }
+  }
+  // The instance again, its default code page `codePage`, with this test's chart.
+  void restartWith(const char* codePage) {
+    ChartXml::Terminate();
+    cxh_set_code_page(codePage);
+    cx = ChartXml::Initialize();
+    chart = newChart();
+    cx->SetDataSource(chart, source);
+    src = cx->AddSource(chart);
+    income = cx->AddVariable(chart, src, 2, false);
+    city = cx->AddVariable(chart, src, 3, true);
+  }
+};
+
+TEST_F(RememberedTextTest, HandleNumberReusedAfterAResetStoresItsNewText) {
+  cx->AddRow(chart, src);
+  const int first = str("12");
+  const int second = str("north");
+  cx->AddDataValue(chart, src, income, first);
+  cx->AddDataValue(chart, src, city, second);
+  cx->AddRow(chart, src);
+  cx->AddDataValue(chart, src, income, first);
+  cx->AddDataValue(chart, src, city, second);
+  // The table forgets every handle; the numbers come back for other texts.
+  cx->ResetStrings();
+  ASSERT_EQ(str("south"), first);
+  ASSERT_EQ(str("7.5"), second);
+  cx->AddRow(chart, src);
+  cx->AddDataValue(chart, src, income, first);
+  cx->AddDataValue(chart, src, city, second);
+  EXPECT_EQ(feed().Number("source0", "V1", 1), 12);
+  EXPECT_EQ(feed().Text("source0", "V2", 1), "north");
+  EXPECT_EQ(feed().Text("source0", "V1", 2), "south");
+  EXPECT_EQ(feed().Number("source0", "V2", 2), 7.5);
+  EXPECT_TRUE(messages().empty());
+}
+
+TEST_F(RememberedTextTest, RepeatedTextsStoreWhatNewHandlesStore) {
+  const std::vector<std::string> texts = {"Paris", "12", " 3.5", "1e5", "nan",  "",
+                                          "Paris", "12", " 3.5", "1e5", "nan",  "",
+                                          "Rome",  "",   "Rome", "1e5", "Paris"};
+  feedTwice(texts);
+  expectSameCells();
+  EXPECT_EQ(feed().Number("source0", "V1", 7), 12);
+  EXPECT_EQ(feed().Number("source0", "V1", 8), 3.5);
+  EXPECT_EQ(feed().Number("source0", "V1", 9), 1e5);
+  EXPECT_EQ(feed().Text("source0", "V1", 10), "nan");  // not a number to the feed
+  EXPECT_EQ(feed().Text("source0", "V1", 11), "");
+  EXPECT_EQ(feed().Text("source0", "V1", 16), "Paris");
+  EXPECT_TRUE(messages().empty());
+}
+
+TEST_F(RememberedTextTest, TextsOfAnotherCodePageStoreWhatNewHandlesStore) {
+  restartWith("CP1252");
+  feedTwice({"Z\xfcrich", "Malm\xf6", "Z\xfcrich", "Malm\xf6", "Z\xfcrich"});
+  expectSameCells();
+  EXPECT_EQ(feed().Text("source0", "V1", 4), "Z\u00fcrich");
+  EXPECT_TRUE(messages().empty());
+}
+
+// Many handles share a column's slots: each evicts another, none is confused.
+TEST_F(RememberedTextTest, HandlesSharingASlotKeepTheirOwnTexts) {
+  std::vector<std::string> texts;
+  for (int round = 0; round < 3; ++round) {
+    for (int i = 0; i < 600; ++i) texts.push_back("t" + std::to_string(i));
+  }
+  feedTwice(texts);
+  expectSameCells();
+  EXPECT_EQ(feed().Text("source0", "V1", 1799), "t599");
 }
 
 TEST_F(DataFeedTest, UnknownStringHandleStoresWhatTheTableYields) {

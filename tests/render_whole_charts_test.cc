@@ -1,10 +1,12 @@
 // Every whole chart the library's suites build, fed its data, ended and
 // drawn from what the host was sent: nothing may be left out but the gaps
 // listed below, each with the reason it is not drawn yet.
+#include <filesystem>
 #include <map>
 #include <string>
 #include <vector>
 
+#include "chartxml/chartxml_host.h"
 #include "chartxml/render.h"
 #include "test_support.h"
 #include "whole_charts.h"
@@ -62,6 +64,43 @@ TEST_P(RenderWholeCharts, AreDrawnWithNothingLeftOutButTheirKnownGaps) {
   ASSERT_TRUE(svg) << renderer.error();
   EXPECT_EQ(svg->find("class=\"mark ") != std::string::npos, expected.drawsMarks);
   EXPECT_TRUE(renderer.picture(chartxml::PictureFormat::kPng)) << renderer.error();
+}
+
+class RenderSentToFolder : public cxtest::FacadeTest {
+ protected:
+  void TearDown() override {
+    cxh_set_output_dir(nullptr);
+    cxh_clear_sent();
+    FacadeTest::TearDown();
+  }
+};
+
+// Sent into an output folder, a chart keeps no data in memory: the renderer
+// reads the file the host wrote, and says so when it is gone.
+TEST_F(RenderSentToFolder, ChartIsDrawnFromItsDataFileAndRefusedWithoutIt) {
+  const std::string scratch = cxtest::scratchDir("render-sent");
+  const std::filesystem::path out = std::filesystem::path(scratch) / "out";
+  cxh_clear_sent();
+  cxh_set_output_dir(out.c_str());
+  const cxtest::WholeChart& whole = cxtest::wholeChart("coloured mean scatter");
+  ASSERT_EQ(cxtest::sendWholeChart(*cx, newChart(), whole, scratch), 0);
+  ASSERT_EQ(cxh_sent_count(), 1);
+  ASSERT_EQ(cxh_sent_data_csv(0, "source0"), nullptr);
+  ASSERT_NE(cxh_sent_data_path(0, "source0"), nullptr);
+  const std::string file = cxh_sent_data_path(0, "source0");
+
+  chartxml::ChartRenderer fromFile;
+  ASSERT_TRUE(fromFile.loadFile((out / "chart-0001.xml").string())) << fromFile.error();
+  chartxml::ChartRenderer sent;
+  ASSERT_TRUE(sent.loadSent(0)) << sent.error();
+  const auto svg = sent.picture(chartxml::PictureFormat::kSvg);
+  ASSERT_TRUE(svg) << sent.error();
+  EXPECT_NE(svg->find("class=\"mark "), std::string::npos);
+  EXPECT_EQ(svg, fromFile.picture(chartxml::PictureFormat::kSvg));
+
+  std::filesystem::remove(file);
+  EXPECT_FALSE(sent.loadSent(0));
+  EXPECT_NE(sent.error().find("not found"), std::string::npos) << sent.error();
 }
 
 INSTANTIATE_TEST_SUITE_P(LibraryCharts, RenderWholeCharts, ::testing::ValuesIn(chartNames()),

@@ -19,11 +19,9 @@
 
 namespace {
 
-// A never-written number cell. A quiet NaN with a payload of its own, so that
-// it survives copies and cannot be confused with a NaN that a caller stored
-// (those are normalised to the canonical quiet NaN on the way in).
-constexpr std::uint64_t kMissingBits = 0x7ff8'0000'4d49'5353ull;
-const double kMissing = std::bit_cast<double>(kMissingBits);
+// A never-written number cell (see the header); a NaN that a caller stored
+// is normalised to the canonical quiet NaN on the way in.
+constexpr std::uint64_t kMissingBits = VarDataProcessor::kMissingBits;
 constexpr double kCanonicalNaN = std::numeric_limits<double>::quiet_NaN();
 static_assert(std::bit_cast<std::uint64_t>(kCanonicalNaN) != kMissingBits);
 
@@ -50,83 +48,24 @@ constexpr std::size_t kEntryOverhead = sizeof(void*) + sizeof(std::string) + siz
                                        sizeof(std::size_t) + sizeof(void*) +
                                        sizeof(std::string_view);
 
-// The cells of one kind of a column. Storage grows by doubling and is left
-// uninitialised: only the cells below `filled` are valid, and a write past
-// them marks the gap as missing. Sequential rows therefore never pay for a
-// fill. The cells are trivially copyable, so growth uses realloc, which for
-// large blocks remaps pages instead of copying them.
-template <typename T>
-class Cells {
-  static_assert(std::is_trivially_copyable_v<T>);
-
- public:
-  Cells() = default;
-  Cells(const Cells&) = delete;
-  Cells& operator=(const Cells&) = delete;
-  ~Cells() { std::free(data_); }
-
-  bool covers(std::uint32_t row) const { return row < filled_; }
-  T& operator[](std::uint32_t row) { return data_[row]; }
-  const T& operator[](std::uint32_t row) const { return data_[row]; }
-  std::size_t capacity() const { return capacity_; }
-
-  // Stores `value` at `row`; false when the storage cannot grow.
-  bool store(std::uint32_t row, T value, T missing, std::uint32_t initialRows,
-             std::size_t* allocations) {
-    if (row >= capacity_ && !grow(row, initialRows, allocations)) [[unlikely]]
-      return false;
-    if (row > filled_) [[unlikely]]
-      std::fill(data_ + filled_, data_ + row, missing);
-    data_[row] = value;
-    if (row >= filled_) filled_ = row + 1;
-    return true;
-  }
-
- private:
-  [[gnu::noinline]] bool grow(std::uint32_t row, std::uint32_t initialRows,
-                              std::size_t* allocations) {
-    std::size_t capacity = capacity_ == 0 ? initialRows : capacity_;
-    while (capacity <= row) capacity *= 2;
-    capacity = std::min<std::size_t>(capacity, VarDataProcessor::kMaxRows);
-    void* grown = std::realloc(data_, capacity * sizeof(T));
-    if (grown == nullptr) return false;
-    data_ = static_cast<T*>(grown);
-    capacity_ = capacity;
-    ++*allocations;
-    return true;
-  }
-
-  T* data_ = nullptr;
-  std::size_t capacity_ = 0;
-  std::uint32_t filled_ = 0;
-};
-
 }  // namespace
 
-class VarDataProcessor::Column {
+// The cells and the bookkeeping of the other kind are ColumnCells (in the
+// header, so that writes are inline on both sides); setNumber is there.
+class VarDataProcessor::Column : public VarDataProcessor::ColumnCells {
  public:
   Column(std::string name, std::uint32_t initialRows, std::size_t* allocations)
-      : name_(std::move(name)), initialRows_(initialRows), allocations_(allocations) {}
-
-  // The hot path: a bounds check, a store, and the bookkeeping of the other
-  // kind and the row span. Growth is out of line.
-  bool setNumber(std::uint32_t row, double value) {
-    if (!numbers_.store(row, value != value ? kCanonicalNaN : value, kMissing, initialRows_,
-                        allocations_)) [[unlikely]]
-      return false;
-    if (codes_.covers(row)) codes_[row] = 0;
-    if (row >= rows_) rows_ = row + 1;
-    return true;
-  }
+      : ColumnCells(initialRows, allocations), name_(std::move(name)) {}
 
   bool setText(std::uint32_t row, std::string_view text) {
+    const std::uint32_t code = textCode(text);
+    return code != 0 && setCode(row, code);
+  }
+
+  // The text's dictionary code, added when new; 0 when it cannot be stored.
+  std::uint32_t textCode(std::string_view text) {
     const auto found = dictionary_.find(text);
-    const std::uint32_t code = found != dictionary_.end() ? found->second : intern(text);
-    if (code == 0 || !codes_.store(row, code, 0, initialRows_, allocations_)) [[unlikely]]
-      return false;
-    if (numbers_.covers(row)) numbers_[row] = kMissing;
-    if (row >= rows_) rows_ = row + 1;
-    return true;
+    return found != dictionary_.end() ? found->second : intern(text);
   }
 
   CellKind kind(std::uint32_t row) const {
@@ -175,14 +114,9 @@ class VarDataProcessor::Column {
     return code;
   }
 
-  Cells<double> numbers_;
-  Cells<std::uint32_t> codes_;
-  std::uint32_t rows_ = 0;
   std::unordered_map<std::string, std::uint32_t, TextHash, std::equal_to<>> dictionary_;
   std::vector<std::string_view> texts_;
   std::string name_;
-  std::uint32_t initialRows_;
-  std::size_t* allocations_;
 };
 
 namespace {
@@ -209,7 +143,10 @@ bool readsAsNumber(std::string_view text) {
   return error != std::errc::invalid_argument && stop == end;
 }
 
-void appendCsvField(std::string& out, std::string_view field) {
+// `out` is a std::string or a CsvBuffer: one rule for both, so the streamed
+// and the in-memory CSV cannot differ.
+template <typename Out>
+void appendCsvField(Out& out, std::string_view field) {
   if (field.find_first_of(",\"\r\n") == std::string_view::npos && !readsAsNumber(field)) {
     out += field;
     return;
@@ -268,6 +205,7 @@ bool VarDataProcessor::AddVariable(const std::string& source, const std::string&
   // A record already handed over stays with whatever it was tied to.
   if (!impl_->records.insert(record).second) return false;
   record->column = nullptr;
+  record->cells = nullptr;
   const auto it = impl_->sourceByName.find(source);
   if (it == impl_->sourceByName.end()) return false;
   Source& s = *it->second;
@@ -275,6 +213,7 @@ bool VarDataProcessor::AddVariable(const std::string& source, const std::string&
   auto column = std::make_unique<Column>(name, s.initialRows, &impl_->allocations);
   s.byName.emplace(name, column.get());
   record->column = column.get();
+  record->cells = column.get();
   s.columns.push_back(std::move(column));
   return true;
 }
@@ -290,6 +229,29 @@ bool VarDataProcessor::SetStringVariableValue(_varinfo* record, std::uint32_t ro
   if (record == nullptr || record->column == nullptr || row >= kMaxRows) [[unlikely]]
     return false;
   return record->column->setText(row, utf8);
+}
+
+std::uint32_t VarDataProcessor::TextCode(_varinfo* record, std::string_view utf8) {
+  if (record == nullptr || record->column == nullptr) [[unlikely]]
+    return 0;
+  return record->column->textCode(utf8);
+}
+
+// Out of line: growth is rare, and the writers inline the rest. The cells are
+// trivially copyable, so realloc, which for large blocks remaps pages
+// instead of copying them.
+bool VarDataProcessor::GrowCells(void** data, std::size_t* capacity, std::size_t cellSize,
+                                 std::uint32_t row, std::uint32_t initialRows,
+                                 std::size_t* allocations) {
+  std::size_t grown = *capacity == 0 ? initialRows : *capacity;
+  while (grown <= row) grown *= 2;
+  grown = std::min<std::size_t>(grown, kMaxRows);
+  void* block = std::realloc(*data, grown * cellSize);
+  if (block == nullptr) return false;
+  *data = block;
+  *capacity = grown;
+  ++*allocations;
+  return true;
 }
 
 std::uint32_t VarDataProcessor::GetRowCount(const std::string& source) const {
@@ -339,19 +301,97 @@ std::optional<std::string> VarDataProcessor::Text(const std::string& source,
   return std::string(column->text(row));
 }
 
+namespace {
+
+// The CSV's bytes on their way to a sink: a fixed buffer handed over when it
+// fills. After a refusal it keeps accepting bytes (and dropping them), so
+// that writers check ok() at their own pace.
+class CsvBuffer {
+ public:
+  CsvBuffer(char* buffer, std::size_t size, VarDataProcessor::CsvSink& sink)
+      : begin_(buffer), pos_(buffer), end_(buffer + size), sink_(sink) {}
+
+  bool ok() const { return ok_; }
+
+  // At least `bytes` (at most the buffer's size) free at pos(); false when
+  // making room failed.
+  bool room(std::size_t bytes) { return static_cast<std::size_t>(end_ - pos_) >= bytes || flush(); }
+  char* pos() { return pos_; }
+  char* end() { return end_; }
+  void advance(char* to) { pos_ = to; }
+
+  CsvBuffer& operator+=(char c) {
+    if (pos_ == end_) flush();
+    *pos_++ = c;
+    return *this;
+  }
+  CsvBuffer& operator+=(std::string_view text) {
+    while (!text.empty()) {
+      if (pos_ == end_) flush();
+      const std::size_t n = std::min<std::size_t>(text.size(), end_ - pos_);
+      std::copy_n(text.data(), n, pos_);
+      pos_ += n;
+      text.remove_prefix(n);
+    }
+    return *this;
+  }
+
+  // Hands the buffer over (and empties it, whatever the sink said).
+  bool flush() {
+    if (ok_ && pos_ != begin_) {
+      ok_ = sink_.Drain(std::string_view(begin_, static_cast<std::size_t>(pos_ - begin_)));
+    }
+    pos_ = begin_;
+    return ok_;
+  }
+
+ private:
+  char* begin_;
+  char* pos_;
+  char* end_;
+  VarDataProcessor::CsvSink& sink_;
+  bool ok_ = true;
+};
+
+// Room for a separator, the longest shortest double (24 characters) and a
+// line end, with some to spare.
+constexpr std::size_t kNumberCellRoom = 40;
+
+class StringSink final : public VarDataProcessor::CsvSink {
+ public:
+  explicit StringSink(std::string& out) : out_(out) {}
+  bool Drain(std::string_view bytes) override {
+    out_ += bytes;
+    return true;
+  }
+
+ private:
+  std::string& out_;
+};
+
+}  // namespace
+
 std::string VarDataProcessor::ToCsv(const std::string& source) const {
-  const Source* s = impl_->source(source);
-  if (s == nullptr) return std::string();
   std::string out;
+  StringSink sink(out);
+  WriteCsv(source, sink);
+  return out;
+}
+
+bool VarDataProcessor::WriteCsv(const std::string& source, CsvSink& sink) const {
+  const Source* s = impl_->source(source);
+  if (s == nullptr) return true;
+  char buffer[kCsvBufferBytes];
+  CsvBuffer out(buffer, sizeof buffer, sink);
   for (std::size_t i = 0; i < s->columns.size(); ++i) {
     if (i > 0) out += ',';
     appendCsvField(out, s->columns[i]->name());
   }
   out += '\n';
   const std::uint32_t rows = GetRowCount(source);
-  char number[32];
-  for (std::uint32_t row = 0; row < rows; ++row) {
+  for (std::uint32_t row = 0; row < rows && out.ok(); ++row) {
     for (std::size_t i = 0; i < s->columns.size(); ++i) {
+      if (!out.room(kNumberCellRoom)) return false;
       if (i > 0) out += ',';
       const Column& column = *s->columns[i];
       switch (column.kind(row)) {
@@ -362,8 +402,7 @@ std::string VarDataProcessor::ToCsv(const std::string& source) const {
           // whatever the process locale.
           const double value = column.number(row);
           if (std::isnan(value) || value == kVornMissingValue) break;
-          const auto written = std::to_chars(number, number + sizeof number, value);
-          out.append(number, written.ptr);
+          out.advance(std::to_chars(out.pos(), out.end(), value).ptr);
           break;
         }
         case CellKind::String:
@@ -375,7 +414,7 @@ std::string VarDataProcessor::ToCsv(const std::string& source) const {
     }
     out += '\n';
   }
-  return out;
+  return out.flush();
 }
 
 std::size_t VarDataProcessor::BytesUsed(const std::string& source,

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <set>
 #include <system_error>
 
@@ -43,24 +44,94 @@ std::string errorText(int error) {
   return std::error_code(error, std::generic_category()).message();
 }
 
-// O_NOFOLLOW: a symbolic link planted in the folder under a chart's file name
-// must not redirect the write elsewhere.
-bool writeFile(const std::filesystem::path& path, const std::string& content) {
-  const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0644);
-  int error = fd < 0 ? errno : 0;
-  for (std::size_t done = 0; error == 0 && done < content.size();) {
-    const ssize_t written = ::write(fd, content.data() + done, content.size() - done);
-    if (written < 0) {
-      if (errno != EINTR) error = errno;
-    } else {
-      done += static_cast<std::size_t>(written);
-    }
+// One file of a chart, written under a temporary name in its folder and
+// renamed into place by commit(). O_EXCL and O_NOFOLLOW: a file or symbolic
+// link planted under the temporary name must not redirect the write.
+class ChartFile final : public VarDataProcessor::CsvSink {
+ public:
+  explicit ChartFile(std::filesystem::path path) : path_(std::move(path)) {
+    // Appended piece by piece: gcc's -Wrestrict misfires on "." + name.
+    std::string name(1, '.');
+    name += path_.filename().string();
+    name += ".tmp-";
+    name += std::to_string(::getpid());
+    temp_ = path_.parent_path() / name;
   }
-  if (fd >= 0 && ::close(fd) != 0 && error == 0) error = errno;
-  if (error == 0) return true;
-  report("cannot write chart file " + path.string() + ": " + errorText(error), kSource, __LINE__);
-  return false;
-}
+  ChartFile(const ChartFile&) = delete;
+  ChartFile& operator=(const ChartFile&) = delete;
+  ~ChartFile() override {
+    if (fd_ >= 0) ::close(fd_);
+  }
+
+  bool open() {
+    constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+    fd_ = ::open(temp_.c_str(), kFlags, 0644);
+    // The name holds this process's id: what is there was left by an
+    // earlier process of the same id that died mid-write.
+    if (fd_ < 0 && errno == EEXIST && ::unlink(temp_.c_str()) == 0) {
+      fd_ = ::open(temp_.c_str(), kFlags, 0644);
+    }
+    if (fd_ < 0) return fail(errno);
+    created_ = true;
+    return true;
+  }
+
+  bool Drain(std::string_view bytes) override {
+    while (error_ == 0 && !bytes.empty()) {
+      const ssize_t written = ::write(fd_, bytes.data(), bytes.size());
+      if (written < 0) {
+        if (errno != EINTR) fail(errno);
+      } else {
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+      }
+    }
+    return error_ == 0;
+  }
+
+  // Closes the temporary file; false (and the error kept) when the system
+  // reports a failed write only now.
+  bool finish() {
+    const int fd = fd_;
+    fd_ = -1;
+    if (::close(fd) != 0 && error_ == 0) fail(errno);
+    return error_ == 0;
+  }
+
+  bool commit() {
+    if (::rename(temp_.c_str(), path_.c_str()) != 0) return fail(errno);
+    committed_ = true;
+    return true;
+  }
+
+  // Removes whatever of the file exists, under either name.
+  void discard() {
+    if (fd_ >= 0) ::close(fd_);
+    fd_ = -1;
+    if (committed_)
+      ::unlink(path_.c_str());
+    else if (created_)
+      ::unlink(temp_.c_str());
+    created_ = committed_ = false;
+  }
+
+  // The failure, as the report gives it; "" when there was none.
+  std::string failure() const {
+    return error_ == 0 ? std::string()
+                       : "cannot write chart file " + path_.string() + ": " + errorText(error_);
+  }
+  const std::filesystem::path& path() const { return path_; }
+
+ private:
+  bool fail(int error) {
+    if (error_ == 0) error_ = error;
+    return false;
+  }
+
+  std::filesystem::path path_, temp_;
+  int fd_ = -1;
+  int error_ = 0;
+  bool created_ = false, committed_ = false;
+};
 
 bool ensureFolder(const std::filesystem::path& folder) {
   std::error_code ec;
@@ -72,21 +143,63 @@ bool ensureFolder(const std::filesystem::path& folder) {
   return false;
 }
 
-bool writeFiles(const SentChart& chart, const std::filesystem::path& folder) {
+// The data of every source of `feed`, in memory.
+void keepData(SentChart& chart, const VarDataProcessor* feed) {
+  chart.data.clear();
+  if (feed == nullptr) return;
+  for (std::string& source : feed->SourceNames()) {
+    std::string csv = feed->ToCsv(source);
+    chart.data.push_back({std::move(source), std::move(csv), {}});
+  }
+}
+
+// Writes the chart's files and records their paths in `chart`; on failure
+// removes every file written so far, reports and returns false.
+bool writeFiles(SentChart& chart, const VarDataProcessor* feed,
+                const std::filesystem::path& folder) {
   if (!ensureFolder(folder)) return false;
   char stem[32];
   std::snprintf(stem, sizeof stem, "chart-%04d", chart.number);
-  bool written = writeFile(folder / (std::string(stem) + ".xml"), chart.xml);
+  const std::vector<std::string> sources = feed ? feed->SourceNames() : std::vector<std::string>();
+  // The document is files.front(), committed last so that a reader that
+  // waits for it finds the data complete.
+  std::vector<std::unique_ptr<ChartFile>> files;
+  files.reserve(sources.size() + 1);
+  const auto opened = [&](const std::filesystem::path& path) -> ChartFile* {
+    files.push_back(std::make_unique<ChartFile>(path));
+    return files.back()->open() ? files.back().get() : nullptr;
+  };
+  bool ok = false;
+  if (ChartFile* file = opened(folder / (std::string(stem) + ".xml"))) {
+    ok = file->Drain(chart.xml) && file->finish();
+  }
   // Distinct sources may clean up to the same name; later ones get a number
   // so that no source's data overwrites another's.
   std::set<std::string> taken;
-  for (const auto& [source, csv] : chart.data) {
-    const std::string base = fileNamePart(source);
+  for (std::size_t i = 0; ok && i < sources.size(); ++i) {
+    const std::string base = fileNamePart(sources[i]);
     std::string part = base;
     for (int n = 2; !taken.insert(part).second; ++n) part = base + '-' + std::to_string(n);
-    written = writeFile(folder / (std::string(stem) + '.' + part + ".csv"), csv) && written;
+    ChartFile* file = opened(folder / (std::string(stem) + '.' + part + ".csv"));
+    ok = file && feed->WriteCsv(sources[i], *file) && file->finish();
   }
-  return written;
+  for (std::size_t i = 1; ok && i <= files.size(); ++i) ok = files[i % files.size()]->commit();
+  if (!ok) {
+    std::string failure;
+    for (const auto& file : files) {
+      if (failure.empty()) failure = file->failure();
+      file->discard();
+    }
+    report(failure.empty() ? "cannot write chart " + std::string(stem) + " into " + folder.string()
+                           : failure,
+           kSource, __LINE__);
+    return false;
+  }
+  chart.data.clear();
+  for (std::size_t i = 0; i < sources.size(); ++i) {
+    chart.data.push_back({sources[i], {}, files[i + 1]->path().string()});
+  }
+  return true;
 }
 
 // A host that validates what it receives refuses a document with any
@@ -104,8 +217,15 @@ bool passesCheck(const std::string& xml) {
 }  // namespace
 
 const std::string* SentChart::csv(std::string_view source) const {
-  for (const auto& [name, text] : data) {
-    if (name == source) return &text;
+  for (const Data& entry : data) {
+    if (entry.source == source) return entry.path.empty() ? &entry.csv : nullptr;
+  }
+  return nullptr;
+}
+
+const std::string* SentChart::dataPath(std::string_view source) const {
+  for (const Data& entry : data) {
+    if (entry.source == source) return entry.path.empty() ? nullptr : &entry.path;
   }
   return nullptr;
 }
@@ -125,13 +245,15 @@ std::deque<SentChart>& sentCharts() {
   return charts;
 }
 
-bool sendChart(SentChart chart) {
+bool sendChart(SentChart chart, const VarDataProcessor* feed) {
   if (settings::validate() && !passesCheck(chart.xml)) return false;
   const std::string folder = settings::outputDir();
   if (!folder.empty()) nextNumber = std::max(nextNumber, highestNumberIn(folder) + 1);
   chart.number = nextNumber++;
   SentChart& kept = sentCharts().emplace_back(std::move(chart));
-  return folder.empty() || writeFiles(kept, folder);
+  if (!folder.empty() && writeFiles(kept, feed, folder)) return true;
+  keepData(kept, feed);
+  return folder.empty();
 }
 
 void clearSentCharts() {

@@ -51,6 +51,13 @@ const char* cxh_sent_data_csv(int i, const char* source) {
   return csv ? csv->c_str() : nullptr;
 }
 
+const char* cxh_sent_data_path(int i, const char* source) {
+  const cxhost::SentChart* chart = sentChart(i);
+  if (!chart || !source) return nullptr;
+  const std::string* path = chart->dataPath(source);
+  return path ? path->c_str() : nullptr;
+}
+
 void cxh_clear_sent(void) {
   cxhost::clearSentCharts();
 }

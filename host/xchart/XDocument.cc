@@ -328,12 +328,9 @@ bool XDocument::SendChart(bool /*keep*/, bool /*show*/, bool /*print*/) {
   chart.xml = xml.str();
   chart.description = description_.toUTF8();
   chart.chartTemplate = template_;
-  if (data_) {
-    for (const std::string& source : data_->SourceNames()) {
-      chart.data.emplace_back(source, data_->ToCsv(source));
-    }
-  }
-  return cxhost::sendChart(std::move(chart));
+  // The sink reads the data from the feed's columns: into an output folder
+  // it streams them to the files, never holding a whole CSV.
+  return cxhost::sendChart(std::move(chart), data_);
 }
 
 // ---- customizeCharts --------------------------------------------------------

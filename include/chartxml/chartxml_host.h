@@ -1,4 +1,5 @@
-/* The reference host's C API: settings, the report and debug logs, data
+/** \file
+ * The reference host's C API: settings, the report and debug logs, data
  * sources and the charts the host has been sent.
  *
  * Rules:
@@ -25,21 +26,27 @@ extern "C" {
 #endif
 
 /* Settings. */
-CHARTXML_HOST_EXPORT void cxh_set_language(const char* code); /* "en", "ja", "zh-tw", ... */
+CHARTXML_HOST_EXPORT void cxh_set_language(const char* code); /**< "en", "ja", "zh-tw", ... */
+/** The folder of the string tables (one folder per language); NULL: CHARTXML_STRINGS, else those
+ * of the install tree the host library was loaded from (or of the source tree). A folder without
+ * them is reported, once, when the library loads its texts. */
 CHARTXML_HOST_EXPORT void cxh_set_string_tables(const char* dir);
-CHARTXML_HOST_EXPORT void cxh_set_code_page(const char* name); /* the default multibyte code page */
+/** The default multibyte code page. */
+CHARTXML_HOST_EXPORT void cxh_set_code_page(const char* name);
+/** 1: the host is bootstrapping, and charts are not sent: ending one sends nothing and returns -1.
+ * Off by default. */
 CHARTXML_HOST_EXPORT void cxh_set_bootstrapping(int on);
-CHARTXML_HOST_EXPORT void cxh_set_quiet(int on); /* 1: reports are not echoed to standard error */
-/* 1: every chart sent is checked first (cxh_check_xml with the schema); a
+CHARTXML_HOST_EXPORT void cxh_set_quiet(int on); /**< 1: reports are not echoed to standard error */
+/** 1: every chart sent is checked first (cxh_check_xml with the schema); a
  * document with a finding is refused: each finding is reported, the chart is
  * neither kept nor written and the send fails. Off by default. */
 CHARTXML_HOST_EXPORT void cxh_set_validate(int on);
-/* Where sent charts are written (chart-NNNN.xml and chart-NNNN.SOURCE.csv,
+/** Where sent charts are written (chart-NNNN.xml and chart-NNNN.SOURCE.csv,
  * numbered after the highest chart number already in the folder);
  * NULL: keep them in memory only. */
 CHARTXML_HOST_EXPORT void cxh_set_output_dir(const char* dir);
 
-/* Data sources. cxh_open_csv reads PATH (RFC 4180: a header row of variable
+/** Data sources. cxh_open_csv reads PATH (RFC 4180: a header row of variable
  * names, one row per case; fields separated by ',', ';' or tab, whichever
  * splits the header line into the most fields, ',' then ';' on a tie) and,
  * when it exists, PATH.dict.json beside it (labels, display formats,
@@ -64,52 +71,54 @@ CHARTXML_HOST_EXPORT void cxh_set_output_dir(const char* dir);
  * half-loaded is returned). The caller owns it and releases it with
  * cxh_close; the library never frees it. */
 CHARTXML_HOST_EXPORT void* cxh_open_csv(const char* path);
-/* How to read a CSV data source; zero-initialise (all defaults), then set what you need. */
+/** How to read a CSV data source; zero-initialise (all defaults), then set what you need. */
 typedef struct cxh_csv_options {
-  /* 0: detect from the header line (',', ';' or tab) */
+  /** 0: detect from the header line (',', ';' or tab) */
   char delimiter;
-  /* NULL: by byte-order mark, else the code page (cxh_set_code_page, CHARTXML_CODEPAGE; UTF-8 by
+  /** NULL: by byte-order mark, else the code page (cxh_set_code_page, CHARTXML_CODEPAGE; UTF-8 by
    * default); or a code-page name ("UTF-8", "CP1252", "UTF-16LE", ...) */
   const char* encoding;
-  /* 0: numeric dates such as 01/02/2000 stay text; 1: month first; 2: day first */
+  /** 0: numeric dates such as 01/02/2000 stay text; 1: month first; 2: day first */
   int date_order;
 } cxh_csv_options;
-/* cxh_open_csv with options; PATH "-" reads standard input (its dictionary, if any, is not looked
+/** cxh_open_csv with options; PATH "-" reads standard input (its dictionary, if any, is not looked
  * for). NULL OPTIONS: all defaults. Without a date order, numeric dates (01/02/2000, 01.02.2000,
  * 2000/02/01) are dates only in a variable the dictionary gives a date format: month first for type
  * 21, else day first. A delimiter other than a tab or a printable ASCII character, the quote, or a
  * date order out of range is refused. Standard input is read to its end once: opening "-" again
  * gets what is left, nothing ("standard input is empty"). Reports name standard input "<stdin>". */
 CHARTXML_HOST_EXPORT void* cxh_open_csv_ex(const char* path, const cxh_csv_options* options);
-/* What the reader decided for each column of SOURCE (as returned by cxh_open_csv[_ex]), one line
+/** What the reader decided for each column of SOURCE (as returned by cxh_open_csv[_ex]), one line
  * each, "NAME: KIND"; valid until SOURCE is closed. "" for NULL. KIND is "text", "number (2
  * decimals)", "number (all missing)", "date (yyyy-MM-dd)", "date-time (yyyy-MM-ddTHH:mm:ss)" (the
  * forms the values were written in, "; " between several) or "date-time with offsets converted to
- * UTC". Each line ends in "\n"; line breaks in a name show as \r and \n. */
+ * UTC". Each line ends in "\n"; line breaks in a name show as `\r` and `\n`. */
 CHARTXML_HOST_EXPORT const char* cxh_csv_column_kinds(void* source);
+/** Releases a data source (cxh_open_csv, cxh_open_csv_ex) or a dictionary (cxh_dictionary);
+ * NULL does nothing. A failure is reported, never thrown. */
 CHARTXML_HOST_EXPORT void cxh_close(void* source_or_dictionary);
-/* A procedure dictionary over SOURCE: variable number k (1-based) names column
+/** A procedure dictionary over SOURCE: variable number k (1-based) names column
  * columns[k-1] (0-based). Pass it as the dictionary argument with a data
  * pointer that is not all-ones. NULL (reported) when SOURCE is NULL, COUNT is
  * negative or a column is out of range. Release with cxh_close before its
  * source. */
 CHARTXML_HOST_EXPORT void* cxh_dictionary(void* source, const int64_t* columns, int64_t count);
 
-/* Reports: every ChartException and TsError, oldest first; the most recent
+/** Reports: every ChartException and TsError, oldest first; the most recent
  * 100,000 are kept. */
 CHARTXML_HOST_EXPORT int cxh_report_count(void);
-CHARTXML_HOST_EXPORT const char* cxh_report_message(int i); /* NULL when i is out of range */
-CHARTXML_HOST_EXPORT const char* cxh_report_source(int i);  /* e.g. "backend/chartxml/src/chart" */
-CHARTXML_HOST_EXPORT int cxh_report_line(int i);            /* -1 when i is out of range */
-CHARTXML_HOST_EXPORT void cxh_clear_reports(void);
+CHARTXML_HOST_EXPORT const char* cxh_report_message(int i); /**< NULL when i is out of range */
+CHARTXML_HOST_EXPORT const char* cxh_report_source(int i); /**< e.g. "backend/chartxml/src/chart" */
+CHARTXML_HOST_EXPORT int cxh_report_line(int i);           /**< -1 when i is out of range */
+CHARTXML_HOST_EXPORT void cxh_clear_reports(void);         /**< forgets every report */
 
-/* Debug lines written through ChartBase::printDebugInfo; the most recent
+/** Debug lines written through ChartBase::printDebugInfo; the most recent
  * 100,000 are kept. */
 CHARTXML_HOST_EXPORT int cxh_debug_count(void);
-CHARTXML_HOST_EXPORT const char* cxh_debug_line(int i); /* NULL when i is out of range */
-CHARTXML_HOST_EXPORT void cxh_clear_debug(void);
+CHARTXML_HOST_EXPORT const char* cxh_debug_line(int i); /**< NULL when i is out of range */
+CHARTXML_HOST_EXPORT void cxh_clear_debug(void);        /**< forgets every debug line */
 
-/* Checks the chart document XML (UTF-8, NUL-terminated): well formed, valid
+/** Checks the chart document XML (UTF-8, NUL-terminated): well formed, valid
  * against the chart schema when USE_SCHEMA is not 0 (the installed
  * data/schema/chart.xsd; CHARTXML_SCHEMA names another), and every reference
  * in it names a part of the right kind. Each finding is reported to the
@@ -117,14 +126,20 @@ CHARTXML_HOST_EXPORT void cxh_clear_debug(void);
  * the document passed); -1 when XML is NULL. */
 CHARTXML_HOST_EXPORT int cxh_check_xml(const char* xml, int use_schema);
 
-/* Charts the host has been sent, oldest first. */
+/** Charts the host has been sent, oldest first. */
 CHARTXML_HOST_EXPORT int cxh_sent_count(void);
-CHARTXML_HOST_EXPORT const char* cxh_sent_xml(int i);         /* the final document text */
-CHARTXML_HOST_EXPORT const char* cxh_sent_description(int i); /* UTF-8 */
-CHARTXML_HOST_EXPORT const char* cxh_sent_template(int i);
-/* The data of SOURCE (e.g. "source0") as CSV; NULL if the chart has none. */
+CHARTXML_HOST_EXPORT const char* cxh_sent_xml(int i);         /**< the final document text */
+CHARTXML_HOST_EXPORT const char* cxh_sent_description(int i); /**< UTF-8 */
+CHARTXML_HOST_EXPORT const char* cxh_sent_template(int i);    /**< NULL when i is out of range */
+/** The data of SOURCE (e.g. "source0") as CSV; NULL if the chart has none,
+ * or when its data went to a file of the output folder (see
+ * cxh_sent_data_path): a chart sent into a folder keeps no data in memory. */
 CHARTXML_HOST_EXPORT const char* cxh_sent_data_csv(int i, const char* source);
-/* Forgets every sent chart and gives its memory back; the next chart is
+/** The data file the sink wrote for SOURCE (the folder's path joined with
+ * chart-NNNN.SOURCE.csv); NULL when the data is held in memory or there is no
+ * such source. Valid until cxh_clear_sent; the file is the caller's to keep. */
+CHARTXML_HOST_EXPORT const char* cxh_sent_data_path(int i, const char* source);
+/** Forgets every sent chart and gives its memory back; the next chart is
  * numbered 1 again, or, into an output folder, after the highest chart
  * number already there (no chart's files are ever overwritten). */
 CHARTXML_HOST_EXPORT void cxh_clear_sent(void);

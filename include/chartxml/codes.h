@@ -1,4 +1,5 @@
-/* Named codes for the CX_ entry points and the ChartXml operations: the
+/** \file
+ * Named codes for the CX_ entry points and the ChartXml operations: the
  * vocabulary codes (the predefined string handles that name the fixed words
  * of the chart description), the role codes of dimensions and facets, and
  * the summary functions of variables, the display format types and the chart
@@ -17,6 +18,8 @@
 #define CHARTXML_CODES_H_
 
 /* clang-format off */
+/** The vocabulary words, ENTRY(NAME, code) each, the text in the comment:
+ * cx_word's enumerators are CX_WORD_ and the NAME. */
 #define CX_WORD_LIST(ENTRY) \
   ENTRY(AXISX, 1)                          /* "axisx" */ \
   ENTRY(AXISY, 2)                          /* "axisy" */ \
@@ -173,6 +176,8 @@
   ENTRY(X_AXIS, 155)                       /* "X Axis" */ \
   ENTRY(DOT, 156)                          /* "dot" */
 
+/** The roles, ENTRY(NAME, code) each: cx_role's enumerators are CX_ROLE_ and
+ * the NAME. */
 #define CX_ROLE_LIST(ENTRY) \
   ENTRY(X, 1)                              /* "x" */ \
   ENTRY(Y, 2)                              /* "y" */ \
@@ -181,6 +186,9 @@
   ENTRY(THETA, 5)                          /* "theta" */ \
   ENTRY(PHI, 6)                            /* "phi" */ \
   ENTRY(POSITION, 7)                       /* "position" */
+/** The summary functions, ENTRY(NAME, code) each, the description written
+ * and its parameters in the comment: cx_summary's enumerators are
+ * CX_SUMMARY_ and the NAME. */
 #define CX_SUMMARY_LIST(ENTRY) \
   ENTRY(CUSTOM_STATISTIC, -1)               /* "customStatistic" */ \
   ENTRY(NUMBER_OF_CASES, 1)                 /* "numberOfCases" */ \
@@ -206,6 +214,8 @@
   ENTRY(NUMBER_INSIDE, 23)                  /* "numberInside; p1; p2" */ \
   ENTRY(G_MEDIAN, 25)                       /* "gMedian; p1" */ \
   ENTRY(G_PTILE, 26)                        /* "gPtile; p1" */
+/** The display format types, ENTRY(NAME, type) each, an example in the
+ * comment: cx_format's enumerators are CX_FORMAT_ and the NAME. */
 #define CX_FORMAT_LIST(ENTRY) \
   ENTRY(STRING, 1)                         /* text as it is */ \
   ENTRY(GROUPED, 3)                        /* 1,234.50 */ \
@@ -234,6 +244,8 @@
   ENTRY(CURRENCY_E, 35)                    /* CCE 1,234.50 */ \
   ENTRY(ACCOUNTING, 36)                    /* (1,234.50) when negative */ \
   ENTRY(TRAILING_MINUS, 37)                /* 1234.50- when negative */
+/** The chart kinds, ENTRY(NAME, code) each: cx_chart's enumerators are
+ * CX_CHART_ and the NAME. */
 #define CX_CHART_LIST(ENTRY) \
   ENTRY(ICICLE, 1)                         /* interval levels stacked across */ \
   ENTRY(ICICLE_VERTICAL, 2)                /* interval levels stacked upwards */
@@ -246,13 +258,13 @@
 #define CX_FORMAT_ENUMERATOR_(name, code) CX_CODES_ENUMERATOR_(CX_FORMAT_, name, code)
 #define CX_CHART_ENUMERATOR_(name, code) CX_CODES_ENUMERATOR_(CX_CHART_, name, code)
 
-/* The vocabulary codes: CX_WORD_TITLE is 17, the string handle of "title". */
+/** The vocabulary codes: CX_WORD_TITLE is 17, the string handle of "title". */
 enum cx_word { CX_WORD_LIST(CX_WORD_ENUMERATOR_) };
 
-/* The role codes: the axis a dimension or facet variable stands for. */
+/** The role codes: the axis a dimension or facet variable stands for. */
 enum cx_role { CX_ROLE_LIST(CX_ROLE_ENUMERATOR_) };
 
-/* The summary functions of SetSummaryFunction (CX_SETSUMMARYFUNCTION): the
+/** The summary functions of SetSummaryFunction (CX_SETSUMMARYFUNCTION): the
  * statistic a variable shows, each written as the description its name
  * spells, with the one or two parameters it takes. Code 15 is written as
  * CX_SUMMARY_NUMBER_OF_CASES; 0, 2 and 24 are refused. */
@@ -260,7 +272,7 @@ enum cx_summary { CX_SUMMARY_LIST(CX_SUMMARY_ENUMERATOR_) };
 
 #undef CX_WORD_ENUMERATOR_
 #undef CX_ROLE_ENUMERATOR_
-/* The display format types: the type part of a display format code, which
+/** The display format types: the type part of a display format code, which
  * packs type, width and decimals as CX_FORMAT_CODE makes them
  * (SetVariableFormat, GetVariableFormat, LRValue). The comments show 1234.5
  * with 2 decimals, and the dates and times 26 September 1994, 23:06:40.
@@ -269,12 +281,12 @@ enum cx_summary { CX_SUMMARY_LIST(CX_SUMMARY_ENUMERATOR_) };
  * a number of seconds. Codes not listed show the value as it is. */
 enum cx_format { CX_FORMAT_LIST(CX_FORMAT_ENUMERATOR_) };
 
-/* A display format code from its type, width (1 to 40) and decimals. */
+/** A display format code from its type, width (1 to 40) and decimals. */
 #define CX_FORMAT_CODE(type, width, decimals) (((type) << 16) | ((width) << 8) | (decimals))
-/* The type of a display format code. */
+/** The type of a display format code. */
 #define CX_FORMAT_TYPE(code) ((code) >> 16)
 
-/* The chart kinds of SetChartType (CX_SETCHARTTYPE): a chart whose intervals
+/** The chart kinds of SetChartType (CX_SETCHARTTYPE): a chart whose intervals
  * are drawn as an icicle plot, levels across or upwards. A chart whose kind is
  * not set is drawn as its elements say. */
 enum cx_chart { CX_CHART_LIST(CX_CHART_ENUMERATOR_) };

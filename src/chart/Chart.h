@@ -20,6 +20,7 @@
 #include <xercesc/dom/DOMElement.hpp>
 #include <xercesc/util/XMLString.hpp>
 
+#include "chartstringhandler/ChartStringHandler.h"
 #include "chartxml/host/ChartBase.h"
 #include "chartxml/host/ChartErrorHandler.h"
 #include "chartxml/host/ChartString.h"
@@ -28,7 +29,6 @@
 #include "chartxml/host/VarDataProcessor.h"
 #include "common/KeyedTable.h"
 
-class ChartStringHandler;
 class VORN_DataSource;
 class VORN_Variable;
 
@@ -165,8 +165,34 @@ class Chart : public ChartBase {
     VarDataProcessor::_varinfo* record = feedRecord(variable);
     if (record == nullptr) return -1;  // stricter than AddDataValue: no such variable
     // Before the first row the index wraps to the top; the feed refuses it.
-    dataProcessor_.SetVariableValue(record, rowCounter_ - 1, value);
+    VarDataProcessor::StoreNumber(record, rowCounter_ - 1, value);
     return 0;
+  }
+  // The same operations for the flat entry points' fast lane: each does the
+  // operation and returns true only where it cannot fail, report or throw (a
+  // live chart, a data-source variable, a string value seen before, no
+  // progress line due); otherwise it changes nothing and returns false, and
+  // the caller takes the full path, which reports as it always did.
+  bool tryAddRow(int& rows) noexcept {
+    if (fatalError() || (rowCounter_ + 1) % kProgressEvery == 0) return false;
+    rows = static_cast<int>(++rowCounter_);
+    return true;
+  }
+  bool tryAddDoubleDataValue(int variable, double value) noexcept {
+    if (fatalError()) return false;
+    VarDataProcessor::_varinfo* record = feedRecord(variable);
+    if (record == nullptr) return false;
+    VarDataProcessor::StoreNumber(record, rowCounter_ - 1, value);
+    return true;
+  }
+  bool tryAddDataValue(int variable, int text) noexcept {
+    if (fatalError()) return false;
+    VarDataProcessor::_varinfo* record = feedRecord(variable);
+    if (record == nullptr) return false;
+    const TextSlot* slot = cachedText(variable, text);
+    if (slot == nullptr) return false;
+    storeCached(record, *slot);
+    return true;
   }
   // The feed record of a data-source variable, or null.
   VarDataProcessor::_varinfo* feedRecord(int variable) const {
@@ -174,7 +200,10 @@ class Chart : public ChartBase {
                ? feedRecords_[variable]
                : nullptr;
   }
-  void AllDataDoubles() { allDoubles_ = true; }
+  void AllDataDoubles() {
+    allDoubles_ = true;
+    textCaches_.clear();  // what a text became depends on it
+  }
   std::uint32_t rowCount() const { return rowCounter_; }
   VarDataProcessor& dataProcessor() { return dataProcessor_; }
 
@@ -366,6 +395,44 @@ class Chart : public ChartBase {
   std::uint32_t rowCounter_ = 0;
   bool allDoubles_ = false;
   std::string utf8Scratch_;
+
+  // What a string handle's text became in a column: a dictionary code, or
+  // (code 0) a number. Remembered per column so that a repeated value is
+  // stored without conversion, number test or hashing. Direct-mapped by
+  // handle, a fixed number of slots per column: a procedure that makes a new
+  // handle per case only evicts. A slot's key holds the string table's
+  // generation with the handle, so a reset table, whose handle numbers come
+  // back for other texts, or a replaced text misses.
+  struct TextSlot {
+    std::uint64_t key = ~std::uint64_t{0};
+    std::uint32_t code = 0;
+    double number = 0;
+  };
+  static constexpr std::size_t kTextSlots = 256;
+  static std::uint64_t textKey(std::uint32_t generation, int text) {
+    return (std::uint64_t{generation} << 32) | static_cast<std::uint32_t>(text);
+  }
+  // The slot that holds `text` for the variable's column, or null.
+  const TextSlot* cachedText(int variable, int text) const noexcept {
+    if (static_cast<std::size_t>(variable) >= textCaches_.size()) return nullptr;
+    const TextSlot* slots = textCaches_[variable].get();
+    if (slots == nullptr) return nullptr;
+    const TextSlot& slot = slots[static_cast<std::uint32_t>(text) % kTextSlots];
+    return slot.key == textKey(strings_->generation(), text) ? &slot : nullptr;
+  }
+  // Keeps what a text became for the variable's column (may allocate).
+  void remember(int variable, const TextSlot& made);
+  void storeCached(VarDataProcessor::_varinfo* record, const TextSlot& slot) noexcept {
+    const std::uint32_t row = rowCounter_ - 1;
+    if (slot.code != 0) {
+      VarDataProcessor::StoreCode(record, row, slot.code);
+    } else {
+      VarDataProcessor::StoreNumber(record, row, slot.number);
+    }
+  }
+  // Columns' slot arrays by element handle, as feedRecords_; made on a
+  // column's first string value.
+  std::vector<std::unique_ptr<TextSlot[]>> textCaches_;
   ChartErrorHandler errorHandler_;
   ChartStringHandler* strings_;
   int chartIndex_;

@@ -22,7 +22,9 @@ void ChartStringHandler::report(const std::string& message, int line) {
 }
 
 void ChartStringHandler::insert(int code, const ChartString& text) {
-  strings_.insertOrAssign(keyOf(code), text);
+  const ChartKey key = keyOf(code);
+  if (strings_.find(key) != nullptr) ++generation_;  // a text replaced under its handle
+  strings_.insertOrAssign(key, text);
 }
 
 int ChartStringHandler::add(const ChartString& text) {
@@ -133,6 +135,7 @@ ChartString ChartStringHandler::getString(int handle) {
 }
 
 void ChartStringHandler::reset() {
+  ++generation_;
   next_ = 0;
   composites_.clear();
   strings_.clear();

@@ -4,6 +4,7 @@
 #ifndef CHARTXML_CHARTSTRINGHANDLER_CHARTSTRINGHANDLER_H_
 #define CHARTXML_CHARTSTRINGHANDLER_CHARTSTRINGHANDLER_H_
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
@@ -51,6 +52,11 @@ class ChartStringHandler {
   ChartString translate(const std::string& key);
 
   int nextHandle() const { return next_; }
+  // Changes whenever a handle's text may have changed: the table was reset
+  // (handle numbers are then given out again, for other texts) or a handle's
+  // text was replaced. A text that peek returned stays that handle's text
+  // while the generation stays, so a caller may remember what it made of it.
+  std::uint32_t generation() const { return generation_; }
   ChartErrorHandler& errors() { return errors_; }
 
   // Fills the vocabulary codes (VocabularyCodes.cc).
@@ -68,6 +74,7 @@ class ChartStringHandler {
   ChartXml& owner_;
   ChartErrorHandler& errors_;
   int next_ = 0;
+  std::uint32_t generation_ = 0;
   chartxml::KeyedTable<ChartString> strings_;
   std::map<int, std::unique_ptr<OmComposite>> composites_;
 };

@@ -18,8 +18,24 @@
 #include "chartxml/host/VORN_DataSource.h"
 #include "facade/ChartRegistry.h"
 
+namespace chartxml {
+
+// The chart resolved last, held outside State so that the flat entry points
+// read it without a call. There is one instance at a time; its State keeps
+// this up to date (and clears it when it is made).
+struct ResolvedChart {
+  int handle = -1;
+  Chart* chart = nullptr;
+};
+inline ResolvedChart lastResolved;
+
+}  // namespace chartxml
+
 struct ChartXml::State {
-  explicit State(ChartXml& owner) : self(owner) {}
+  explicit State(ChartXml& owner) : self(owner) { chartxml::lastResolved = {}; }
+  ~State() { chartxml::lastResolved = {}; }
+  State(const State&) = delete;
+  State& operator=(const State&) = delete;
 
   // The per-case resolution: the cached chart, else a quiet look-up.
   // Defined in facade/Forward.h.
@@ -55,8 +71,8 @@ struct ChartXml::State {
   int nextHandle = 0;
   // The chart resolved last: per-case calls name the same chart again and
   // again, and skip the registry look-up. Cleared whenever a chart goes.
-  int lastChartHandle = -1;
-  Chart* lastChart = nullptr;
+  int& lastChartHandle = chartxml::lastResolved.handle;
+  Chart*& lastChart = chartxml::lastResolved.chart;
   std::unique_ptr<xercesc::SchemaValidator> validator;
   std::unique_ptr<ChartStringHandler> stringHandler;
   std::unique_ptr<chartxml::ChartRegistry> charts = std::make_unique<chartxml::ChartRegistry>();

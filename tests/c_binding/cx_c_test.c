@@ -77,19 +77,26 @@ int main(void) {
                           &legend) > 0,
         "a legend frame");
 
+  /* "north" is one handle, given twice: the second time it is remembered. */
   const double xs[] = {1, 2, 3}, ys[] = {2.5, 0, 7};
-  const char* regions[] = {"north", "south", "north"};
+  const int64_t north = text("north"), south = text("south");
+  const int64_t* regions[] = {&north, &south, &north};
   for (int row = 0; row < 3; ++row) {
     check(CX_ADDROW(&chart, &source) == row + 1, "a row");
     CX_ADDDOUBLEDATAVALUE(&chart, &source, &x, &xs[row]);
     if (row != 1) CX_ADDDOUBLEDATAVALUE(&chart, &source, &y, &ys[row]);
-    const int64_t value = text(regions[row]);
-    check(CX_ADDDATAVALUE(&chart, &source, &region, &value) == 0, "a string value");
+    check(CX_ADDDATAVALUE(&chart, &source, &region, regions[row]) == 0, "a string value");
   }
   const int64_t descriptionLength = 6, templateLength = 11;
   check(CX_SETCHARTDESCRIPTION(&chart, "Y by X", &descriptionLength) == 0, "a description");
   check(CX_SETCHARTTEMPLATE(&chart, "scatter.tpl", &templateLength) == 0, "a template");
   check(cxh_report_count() == 0, "nothing reported while building");
+  /* A missing address is refused and reported; the row keeps its value. */
+  check(CX_ADDDOUBLEDATAVALUE(&chart, &source, &x, NULL) == -1 && cxh_report_count() == 1 &&
+            contains(cxh_report_message(0), "null argument address for CX_ADDDOUBLEDATAVALUE"),
+        "a value without its address refused");
+  check(CX_ADDROW(&chart, NULL) == -1 && cxh_report_count() == 2, "a row without its source");
+  cxh_clear_reports();
   check(CX_ENDCHART(&chart) == 0, "CX_ENDCHART");
 
   check(cxh_sent_count() == 1, "one chart sent");

@@ -18,12 +18,17 @@
 #ifndef CHARTXML_HOST_VARDATAPROCESSOR_H_
 #define CHARTXML_HOST_VARDATAPROCESSOR_H_
 
+#include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 #include "chartxml/export.h"
@@ -31,12 +36,95 @@
 class CHARTXML_HOST_EXPORT VarDataProcessor {
  public:
   static constexpr std::uint32_t kMaxRows = 1u << 28;
+  // A never-written number cell: a quiet NaN with a payload of its own, so
+  // that it cannot be confused with a NaN a caller stored (those are stored
+  // as the canonical quiet NaN).
+  static constexpr std::uint64_t kMissingBits = 0x7ff8'0000'4d49'5353ull;
+
+  // Grows a column's cells to hold `row` (doubling from `initialRows`, at
+  // most kMaxRows); false, with nothing changed, when memory runs out.
+  static bool GrowCells(void** data, std::size_t* capacity, std::size_t cellSize, std::uint32_t row,
+                        std::uint32_t initialRows, std::size_t* allocations);
+
+  // The cells of one kind of a column. Storage grows by doubling and is left
+  // uninitialised: only the cells below `filled` are valid, and a write past
+  // them marks the gap as missing, so sequential rows never pay for a fill.
+  template <typename T>
+  class Cells {
+    static_assert(std::is_trivially_copyable_v<T>);  // grown with realloc
+
+   public:
+    Cells() = default;
+    Cells(const Cells&) = delete;
+    Cells& operator=(const Cells&) = delete;
+    ~Cells() { std::free(data_); }
+
+    bool covers(std::uint32_t row) const { return row < filled_; }
+    T& operator[](std::uint32_t row) { return data_[row]; }
+    const T& operator[](std::uint32_t row) const { return data_[row]; }
+    std::size_t capacity() const { return capacity_; }
+
+    // Stores `value` at `row`; false when the storage cannot grow.
+    bool store(std::uint32_t row, T value, T missing, std::uint32_t initialRows,
+               std::size_t* allocations) {
+      if (row >= capacity_ && !GrowCells(reinterpret_cast<void**>(&data_), &capacity_, sizeof(T),
+                                         row, initialRows, allocations)) [[unlikely]]
+        return false;
+      if (row > filled_) [[unlikely]]
+        std::fill(data_ + filled_, data_ + row, missing);
+      data_[row] = value;
+      if (row >= filled_) filled_ = row + 1;
+      return true;
+    }
+
+   private:
+    T* data_ = nullptr;
+    std::size_t capacity_ = 0;
+    std::uint32_t filled_ = 0;
+  };
+
+  // What a write touches of a column: its numbers, its dictionary codes (0:
+  // no string) and its row span. Defined here so that a writer in another
+  // library stores a value inline, without a call per value; the column
+  // (VarDataProcessor.cc) adds its dictionary and name.
+  class ColumnCells {
+   public:
+    bool setNumber(std::uint32_t row, double value) {
+      if (!numbers_.store(row, value != value ? std::numeric_limits<double>::quiet_NaN() : value,
+                          std::bit_cast<double>(kMissingBits), initialRows_, allocations_))
+          [[unlikely]]
+        return false;
+      if (codes_.covers(row)) codes_[row] = 0;
+      if (row >= rows_) rows_ = row + 1;
+      return true;
+    }
+    // Stores a code that the column's dictionary gave out (TextCode).
+    bool setCode(std::uint32_t row, std::uint32_t code) {
+      if (!codes_.store(row, code, 0, initialRows_, allocations_)) [[unlikely]]
+        return false;
+      if (numbers_.covers(row)) numbers_[row] = std::bit_cast<double>(kMissingBits);
+      if (row >= rows_) rows_ = row + 1;
+      return true;
+    }
+
+   protected:
+    ColumnCells(std::uint32_t initialRows, std::size_t* allocations)
+        : initialRows_(initialRows), allocations_(allocations) {}
+    ~ColumnCells() = default;
+
+    Cells<double> numbers_;
+    Cells<std::uint32_t> codes_;
+    std::uint32_t rows_ = 0;
+    std::uint32_t initialRows_;
+    std::size_t* allocations_;
+  };
 
   class Column;
   // A variable's record: the caller allocates it with new, AddVariable takes it over
-  // and ties it to its column.
+  // and ties it to its column (both pointers name the same column).
   struct CHARTXML_HOST_EXPORT _varinfo {
     Column* column = nullptr;
+    ColumnCells* cells = nullptr;
   };
 
   // What one cell holds.
@@ -61,6 +149,24 @@ class CHARTXML_HOST_EXPORT VarDataProcessor {
   bool SetVariableValue(_varinfo* record, std::uint32_t row, double value);
   bool SetStringVariableValue(_varinfo* record, std::uint32_t row, std::string_view utf8);
 
+  // The per-value path split in two, for a writer that remembers what a text
+  // became: TextCode is the column's dictionary code of `utf8` (added when
+  // new; 0 for a null or untied record or when memory runs out), and
+  // StoreCode stores such a code, as SetStringVariableValue stores the text.
+  // A code stays valid for the feed's lifetime. StoreNumber is
+  // SetVariableValue, inline.
+  std::uint32_t TextCode(_varinfo* record, std::string_view utf8);
+  static bool StoreCode(_varinfo* record, std::uint32_t row, std::uint32_t code) {
+    if (record == nullptr || record->cells == nullptr || row >= kMaxRows || code == 0) [[unlikely]]
+      return false;
+    return record->cells->setCode(row, code);
+  }
+  static bool StoreNumber(_varinfo* record, std::uint32_t row, double value) {
+    if (record == nullptr || record->cells == nullptr || row >= kMaxRows) [[unlikely]]
+      return false;
+    return record->cells->setNumber(row, value);
+  }
+
   // One more than the highest row written in any variable of the source; 0
   // for an unknown source.
   std::uint32_t GetRowCount(const std::string& source) const;
@@ -82,6 +188,22 @@ class CHARTXML_HOST_EXPORT VarDataProcessor {
   // number are quoted, and a quoted field is always a text. "" for an unknown
   // source.
   std::string ToCsv(const std::string& source) const;
+
+  // Where WriteCsv puts the CSV: it fills a buffer of kCsvBufferBytes and
+  // hands it over whenever it is full and once at the end, so no more than
+  // that is held at once. Drain returns false to stop the writing (the sink
+  // keeps its own account of why); the bytes it was given are then the
+  // last. Called on the writing thread only.
+  class CHARTXML_HOST_EXPORT CsvSink {
+   public:
+    virtual ~CsvSink() = default;
+    virtual bool Drain(std::string_view bytes) = 0;
+  };
+  static constexpr std::size_t kCsvBufferBytes = 64 * 1024;
+  // Writes the source's CSV, the very bytes of ToCsv (which is this into a
+  // string), to `sink`; nothing for an unknown source. False when the sink
+  // refused bytes. Allocates nothing; the buffer is on the stack.
+  bool WriteCsv(const std::string& source, CsvSink& sink) const;
 
   // ---- Accounting -----------------------------------------------------------
   // Bytes the variable's values take: its arrays' capacity and its string
