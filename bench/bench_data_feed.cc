@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "bench_charts.h"
 #include "bench_support.h"
 #include "chartxml/ChartXml.h"
 #include "chartxml/chartxml_host.h"
@@ -22,24 +23,7 @@ constexpr double kMaxRatio = 4.0;
 constexpr double kMaxNumericBytes = 8.5;
 constexpr double kMaxStringBytes = 4.5;
 
-// A three-column numeric data source with no rows: the variables need columns
-// to refer to, the values come from the loop.
-class ThreeColumns : public VORN_DataSource {
- public:
-  ThreeColumns() {
-    for (const char* name : {"x", "y", "z"}) columns_.emplace_back(name, false);
-  }
-  int ColumnCount() const override { return 3; }
-  int RowCount() const override { return 0; }
-  VORN_Variable* GetVariable(int column) override {
-    return column >= 0 && column < 3 ? &columns_[column] : nullptr;
-  }
-  double GetNumber(int, int) const override { return 0; }
-  std::string GetString(int, int) const override { return {}; }
-
- private:
-  std::vector<VORN_Variable> columns_;
-};
+using bench::ThreeColumns;
 
 struct FeedChart {
   explicit FeedChart(ChartXml* cx, VORN_DataSource* source) : cx(cx) {

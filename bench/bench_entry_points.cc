@@ -13,6 +13,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "bench_charts.h"
 #include "bench_support.h"
 #include "chartxml/ChartXml.h"
 #include "chartxml/chartxml_host.h"
@@ -27,22 +28,7 @@ constexpr double kMaxOverFloor = 2.0;
 constexpr double kMaxStringNs = 15.0;
 constexpr double kMaxOverVectors = 2.5;
 
-class ThreeColumns : public VORN_DataSource {
- public:
-  ThreeColumns() {
-    for (const char* name : {"x", "y", "z"}) columns_.emplace_back(name, false);
-  }
-  int ColumnCount() const override { return 3; }
-  int RowCount() const override { return 0; }
-  VORN_Variable* GetVariable(int column) override {
-    return column >= 0 && column < 3 ? &columns_[column] : nullptr;
-  }
-  double GetNumber(int, int) const override { return 0; }
-  std::string GetString(int, int) const override { return {}; }
-
- private:
-  std::vector<VORN_Variable> columns_;
-};
+using bench::ThreeColumns;
 
 ThreeColumns* source() {
   static ThreeColumns columns;

@@ -18,6 +18,7 @@
 #include <optional>
 #include <string>
 
+#include "bench_charts.h"
 #include "bench_support.h"
 #include "chartxml/chartxml_host.h"
 #include "chartxml/codes.h"
@@ -33,92 +34,16 @@
 
 namespace {
 
-constexpr int kGroups = 5;
-
-// Word codes of the chart vocabulary, as the command-line tool uses them.
-constexpr int64_t kPoint = CX_WORD_POINT;
-constexpr int64_t kScatter = CX_WORD_SCATTER;
-constexpr int64_t kColor = CX_WORD_COLOR;
-constexpr int64_t kNone = -1;
-constexpr int64_t kNo = 0;
-constexpr int64_t kYes = 1;
-constexpr int64_t kFirst = 1;
-void* const kAllOnes = reinterpret_cast<void*>(~std::uintptr_t{0});
-
-// The same data as bench/render_vs_matplotlib.py makes: five round clouds
-// of normal points (Box-Muller over a fixed linear congruential sequence),
-// point i in group i % 5.
-struct Cloud {
-  std::uint64_t state = 42;
-  double uniform() {
-    state = state * 6364136223846793005ULL + 1442695040888963407ULL;
-    return (static_cast<double>(state >> 11) + 0.5) / 9007199254740992.0;
-  }
-  void point(int group, double& x, double& y) {
-    const double r = std::sqrt(-2 * std::log(uniform())), t = 2 * M_PI * uniform();
-    x = group * 2.0 + r * std::cos(t);
-    y = (group % 2) * 3.0 + r * std::sin(t);
-  }
-};
-
-bool need(int64_t status, const char* step) {
-  if (status >= 0) return true;
-  std::fprintf(stderr, "bench_render: %s failed\n", step);
-  return false;
-}
+using bench::Cloud;
+using bench::kGroups;
 
 // Sends the host a scatter of `points` points coloured by group, built
 // through the library's entry points as a procedure builds it: its index
 // among the sent charts, or -1.
 int sendScatter(int points) {
-  // The variables need a data source with the columns' names; its rows
-  // come from the feed.
-  char path[] = "/tmp/bench_render_XXXXXX.csv";
-  const int fd = mkstemps(path, 4);
-  if (fd < 0) return -1;
-  close(fd);
-  std::ofstream(path) << "x,y,group\n0,0,1\n";
-  void* source = cxh_open_csv(path);
-  std::remove(path);
-  if (source == nullptr) return -1;
-  auto* dictionary = static_cast<VORN_FortranDictionary*>(source);
-  const std::string procedure = "bench";
-  const int64_t length = static_cast<int64_t>(procedure.size());
-  int64_t chart = kNone, data = kNone, graph = kNone, frame = kNone, element = kNone;
-  int64_t xStyle = kNone, xAxis = kNone, yStyle = kNone, yAxis = kNone;
-  int64_t style = kNone, legend = kNone;
-  int64_t vars[3];
-  bool ok = need(CX_INIT(kAllOnes, &dictionary, procedure.data(), &length), "CX_INIT") &&
-            need(CX_CREATECHARTEX(kAllOnes, &dictionary, procedure.data(), &length, &chart, &data,
-                                  &graph, &frame),
-                 "CX_CREATECHARTEX");
-  for (int64_t c = 0; ok && c < 3; ++c) {
-    const int64_t categorical = c == 2 ? kYes : kNo;
-    vars[c] = CX_ADDVARIABLE(&chart, &data, &c, &categorical);
-    ok = need(vars[c], "CX_ADDVARIABLE");
-  }
-  ok = ok &&
-       need(CX_ADDXYDIMENSIONWITHAXIS(&chart, &frame, &kNone, &kNone, &kNo, &kNo, &xStyle, &xAxis,
-                                      &yStyle, &yAxis),
-            "CX_ADDXYDIMENSIONWITHAXIS") &&
-       need(CX_ADDXYELEMENTEX(&chart, &frame, &kFirst, &kPoint, &vars[0], &vars[1], &kScatter,
-                              &element),
-            "CX_ADDXYELEMENTEX") &&
-       need(CX_ADDCOLOR(&chart, &element, &vars[2]), "CX_ADDCOLOR") &&
-       need(CX_ADDLEGENDFRAME(&chart, &graph, &element, &kFirst, &kColor, nullptr, &style, &legend),
-            "CX_ADDLEGENDFRAME");
-  Cloud cloud;
-  for (int i = 0; ok && i < points; ++i) {
-    double x = 0, y = 0;
-    cloud.point(i % kGroups, x, y);
-    const double group = i % kGroups + 1;
-    ok = CX_ADDROW(&chart, &data) >= 0 && CX_ADDDOUBLEDATAVALUE(&chart, &data, &vars[0], &x) >= 0 &&
-         CX_ADDDOUBLEDATAVALUE(&chart, &data, &vars[1], &y) >= 0 &&
-         CX_ADDDOUBLEDATAVALUE(&chart, &data, &vars[2], &group) >= 0;
-  }
-  ok = ok && need(CX_ENDCHART(&chart), "CX_ENDCHART");
-  CX_TERMINATE();
-  cxh_close(source);
+  bench::CxScatter scatter;
+  const bool ok = scatter.begin(true) && scatter.feed(points) && scatter.end();
+  scatter.close();
   return ok ? cxh_sent_count() - 1 : -1;
 }
 

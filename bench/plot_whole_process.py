@@ -11,30 +11,15 @@ usage: bench/plot_whole_process.py [BUILD_DIR] [--runs N] [--keep DIR]
 import argparse
 import os
 import shutil
-import subprocess
 import sys
 import tempfile
-import time
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
-from render_vs_matplotlib import make_data  # noqa: E402  the same data as the render figure
+from render_vs_matplotlib import make_data, run  # noqa: E402  the same data as the render figure
 
 ROWS = 1000000
 GOAL_SECONDS = 0.4
 GOAL_MB = 200.0
-
-
-def run(argv):
-    """Runs a process to its end: (wall seconds, peak resident MB)."""
-    start = time.perf_counter()
-    child = subprocess.Popen(argv, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
-    err = child.stderr.read().decode(errors="replace")
-    _, status, usage = os.wait4(child.pid, 0)
-    seconds = time.perf_counter() - start
-    child.stderr.close()
-    if status != 0:
-        sys.exit("failed: %s\n%s" % (" ".join(argv), err))
-    return seconds, usage.ru_maxrss / 1024.0
 
 
 def main():

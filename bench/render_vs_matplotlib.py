@@ -51,9 +51,11 @@ def run(argv):
     """Runs a process to its end: (wall seconds, peak resident MB)."""
     start = time.perf_counter()
     child = subprocess.Popen(argv, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+    # Read before waiting: a child with more to say than a pipe holds would
+    # otherwise wait for us as we wait for it.
+    err = child.stderr.read().decode(errors="replace")
     _, status, usage = os.wait4(child.pid, 0)
     seconds = time.perf_counter() - start
-    err = child.stderr.read().decode(errors="replace")
     child.stderr.close()
     if status != 0:
         sys.exit("failed: %s\n%s" % (" ".join(argv), err))
