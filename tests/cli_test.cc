@@ -738,6 +738,26 @@ TEST_F(CliTest, PlotReadsDataAsItsReaderOptionsSay) {
   EXPECT_FALSE(contains(words.err, "--date-order")) << words.err;
 }
 
+// A file of tens of megabytes makes the tool start itself again, with the
+// C library asked for huge pages: the chart is the same as without.
+TEST_F(CliTest, PlotOfALargeFileChartsEveryRow) {
+  constexpr int kRows = 20000;
+  {
+    // A long note per row takes the file past 16 MB with few rows to chart.
+    std::ofstream csv(dir / "large.csv");
+    csv << "x,y,note\n";
+    const std::string note(900, 'n');
+    for (int i = 0; i < kRows; ++i) csv << i << ',' << 2 * i << ',' << note << '\n';
+  }
+  ASSERT_GT(fs::file_size(dir / "large.csv"), std::uintmax_t{16} << 20);
+  const Result plot = chartxml({"plot", "large.csv", "--type", "scatter", "--x", "x", "--y", "y",
+                                "--out", "large", "--picture", "none"});
+  ASSERT_EQ(plot.status, 0) << plot.err;
+  const std::string data = readFile(dir / "large" / chartName(1, "source0.csv"));
+  EXPECT_EQ(lineCount(data), kRows + 1u);
+  EXPECT_NE(data.find("\n19999,39998"), std::string::npos);
+}
+
 // A named pipe gives its data once: a tool that opened it again would wait
 // for a writer that never comes, and one that read it again would find
 // nothing. The tool is stopped, and the test failed, if it does not finish.

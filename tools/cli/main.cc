@@ -1,8 +1,10 @@
 // chartxml: charts of data files through the chartxml library's flat CX_
 // entry points, written out as the reference host is sent them.
 #include <dlfcn.h>
+#include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <span>
@@ -61,6 +63,39 @@ void* loadCommandsModule(std::string& why) {
   return nullptr;
 }
 
+// A data file this large is read into blocks of tens of megabytes. Where
+// the kernel gives huge pages only to memory that asks for them, each 4 KiB
+// page of those blocks costs a fault of its own, which on a virtual machine
+// is most of the time of a big plot (halved with huge pages). The C library
+// asks for them when its tunable says so, and reads tunables only as a
+// process starts: for such a file the tool starts itself again with it.
+constexpr std::uintmax_t kLargeInput = std::uintmax_t{16} << 20;
+constexpr std::string_view kHugePages = "glibc.malloc.hugetlb=1";
+
+void startAgainWithHugePagesForLargeFiles(int argc, char** argv) {
+  const char* tunables = std::getenv("GLIBC_TUNABLES");
+  // Set already (by this tool or by the user, who then decides).
+  if (tunables != nullptr && std::strstr(tunables, "glibc.malloc.hugetlb") != nullptr) return;
+  bool large = false;
+  for (int i = 2; i < argc && !large; ++i) {
+    std::error_code error;
+    large = argv[i][0] != '-' && std::filesystem::is_regular_file(argv[i], error) &&
+            std::filesystem::file_size(argv[i], error) >= kLargeInput && !error;
+  }
+  if (!large) return;
+  const std::string before = tunables != nullptr ? tunables : "";
+  const std::string value =
+      before.empty() ? std::string(kHugePages) : before + ":" + std::string(kHugePages);
+  if (::setenv("GLIBC_TUNABLES", value.c_str(), 1) != 0) return;
+  ::execv("/proc/self/exe", argv);
+  // Not started again: go on as this process, as it was.
+  if (tunables != nullptr) {
+    ::setenv("GLIBC_TUNABLES", before.c_str(), 1);
+  } else {
+    ::unsetenv("GLIBC_TUNABLES");
+  }
+}
+
 // Runs one of the commands of the commands module, loaded now. The module
 // stays loaded until the process ends: the library's and the host's
 // teardown runs at exit, as it would in a tool linked with them.
@@ -106,6 +141,7 @@ int main(int argc, char** argv) {
   }
   if (command == "render") return runRender(rest);
   if (command == "demo" || command == "plot" || command == "check") {
+    if (command == "plot") startAgainWithHugePagesForLargeFiles(argc, argv);
     return runFromModule(command, rest);
   }
   std::fprintf(stderr,
