@@ -68,20 +68,7 @@ void BM_FacadeFeed(benchmark::State& state) {
 BENCHMARK(BM_FacadeFeed)->Unit(benchmark::kMillisecond)->MinTime(1.0);
 
 void BM_VectorBaseline(benchmark::State& state) {
-  for (auto _ : state) {
-    state.PauseTiming();
-    std::vector<double> columns[3];
-    for (auto& c : columns) c.reserve(kRows);
-    state.ResumeTiming();
-    for (int r = 0; r < kRows; ++r) {
-      const double v = r;
-      columns[0].push_back(v);
-      columns[1].push_back(v * 0.5);
-      columns[2].push_back(v + 1);
-      benchmark::ClobberMemory();
-    }
-    benchmark::DoNotOptimize(columns);
-  }
+  for (auto _ : state) bench::fillReservedVectors(state, kRows);
   state.SetItemsProcessed(state.iterations() * kRows * 3);
 }
 BENCHMARK(BM_VectorBaseline)->Unit(benchmark::kMillisecond)->MinTime(1.0);

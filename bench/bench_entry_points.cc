@@ -134,20 +134,7 @@ void BM_CxRows(benchmark::State& state) {
 BENCHMARK(BM_CxRows)->Unit(benchmark::kMillisecond)->Repetitions(5)->ReportAggregatesOnly(true);
 
 void BM_VectorRows(benchmark::State& state) {
-  for (auto _ : state) {
-    state.PauseTiming();
-    std::vector<double> columns[3];
-    for (auto& c : columns) c.reserve(kRows);
-    state.ResumeTiming();
-    for (int r = 0; r < kRows; ++r) {
-      const double x = r;
-      columns[0].push_back(x);
-      columns[1].push_back(x * 0.5);
-      columns[2].push_back(x + 1);
-      benchmark::ClobberMemory();
-    }
-    benchmark::DoNotOptimize(columns);
-  }
+  for (auto _ : state) bench::fillReservedVectors(state, kRows);
   state.SetItemsProcessed(state.iterations() * kRows * 3);
 }
 BENCHMARK(BM_VectorRows)->Unit(benchmark::kMillisecond)->Repetitions(5)->ReportAggregatesOnly(true);

@@ -34,8 +34,8 @@ to_roff() {
       return s
     }
     # "-o, --out FILE": the option words bold, the value italic.
-    function tag(spec, bold,   n, i, words, out) {
-      n = split(spec, words, " ")
+    function tag(option, bold,   n, i, words, out) {
+      n = split(option, words, " ")
       out = ""
       for (i = 1; i <= n; i++) {
         if (i > 1) out = out " "
