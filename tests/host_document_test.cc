@@ -6,6 +6,7 @@
 #include <sstream>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/framework/MemBufInputSource.hpp>
@@ -165,6 +166,45 @@ TEST_F(ChartDocument, PrinterReplacesWhatXmlCannotCarry) {
             "<visualization v=\"" + shown + "\"><t>" + shown + "</t></visualization>");
 }
 
+// Plain ASCII goes through the printer in blocks and each distinct name is
+// converted once: a character needing escape or conversion at any offset of
+// a block, a pair split across the printer's chunks, and more names than
+// its cache holds must all read back as written.
+TEST_F(ChartDocument, PrinterKeepsEveryCharacterOfLongTextsAndManyNames) {
+  const std::u16string specials[] = {u"&",  u"<",      u">",      u"\"",         u"\r",  u"\n",
+                                     u"\t", u"\u00E9", u"\u65E5", u"\U0001F600", u"\x7F"};
+  Doc d;
+  std::vector<std::u16string> values;
+  for (const std::u16string& special : specials) {
+    for (std::size_t at = 0; at < 17; ++at) {
+      values.push_back(std::u16string(at, u'a') + special + std::u16string(20 - at, u'b'));
+    }
+  }
+  // The printer converts 512 units at a time: the pair straddles the seam.
+  values.push_back(std::u16string(511, u'x') + u"\U0001F600" + std::u16string(600, u'y'));
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    const std::u16string tag = u"n" + ChartString::fromUTF8(std::to_string(i));
+    DOMElement* element = d.add(d.root(), tag.c_str(), values[i].c_str());
+    ChartBase::AddAttribute(element, u"v", values[i].c_str());
+  }
+  for (bool whiteSpace : {true, false}) {
+    XercesDOMParser parser;
+    parse(parser, print(d.doc, whiteSpace));
+    ASSERT_EQ(parser.getErrorCount(), 0u);
+    const DOMNode* child = parser.getDocument()->getDocumentElement()->getFirstChild();
+    std::size_t i = 0;
+    for (; child != nullptr; child = child->getNextSibling()) {
+      if (child->getNodeType() != DOMNode::ELEMENT_NODE) continue;
+      ASSERT_LT(i, values.size());
+      const auto* element = static_cast<const DOMElement*>(child);
+      EXPECT_EQ(utf8(element->getTagName()), "n" + std::to_string(i));
+      EXPECT_EQ(utf8(element->getAttribute(u"v")), ChartString::toUTF8(values[i])) << i;
+      EXPECT_EQ(utf8(element->getTextContent()), ChartString::toUTF8(values[i])) << i;
+      ++i;
+    }
+    EXPECT_EQ(i, values.size());
+  }
+}
 TEST_F(ChartDocument, PrinterHandlesTreesDeeperThanTheCallStack) {
   // Built from the bottom up: appending a detached chain keeps each DOM
   // insertion's ancestor check short.
