@@ -126,7 +126,9 @@ TEST(VarDataProcessor, ColumnsPayOnlyForWhatTheyHoldAndSteadyWritesAllocateNothi
   EXPECT_EQ(f.feed.BytesUsed("s", "n"), 0u);
   EXPECT_GE(f.feed.BytesUsed("s", "t"), 1024 * sizeof(std::uint32_t));
   EXPECT_LT(f.feed.BytesUsed("s", "t"), 1024 * sizeof(double));
-  f.feed.SetVariableValue(n, 0, 1.0);
+  f.feed.SetVariableValue(n, 0, 1.0);  // whole numbers take 4 bytes a cell
+  EXPECT_EQ(f.feed.BytesUsed("s", "n"), 1024 * sizeof(std::int32_t));
+  f.feed.SetVariableValue(n, 1, 0.5);  // until the first other number
   EXPECT_EQ(f.feed.BytesUsed("s", "n"), 1024 * sizeof(double));
   const std::size_t before = f.feed.Allocations();
   EXPECT_GE(before, 5u);  // two columns, three texts (one on the heap)
@@ -154,6 +156,42 @@ TEST(VarDataProcessor, ColumnsPayOnlyForWhatTheyHoldAndSteadyWritesAllocateNothi
   EXPECT_LE(f.feed.BytesUsed("s", "t") / 1e6, 4.5);
   EXPECT_EQ(f.feed.GetRowCount("s"), 1000000u);
   EXPECT_EQ(f.cell("n", 999999) + " " + f.cell("t", 999999), "n:1249998.75 s:alpha");
+}
+
+// A column keeps whole numbers in 32 bits until its first other number;
+// every cell must read the same before and after it moves to doubles, and
+// values at the edges of the range or with a sign of zero must not be taken
+// for whole numbers they are not.
+TEST(VarDataProcessor, WholeNumbersReadTheSameAfterTheColumnWidens) {
+  const double edges[] = {2147483647.0, -2147483647.0, -2147483648.0, 2147483648.0, -0.0, 1e300,
+                          3.0};
+  for (const double edge : edges) {
+    Feed f(2);
+    Record* n = f.add("n");
+    ASSERT_TRUE(f.feed.SetVariableValue(n, 0, 7));
+    ASSERT_TRUE(f.feed.SetStringVariableValue(n, 1, "text"));
+    ASSERT_TRUE(f.feed.SetVariableValue(n, 2, -12));  // row 3 left missing
+    ASSERT_TRUE(f.feed.SetVariableValue(n, 4, edge));
+    ASSERT_TRUE(f.feed.SetVariableValue(n, 5, 0));
+    ASSERT_TRUE(f.feed.SetStringVariableValue(n, 5, "over"));  // a string replaces a number
+    const Cells before = f.cells("n", 7);
+    EXPECT_EQ(
+        f.cell("n", 4), "n:" +
+                            [&] {
+                              char digits[40];
+                              std::snprintf(digits, sizeof digits, "%.17g", edge);
+                              return std::string(digits);
+                            }())
+        << edge;
+    EXPECT_EQ(std::signbit(*f.feed.Number("s", "n", 4)), std::signbit(edge));
+    ASSERT_TRUE(f.feed.SetVariableValue(n, 6, 0.25));
+    Cells widened = before;
+    widened[6] = "n:0.25";
+    EXPECT_EQ(f.cells("n", 7), widened) << edge;
+    EXPECT_EQ(f.cells("n", 7),
+              (Cells{"n:7", "s:text", "n:-12", "-", widened[4], "s:over", "n:0.25"}));
+    EXPECT_EQ(f.feed.ToCsv("s").substr(0, 12), "n\n7\ntext\n-12");
+  }
 }
 
 TEST(VarDataProcessor, WritesCsvWithQuoting) {

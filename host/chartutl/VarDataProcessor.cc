@@ -70,19 +70,21 @@ class VarDataProcessor::Column : public VarDataProcessor::ColumnCells {
 
   CellKind kind(std::uint32_t row) const {
     if (codes_.covers(row) && codes_[row] != 0) return CellKind::String;
-    if (numbers_.covers(row) && !isMissing(numbers_[row])) return CellKind::Number;
-    return CellKind::Missing;
+    const bool number = wide_ ? numbers_.covers(row) && !isMissing(numbers_[row])
+                              : wholes_.covers(row) && wholes_[row] != kMissingWhole;
+    return number ? CellKind::Number : CellKind::Missing;
   }
 
-  double number(std::uint32_t row) const { return numbers_[row]; }
+  double number(std::uint32_t row) const { return wide_ ? numbers_[row] : wholes_[row]; }
   std::string_view text(std::uint32_t row) const { return texts_[codes_[row] - 1]; }
 
   const std::string& name() const { return name_; }
   std::uint32_t rows() const { return rows_; }
 
   std::size_t bytesUsed() const {
-    std::size_t bytes =
-        numbers_.capacity() * sizeof(double) + codes_.capacity() * sizeof(std::uint32_t);
+    std::size_t bytes = wholes_.capacity() * sizeof(std::int32_t) +
+                        numbers_.capacity() * sizeof(double) +
+                        codes_.capacity() * sizeof(std::uint32_t);
     // An empty table uses a bucket inside the map object, not the heap.
     if (!dictionary_.empty()) bytes += dictionary_.bucket_count() * sizeof(void*);
     for (const std::string_view text : texts_) bytes += text.size() + kEntryOverhead;
@@ -251,6 +253,23 @@ bool VarDataProcessor::GrowCells(void** data, std::size_t* capacity, std::size_t
   *data = block;
   *capacity = grown;
   ++*allocations;
+  return true;
+}
+
+bool VarDataProcessor::WidenCells(ColumnCells& cells) {
+  if (cells.wide_) return true;
+  const double missing = std::bit_cast<double>(kMissingBits);
+  // The last row first, so that the doubles grow once.
+  for (std::uint32_t row = cells.wholes_.filled(); row-- > 0;) {
+    const std::int32_t whole = cells.wholes_[row];
+    const double value = whole == ColumnCells::kMissingWhole ? missing : whole;
+    if (!cells.numbers_.store(row, value, missing, cells.initialRows_, cells.allocations_)) {
+      cells.numbers_.release();
+      return false;
+    }
+  }
+  cells.wholes_.release();
+  cells.wide_ = true;
   return true;
 }
 

@@ -1,10 +1,13 @@
 // VarDataProcessor: a chart's data feed. Data sources by name, each with its
 // variables; each variable is one typed column addressed by row index.
 //
-// Storage: numbers are contiguous doubles, strings are dictionary-encoded
-// (one code per row, each distinct text stored once per column). A column
-// allocates the doubles only once a number arrives and the codes only once a
-// string arrives, so a column of one kind pays for that kind only. A cell
+// Storage: numbers are contiguous 32-bit integers while every number of the
+// column is a whole number in that range (group codes, counts, years: half
+// the room of doubles), and contiguous doubles from the first other number
+// on; strings are dictionary-encoded (one code per row, each distinct text
+// stored once per column). A column allocates the numbers only once a number
+// arrives and the codes only once a string arrives, so a column of one kind
+// pays for that kind only. A cell
 // never written reads as missing. Capacity starts at the source's initial
 // size and grows geometrically; writes allocate nothing once the column has
 // grown, and a string already in the column's dictionary allocates nothing.
@@ -46,6 +49,11 @@ class CHARTXML_HOST_EXPORT VarDataProcessor {
   static bool GrowCells(void** data, std::size_t* capacity, std::size_t cellSize, std::uint32_t row,
                         std::uint32_t initialRows, std::size_t* allocations);
 
+  class ColumnCells;
+  // Moves a column's whole numbers into doubles, for its first number that
+  // is not one; false, with nothing changed, when memory runs out.
+  static bool WidenCells(ColumnCells& cells);
+
   // The cells of one kind of a column. Storage grows by doubling and is left
   // uninitialised: only the cells below `filled` are valid, and a write past
   // them marks the gap as missing, so sequential rows never pay for a fill.
@@ -63,6 +71,13 @@ class CHARTXML_HOST_EXPORT VarDataProcessor {
     T& operator[](std::uint32_t row) { return data_[row]; }
     const T& operator[](std::uint32_t row) const { return data_[row]; }
     std::size_t capacity() const { return capacity_; }
+    std::uint32_t filled() const { return filled_; }
+    void release() {
+      std::free(data_);
+      data_ = nullptr;
+      capacity_ = 0;
+      filled_ = 0;
+    }
 
     // Stores `value` at `row`; false when the storage cannot grow.
     bool store(std::uint32_t row, T value, T missing, std::uint32_t initialRows,
@@ -90,30 +105,58 @@ class CHARTXML_HOST_EXPORT VarDataProcessor {
   class ColumnCells {
    public:
     bool setNumber(std::uint32_t row, double value) {
+      if (!wide_) [[likely]] {
+        if (isWhole(value)) {
+          if (!wholes_.store(row, static_cast<std::int32_t>(value), kMissingWhole, initialRows_,
+                             allocations_)) [[unlikely]]
+            return false;
+          return numberStored(row);
+        }
+        if (!WidenCells(*this)) [[unlikely]]
+          return false;
+      }
       if (!numbers_.store(row, value != value ? std::numeric_limits<double>::quiet_NaN() : value,
                           std::bit_cast<double>(kMissingBits), initialRows_, allocations_))
           [[unlikely]]
         return false;
-      if (codes_.covers(row)) codes_[row] = 0;
-      if (row >= rows_) rows_ = row + 1;
-      return true;
+      return numberStored(row);
     }
     // Stores a code that the column's dictionary gave out (TextCode).
     bool setCode(std::uint32_t row, std::uint32_t code) {
       if (!codes_.store(row, code, 0, initialRows_, allocations_)) [[unlikely]]
         return false;
       if (numbers_.covers(row)) numbers_[row] = std::bit_cast<double>(kMissingBits);
+      if (wholes_.covers(row)) wholes_[row] = kMissingWhole;
       if (row >= rows_) rows_ = row + 1;
       return true;
     }
 
    protected:
+    friend class VarDataProcessor;
+    // A never-written cell of the whole numbers; outside the range they take.
+    static constexpr std::int32_t kMissingWhole = std::numeric_limits<std::int32_t>::min();
+
     ColumnCells(std::uint32_t initialRows, std::size_t* allocations)
         : initialRows_(initialRows), allocations_(allocations) {}
     ~ColumnCells() = default;
 
-    Cells<double> numbers_;
+    // Whether `value` is kept exactly by an int32 other than kMissingWhole
+    // (not -0, whose sign a double keeps).
+    static bool isWhole(double value) {
+      if (!(value >= -2147483647.0 && value <= 2147483647.0)) return false;
+      const double back = static_cast<double>(static_cast<std::int32_t>(value));
+      return std::bit_cast<std::uint64_t>(back) == std::bit_cast<std::uint64_t>(value);
+    }
+    bool numberStored(std::uint32_t row) {
+      if (codes_.covers(row)) codes_[row] = 0;
+      if (row >= rows_) rows_ = row + 1;
+      return true;
+    }
+
+    Cells<std::int32_t> wholes_;  // the numbers until wide_
+    Cells<double> numbers_;       // the numbers once wide_
     Cells<std::uint32_t> codes_;
+    bool wide_ = false;
     std::uint32_t rows_ = 0;
     std::uint32_t initialRows_;
     std::size_t* allocations_;
