@@ -13,6 +13,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "FileIo.h"
 #include "chartxml/render.h"
 #include "device/Devices.h"
 #include "model/ModelBuilder.h"
@@ -48,43 +49,8 @@ std::string fileNamePart(std::string_view source) {
 // Writes `bytes` to `path` through a temporary file in the same folder,
 // renamed into place once complete: a reader never sees half a picture.
 bool writeWhole(const std::string& path, const std::string& bytes, std::string& error) {
-  const std::filesystem::path target(path);
-  const std::filesystem::path folder =
-      target.parent_path().empty() ? std::filesystem::path(".") : target.parent_path();
-  std::string temp = (folder / ("." + target.filename().string() + ".XXXXXX")).string();
-  const int fd = mkstemp(temp.data());
-  if (fd < 0) {
-    error = path + ": cannot write: " + std::strerror(errno);
-    return false;
-  }
-  const auto fail = [&](const char* what) {
-    error = path + ": " + what + ": " + std::strerror(errno);
-    close(fd);
-    std::remove(temp.c_str());
-    return false;
-  };
-  std::size_t done = 0;
-  while (done < bytes.size()) {
-    const ssize_t wrote = ::write(fd, bytes.data() + done, bytes.size() - done);
-    if (wrote < 0) {
-      if (errno == EINTR) continue;
-      return fail("cannot write");
-    }
-    done += static_cast<std::size_t>(wrote);
-  }
-  // The file gets the permissions a new file of the user's gets.
-  const mode_t mask = umask(0);
-  umask(mask);
-  if (fchmod(fd, 0666 & ~mask) != 0) return fail("cannot set permissions");
-  if (fsync(fd) != 0) return fail("cannot write");
-  if (close(fd) != 0) {
-    error = path + ": cannot write: " + std::strerror(errno);
-    std::remove(temp.c_str());
-    return false;
-  }
-  if (std::rename(temp.c_str(), path.c_str()) != 0) {
-    error = path + ": cannot write: " + std::strerror(errno);
-    std::remove(temp.c_str());
+  if (const int failure = cxio::writeWholeFile(path, bytes)) {
+    error = path + ": cannot write: " + cxio::errorText(failure);
     return false;
   }
   return true;
@@ -141,6 +107,7 @@ std::optional<PictureFormat> pictureFormatOf(std::string_view path) {
   if (extension == "png") return PictureFormat::kPng;
   if (extension == "svg") return PictureFormat::kSvg;
   if (extension == "pdf") return PictureFormat::kPdf;
+  if (extension == "html" || extension == "htm") return PictureFormat::kHtml;
   return std::nullopt;
 }
 
@@ -340,6 +307,9 @@ std::optional<std::string> ChartRenderer::picture(PictureFormat format) {
       case PictureFormat::kPdf:
         drawn = render::drawPdf(*impl_->scene, impl_->engine(), out, impl_->error);
         break;
+      case PictureFormat::kHtml:
+        drawn = render::drawHtml(*impl_->scene, impl_->engine(), out, impl_->error);
+        break;
     }
     if (!drawn) return std::nullopt;
     impl_->error.clear();
@@ -355,7 +325,7 @@ std::optional<std::string> ChartRenderer::picture(PictureFormat format) {
 bool ChartRenderer::write(const std::string& outputPath) {
   const auto format = pictureFormatOf(outputPath);
   if (!format) {
-    impl_->error = outputPath + ": name the picture .png, .svg or .pdf";
+    impl_->error = outputPath + ": name the picture .png, .svg, .pdf or .html";
     return false;
   }
   const auto bytes = picture(*format);

@@ -5,7 +5,9 @@
 # its runtime libraries (libFuzzer, the sanitizers) and llvm's symbolizer are
 # for `make fuzz` and `make test-clang`; clang-format for `make format-check`;
 # pugixml is the document printer benchmark's anchor; doxygen builds the API
-# reference (`make docs`, and the test that it builds without a warning).
+# reference (`make docs`, and the test that it builds without a warning);
+# dpkg-dev (dpkg-shlibdeps) and file are what cpack needs to make the Debian
+# packages (the packages_deb test).
 set -euo pipefail
 
 packages=(
@@ -17,6 +19,7 @@ packages=(
   chromium
   clang libclang-rt-14-dev llvm clang-format
   doxygen
+  dpkg-dev file
 )
 
 missing=()

@@ -324,7 +324,11 @@ TEST_F(CliTest, EveryDemoFileIsTheSameOnEveryRun) {
   for (const auto& entry : fs::directory_iterator(dir / "first")) {
     names.push_back(entry.path().filename().string());
   }
-  EXPECT_GE(names.size(), 9u * 4);
+  // Each chart's document, data, PNG, SVG and page.
+  EXPECT_GE(names.size(), 9u * 5);
+  EXPECT_EQ(std::count_if(names.begin(), names.end(),
+                          [](const std::string& name) { return name.ends_with(".html"); }),
+            9 + 1);  // and the gallery
   for (const std::string& name : names) {
     ASSERT_TRUE(fs::exists(dir / "second" / name)) << name;
     EXPECT_TRUE(readFile(dir / "first" / name) == readFile(dir / "second" / name)) << name;
@@ -480,15 +484,16 @@ TEST_F(CliTest, BadArgumentsNameTheValidChoices) {
       {{"plot", data, "--type", "bar", "--x", "a", "-o", "a.png", "--out", "charts"},
        "give either --output FILE (one chart's files) or --out DIR"},
       {{"plot", data, "--type", "bar", "--x", "a", "--output", "a.gif"},
-       "--output a.gif: name the picture FILE.png, FILE.svg or FILE.pdf"},
+       "--output a.gif: name the picture FILE.png, FILE.svg, FILE.pdf or FILE.html"},
       {{"plot", data, "--type", "bar", "--x", "a", "-o", "a.png", "--picture", "svg"},
        "--picture goes with --out"},
       {{"plot", data, "--type", "pie", "--x", "group", "--picture", "gif"},
-       "unknown picture format 'gif'; valid: png, svg, pdf, none"},
+       "unknown picture format 'gif'; valid: png, svg, pdf, html, none"},
       {{"plot", data, "--type", "bar", "--x", "a", "--force"}, "--force goes with --output FILE"},
       {{"check"}, "name the XML files to check"},
       {{"render"}, "name the chart's document (chartxml render CHART.xml)"},
-      {{"render", "c.xml", "-o", "c.gif"}, "--out c.gif: name the picture .png, .svg or .pdf"},
+      {{"render", "c.xml", "-o", "c.gif"},
+       "--out c.gif: name the picture .png, .svg, .pdf or .html"},
       {{"render", "c.xml", "--width", "5"},
        "--width needs a whole number of pixels from 16 to 32767, not '5'"},
       {{"render", "c.xml", "--scale", "0"},

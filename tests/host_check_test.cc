@@ -85,7 +85,8 @@ TEST(HostCheck, AMissingSchemaIsAFindingWithoutAPlace) {
   const auto findings = cxhost::checkChartDocument(chartWith(0, ""), {"/no/such/chart.xsd", true});
   ASSERT_EQ(findings.size(), 1u) << describe(findings);
   EXPECT_EQ(findings[0].line, 0u);
-  EXPECT_EQ(findings[0].message, "cannot read the chart schema /no/such/chart.xsd");
+  EXPECT_EQ(findings[0].message,
+            "cannot read the chart schema /no/such/chart.xsd: No such file or directory");
 }
 
 // Each planted fault is found on its line, and nothing else is found.

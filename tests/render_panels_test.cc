@@ -671,4 +671,42 @@ TEST_F(RenderPanels, GuidesStayInsideTheDataArea) {
   EXPECT_EQ(count(paths[1], "M"), 2u) << "no line joins the pole's two sides";
 }
 
+// Fits share the guides' colour: alone a curve needs no key, but two or
+// more each take their own dashes, keyed the same way in a legend that names
+// them even when the chart has no other legend.
+TEST_F(RenderPanels, SeveralFittedCurvesAreDashedApartAndKeyed) {
+  const auto function = [](const std::string& id, const std::string& name,
+                           const std::string& formula) {
+    return "<guide id=\"" + id + "\" name=\"" + name +
+           "\" type=\"function\"><parameter name=\"y\" value=\"" + formula + "\"/></guide>";
+  };
+  const auto frame = [&](const std::string& guides) {
+    return document(kLevelVariables, dimension("x", "", "<majorTicks/>") +
+                                         dimension("y", "", "<majorTicks/>") + kPoints + guides);
+  };
+  const std::string csv = "X,Y\n1,1\n10,10\n";
+  // The dashes of each path of `role` ("" when solid).
+  const auto dashes = [&](const std::string& role) {
+    std::vector<std::string> out;
+    for (const std::string& attributes :
+         matches(svg, "<path class=\"" + role + "\" d=\"[^\"]*\"([^>]*)/>")) {
+      const auto dash = matches(attributes, "stroke-dasharray=\"([^\"]*)\"");
+      out.push_back(dash.empty() ? "" : dash[0]);
+    }
+    return out;
+  };
+
+  draw(frame(function("f1", "Linear fit", "x")), csv);
+  EXPECT_TRUE(texts(svg, "legend-entry").empty()) << "one curve needs no key";
+  EXPECT_EQ(dashes("guide function"), std::vector<std::string>{""}) << "one curve is solid";
+
+  draw(frame(function("f1", "Linear fit", "x") + function("f2", "Square fit", "x * x / 10")), csv);
+  EXPECT_EQ(texts(svg, "legend-entry"), (std::vector<std::string>{"Linear fit", "Square fit"}));
+  const std::vector<std::string> lines = dashes("guide function");
+  ASSERT_EQ(lines.size(), 2u);
+  EXPECT_NE(lines[0], lines[1]) << "each curve has dashes of its own";
+  const std::vector<std::string> keys = dashes("legend-key");
+  EXPECT_EQ(keys, lines) << "the keys are dashed as their lines";
+}
+
 }  // namespace

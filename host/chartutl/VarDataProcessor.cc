@@ -205,7 +205,14 @@ bool VarDataProcessor::AddVariable(const std::string& source, const std::string&
                                    _varinfo* record) {
   if (record == nullptr) return false;
   // A record already handed over stays with whatever it was tied to.
-  if (!impl_->records.insert(record).second) return false;
+  bool fresh = false;
+  try {
+    fresh = impl_->records.insert(record).second;
+  } catch (...) {
+    delete record;  // handed over, though not yet kept: it is ours to free
+    throw;
+  }
+  if (!fresh) return false;
   record->column = nullptr;
   record->cells = nullptr;
   const auto it = impl_->sourceByName.find(source);

@@ -16,6 +16,7 @@
 #include "chartutl/SafeParse.h"
 #include "chartxml/host/ChartString.h"
 #include "check/ReferenceCheck.h"
+#include "platform/FileIo.h"
 #include "platform/Settings.h"
 
 using namespace xercesc;
@@ -147,20 +148,18 @@ bool checkWellFormedAndReferences(std::string_view xml, std::vector<CheckFinding
   return true;
 }
 
-bool readSchema(const std::string& path, std::string& text) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return false;
-  std::ostringstream content;
-  content << in.rdbuf();
-  text = std::move(content).str();
-  return !in.bad();
+// 0, or the system's error.
+int readSchema(const std::string& path, std::string& text) {
+  text.clear();
+  return cxio::readWholeFile(path, text);
 }
 
 void checkSchema(std::string_view xml, const std::string& schemaPath,
                  std::vector<CheckFinding>& findings) {
   std::string schema;
-  if (!readSchema(schemaPath, schema)) {
-    findings.push_back({0, 0, "cannot read the chart schema " + schemaPath});
+  if (const int error = readSchema(schemaPath, schema)) {
+    findings.push_back(
+        {0, 0, "cannot read the chart schema " + schemaPath + ": " + cxio::errorText(error)});
     return;
   }
   AllErrors errors(findings);

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <iterator>
 #include <map>
+#include <new>
 #include <nlohmann/json.hpp>
 #include <unordered_map>
 
@@ -82,6 +83,22 @@ class ReadingIterator {
 // Builds the dictionary's JSON, noting where each key stands (the JSON
 // library keeps no positions) and refusing a key given twice in one object
 // (the library would silently keep the last).
+// Empties `value` leaves first. The JSON library's destructor allocates to
+// take apart a value with children; one taken apart here needs nothing. Past
+// a depth that no dictionary reaches, the library's own way is left to it.
+void dismantle(nlohmann::ordered_json& value, int depth = 0) noexcept {
+  if (depth > 64) return;
+  if (value.is_object()) {
+    auto& object = value.get_ref<nlohmann::ordered_json::object_t&>();
+    for (auto& member : object) dismantle(member.second, depth + 1);
+    object.clear();
+  } else if (value.is_array()) {
+    auto& array = value.get_ref<nlohmann::ordered_json::array_t&>();
+    for (auto& item : array) dismantle(item, depth + 1);
+    array.clear();
+  }
+}
+
 class DictionaryParser final : public nlohmann::json_sax<nlohmann::ordered_json> {
  public:
   using Json = nlohmann::ordered_json;
@@ -92,8 +109,15 @@ class DictionaryParser final : public nlohmann::json_sax<nlohmann::ordered_json>
     text_ = text;
     root_ = &root;
     const char* begin = text.data();
-    const bool parsed = Json::sax_parse(ReadingIterator(begin, begin, &read_),
-                                        ReadingIterator(begin + text.size(), begin, &read_), this);
+    bool parsed = false;
+    try {
+      parsed = Json::sax_parse(ReadingIterator(begin, begin, &read_),
+                               ReadingIterator(begin + text.size(), begin, &read_), this);
+    } catch (...) {
+      release();
+      throw;
+    }
+    release();
     problem = problem_.empty() ? "malformed JSON" : problem_;
     at = at_;
     return parsed;
@@ -106,20 +130,56 @@ class DictionaryParser final : public nlohmann::json_sax<nlohmann::ordered_json>
     return found == keys_.end() ? std::string_view::npos : found->second;
   }
 
-  bool null() override { return add(nullptr); }
-  bool boolean(bool value) override { return add(value); }
-  bool number_integer(number_integer_t value) override { return add(value); }
-  bool number_unsigned(number_unsigned_t value) override { return add(value); }
-  bool number_float(number_float_t value, const string_t&) override { return add(value); }
-  bool string(string_t& value) override { return add(std::move(value)); }
+  // The JSON library cannot unwind an exception out of a callback: running
+  // out of memory there ends the parse as a refusal instead.
+  bool null() override {
+    return guarded([&] { return add(nullptr); });
+  }
+  bool boolean(bool value) override {
+    return guarded([&] { return add(value); });
+  }
+  bool number_integer(number_integer_t value) override {
+    return guarded([&] { return add(value); });
+  }
+  bool number_unsigned(number_unsigned_t value) override {
+    return guarded([&] { return add(value); });
+  }
+  bool number_float(number_float_t value, const string_t&) override {
+    return guarded([&] { return add(value); });
+  }
+  bool string(string_t& value) override {
+    return guarded([&] { return add(std::move(value)); });
+  }
   bool binary(binary_t&) override { return false; }  // JSON text has none
 
-  bool start_object(std::size_t) override { return open(Json::object()); }
-  bool start_array(std::size_t) override { return open(Json::array()); }
-  bool end_object() override { return close(); }
-  bool end_array() override { return close(); }
+  bool start_object(std::size_t) override {
+    return guarded([&] { return open(Json::object()); });
+  }
+  bool start_array(std::size_t) override {
+    return guarded([&] { return open(Json::array()); });
+  }
+  bool end_object() override {
+    return guarded([&] { return close(); });
+  }
+  bool end_array() override {
+    return guarded([&] { return close(); });
+  }
 
   bool key(string_t& key) override {
+    return guarded([&] { return readKey(key); });
+  }
+
+  template <class Step>
+  bool guarded(Step step) {
+    try {
+      return step();
+    } catch (const std::bad_alloc&) {
+      problem_ = "out of memory";
+      return false;
+    }
+  }
+
+  bool readKey(string_t& key) {
     // The library calls this with the closing quote just read; the opening
     // one is the first quote before it that no backslash escapes.
     std::size_t quote = read_ - 1;
@@ -163,51 +223,73 @@ class DictionaryParser final : public nlohmann::json_sax<nlohmann::ordered_json>
 
  private:
   // An object or array being read. Only the keys of objects reached through
-  // object keys alone have a path that can be looked up.
+  // object keys alone have a path that can be looked up. An object's members
+  // are gathered aside and placed in it at its end, in one allocation: the
+  // JSON library copies members when an object grows, and destroying the
+  // old copies allocates inside a destructor, where running out of memory
+  // ends the process.
   struct Frame {
-    Json* value;
+    Json value;
     bool located;
     KeyPath path;
     std::unordered_map<std::string, std::size_t> keys;  // each key's offset
+    std::vector<std::pair<std::string, Json>> members;
+    std::string key;  // the key it goes under, when its parent is an object
   };
 
-  // Places a value in the innermost object or array; the containers on the
-  // stack take no new element while a child of theirs is open, so the
-  // frames' pointers stay valid.
-  Json* place(Json&& value) {
+  // Places a value in the innermost object (under `key`) or array.
+  void place(Json&& value, const std::string& key) {
     if (frames_.empty()) {
       *root_ = std::move(value);
-      return root_;
+      return;
     }
-    Json& container = *frames_.back().value;
-    if (container.is_object()) {
-      Json& slot = container[key_];
-      slot = std::move(value);
-      return &slot;
+    Frame& frame = frames_.back();
+    if (frame.value.is_object()) {
+      frame.members.emplace_back(key, std::move(value));
+    } else {
+      frame.value.push_back(std::move(value));
     }
-    container.push_back(std::move(value));
-    return &container.back();
   }
   bool add(Json&& value) {
-    place(std::move(value));
+    place(std::move(value), key_);
     return true;
   }
   bool open(Json&& container) {
-    Frame frame{nullptr, frames_.empty(), {}, {}};
-    if (!frames_.empty() && frames_.back().located && frames_.back().value->is_object()) {
+    Frame frame{std::move(container), frames_.empty(), {}, {}, {}, key_};
+    if (!frames_.empty() && frames_.back().located && frames_.back().value.is_object()) {
       frame.located = true;
       frame.path = frames_.back().path;
       frame.path.push_back(key_);
     }
-    frame.value = place(std::move(container));
     frames_.push_back(std::move(frame));
     return true;
   }
   bool close() {
+    Frame& frame = frames_.back();
+    if (frame.value.is_object()) {
+      auto& object = frame.value.get_ref<Json::object_t&>();
+      object.reserve(frame.members.size());
+      for (auto& [key, member] : frame.members) object.emplace(std::move(key), std::move(member));
+    }
+    Json done = std::move(frame.value);
+    const std::string key = std::move(frame.key);
     frames_.pop_back();
+    place(std::move(done), key);
     return true;
   }
 
+ public:
+  // Empties what a failed parse left open, leaves first, so that nothing is
+  // destroyed with children (which allocates).
+  void release() noexcept {
+    for (Frame& frame : frames_) {
+      dismantle(frame.value);
+      for (auto& member : frame.members) dismantle(member.second);
+    }
+    frames_.clear();
+  }
+
+ private:
   std::string_view text_;
   Json* root_ = nullptr;
   std::size_t read_ = 0;
@@ -228,6 +310,9 @@ class CsvDictionary::Loader {
   using Json = nlohmann::ordered_json;
 
   explicit Loader(std::string path) : path_(std::move(path)) {}
+  Loader(const Loader&) = delete;
+  Loader& operator=(const Loader&) = delete;
+  ~Loader() { dismantle(root_); }
 
   // Reads the JSON of `content`, which must outlive the loader; false
   // (reported) when it is malformed.

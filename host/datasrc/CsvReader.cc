@@ -6,14 +6,12 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
 #include <limits>
 #include <unordered_map>
 
 #include "datasrc/CsvEncoding.h"
 #include "datasrc/CsvSupport.h"
-
-namespace fs = std::filesystem;
+#include "platform/FileIo.h"
 
 namespace cxhost::csv {
 
@@ -163,25 +161,16 @@ char detectDelimiter(std::string_view text) {
 }
 
 bool readFile(const std::string& path, std::string& content, std::string& problem) {
-  std::error_code ec;
-  if (fs::is_directory(path, ec)) {
-    problem = "is a folder, not a file";
-    return false;
-  }
-  std::FILE* file = std::fopen(path.c_str(), "rb");
-  if (file == nullptr) {
-    problem = std::string("cannot open: ") + std::strerror(errno);
-    return false;
-  }
-  const auto size = fs::file_size(path, ec);
-  if (!ec) content.reserve(static_cast<std::size_t>(size));
-  char buffer[1 << 16];
-  std::size_t got;
-  while ((got = std::fread(buffer, 1, sizeof buffer, file)) > 0) content.append(buffer, got);
-  const bool failed = std::ferror(file) != 0;
-  std::fclose(file);
-  if (failed) problem = "read error";
-  return !failed;
+  const int error = cxio::readWholeFile(path, content);
+  if (error == 0) return true;
+  content.clear();
+  // Errors that only opening gives say so: the file is not there or not ours.
+  const bool opening = error == ENOENT || error == EACCES || error == ENOTDIR || error == ELOOP ||
+                       error == ENAMETOOLONG || error == EPERM;
+  problem = error == EISDIR
+                ? std::string("is a folder, not a file")
+                : (opening ? "cannot open: " : "cannot read: ") + cxio::errorText(error);
+  return false;
 }
 
 bool readText(const std::string& path, const std::string& name, const std::string& encoding,

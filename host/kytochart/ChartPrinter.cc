@@ -457,7 +457,16 @@ void ChartPrinter::Print(const DOMNode* node, std::ostream& out) const {
     Writer(out, whiteSpace_).print(node);
   } catch (const std::exception& e) {
     // Out of memory, or a stream set to throw: the text is incomplete.
-    cxhost::report(std::string("cannot print the document: ") + e.what(), "host/kytochart",
-                   __LINE__);
+    // The stream says so too: a caller that checks it never takes the
+    // incomplete text for a document.
+    try {
+      out.setstate(std::ios::badbit);
+    } catch (...) {
+    }
+    try {
+      cxhost::report(std::string("cannot print the document: ") + e.what(), "host/kytochart",
+                     __LINE__);
+    } catch (...) {
+    }
   }
 }

@@ -15,6 +15,7 @@
 
 #include "chartutl/ReportLog.h"
 #include "chartxml/host/Platform.h"
+#include "platform/FileIo.h"
 #include "platform/Settings.h"
 
 namespace fs = std::filesystem;
@@ -81,9 +82,13 @@ std::string unrepresentable(UConverter* converter, const std::u16string& text) {
 // Reads one table file into `table`; a missing file leaves it empty.
 void loadTable(const fs::path& file, Table& table, const Reporter& report) {
   table.clear();
-  std::ifstream in(file, std::ios::binary);
-  if (!in) return;
-  const std::string content((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  std::string content;
+  if (const int error = cxio::readWholeFile(file.string(), content)) {
+    // A language without a table of its own is normal; any other failure
+    // to read one is a fault worth knowing.
+    if (error != ENOENT) report(file.string() + ": cannot read: " + cxio::errorText(error), 0);
+    return;
+  }
   std::size_t pos = content.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
   int lineNumber = 0;
   while (pos < content.size()) {

@@ -1,8 +1,5 @@
 #include "xchart/OutputSink.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
@@ -13,6 +10,7 @@
 
 #include "chartutl/ReportLog.h"
 #include "chartxml/host/DocumentCheck.h"
+#include "platform/FileIo.h"
 #include "platform/Settings.h"
 
 namespace cxhost {
@@ -40,97 +38,32 @@ int highestNumberIn(const std::filesystem::path& folder) {
   return highest;
 }
 
-std::string errorText(int error) {
-  return std::error_code(error, std::generic_category()).message();
-}
-
-// One file of a chart, written under a temporary name in its folder and
-// renamed into place by commit(). O_EXCL and O_NOFOLLOW: a file or symbolic
-// link planted under the temporary name must not redirect the write.
+// One file of a chart, written whole or not at all (cxio::WholeFile) and fed
+// by the feed's CSV writer.
 class ChartFile final : public VarDataProcessor::CsvSink {
  public:
-  explicit ChartFile(std::filesystem::path path) : path_(std::move(path)) {
-    // Appended piece by piece: gcc's -Wrestrict misfires on "." + name.
-    std::string name(1, '.');
-    name += path_.filename().string();
-    name += ".tmp-";
-    name += std::to_string(::getpid());
-    temp_ = path_.parent_path() / name;
-  }
-  ChartFile(const ChartFile&) = delete;
-  ChartFile& operator=(const ChartFile&) = delete;
-  ~ChartFile() override {
-    if (fd_ >= 0) ::close(fd_);
-  }
+  explicit ChartFile(std::filesystem::path path) : path_(std::move(path)), file_(path_.string()) {}
 
-  bool open() {
-    constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-    fd_ = ::open(temp_.c_str(), kFlags, 0644);
-    // The name holds this process's id: what is there was left by an
-    // earlier process of the same id that died mid-write.
-    if (fd_ < 0 && errno == EEXIST && ::unlink(temp_.c_str()) == 0) {
-      fd_ = ::open(temp_.c_str(), kFlags, 0644);
-    }
-    if (fd_ < 0) return fail(errno);
-    created_ = true;
-    return true;
-  }
-
-  bool Drain(std::string_view bytes) override {
-    while (error_ == 0 && !bytes.empty()) {
-      const ssize_t written = ::write(fd_, bytes.data(), bytes.size());
-      if (written < 0) {
-        if (errno != EINTR) fail(errno);
-      } else {
-        bytes.remove_prefix(static_cast<std::size_t>(written));
-      }
-    }
-    return error_ == 0;
-  }
-
-  // Closes the temporary file; false (and the error kept) when the system
-  // reports a failed write only now.
-  bool finish() {
-    const int fd = fd_;
-    fd_ = -1;
-    if (::close(fd) != 0 && error_ == 0) fail(errno);
-    return error_ == 0;
-  }
-
-  bool commit() {
-    if (::rename(temp_.c_str(), path_.c_str()) != 0) return fail(errno);
-    committed_ = true;
-    return true;
-  }
-
+  bool open() { return file_.open() == 0; }
+  bool Drain(std::string_view bytes) override { return file_.write(bytes) == 0; }
+  // Syncs and closes the temporary file; false when the system reports a
+  // failed write only now.
+  bool finish() { return file_.finish() == 0; }
+  bool commit() { return file_.commit() == 0; }
   // Removes whatever of the file exists, under either name.
-  void discard() {
-    if (fd_ >= 0) ::close(fd_);
-    fd_ = -1;
-    if (committed_)
-      ::unlink(path_.c_str());
-    else if (created_)
-      ::unlink(temp_.c_str());
-    created_ = committed_ = false;
-  }
+  void discard() { file_.discard(); }
 
   // The failure, as the report gives it; "" when there was none.
   std::string failure() const {
-    return error_ == 0 ? std::string()
-                       : "cannot write chart file " + path_.string() + ": " + errorText(error_);
+    return file_.error() == 0 ? std::string()
+                              : "cannot write chart file " + path_.string() + ": " +
+                                    cxio::errorText(file_.error());
   }
   const std::filesystem::path& path() const { return path_; }
 
  private:
-  bool fail(int error) {
-    if (error_ == 0) error_ = error;
-    return false;
-  }
-
-  std::filesystem::path path_, temp_;
-  int fd_ = -1;
-  int error_ = 0;
-  bool created_ = false, committed_ = false;
+  std::filesystem::path path_;
+  cxio::WholeFile file_;
 };
 
 bool ensureFolder(const std::filesystem::path& folder) {

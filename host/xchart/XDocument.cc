@@ -325,6 +325,13 @@ bool XDocument::SendChart(bool /*keep*/, bool /*show*/, bool /*print*/) {
   ChartPrinter printer;
   printer.setPrintWhiteSpace(true);
   printer.Print(document_, xml);
+  // A stream swallows what goes wrong while writing (memory running out):
+  // half a document is never sent.
+  if (!xml) {
+    cxhost::report("cannot send the chart: its document could not be written out", kSource,
+                   __LINE__);
+    return false;
+  }
   chart.xml = xml.str();
   chart.description = description_.toUTF8();
   chart.chartTemplate = template_;

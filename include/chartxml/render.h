@@ -52,7 +52,7 @@ typedef struct cxr_options {
 CHARTXML_RENDER_EXPORT void cxr_default_options(cxr_options* options);
 
 /** Draws the document at DOCUMENT_PATH into OUTPUT_PATH, whose extension
- * (.png, .svg or .pdf) says the format. DATA_DIR: where the data files are;
+ * (.png, .svg, .pdf, .html or .htm) says the format. DATA_DIR: where the data files are;
  * NULL or "" for the document's folder. OPTIONS NULL: the defaults. */
 CHARTXML_RENDER_EXPORT int cxr_render_file(const char* document_path, const char* data_dir,
                                            const char* output_path, const cxr_options* options);
@@ -90,10 +90,12 @@ namespace chartxml {
 enum class PictureFormat {
   kPng,  ///< PNG through cairo, compressed by zlib
   kSvg,  ///< SVG by the renderer's own writer
-  kPdf   ///< PDF through cairo
+  kPdf,  ///< PDF through cairo
+  kHtml  ///< a self-contained interactive HTML page: the SVG inline and a script
 };
 
-/// The format an output file's extension names (.png, .svg, .pdf; any case).
+/// The format an output file's extension names (.png, .svg, .pdf, .html or
+/// .htm; any case).
 CHARTXML_RENDER_EXPORT std::optional<PictureFormat> pictureFormatOf(std::string_view path);
 
 /// The picture's size in pixels (points for PDF) and, for PNG, the factor its

@@ -27,4 +27,19 @@ bool drawPdf(const Scene& scene, TextEngine& text, std::string& out, std::string
 // places them.
 bool drawSvg(const Scene& scene, TextEngine& text, std::string& out, std::string& error);
 
+// The same SVG for inline use in a page: no XML declaration; marks and
+// legend items carry their legend group (data-group) and marks their
+// tooltip (data-tip, focusable by tabindex); every batch of points of role
+// "mark point" is left to the page's script, an empty
+// <g class="mark point" data-batch="K"> (K counting those batches from 0)
+// keeping its place among the items.
+bool drawSvgForPage(const Scene& scene, TextEngine& text, std::string& out, std::string& error);
+
+// A self-contained HTML page of the scene: the drawing as inline SVG and a
+// script of our own that adds tooltips, legend toggling, zoom and pan of
+// continuous axes and keyboard access; the cases' values are embedded as
+// JSON (compact binary arrays for big batches). The same scene gives the
+// same bytes. False, with `error` set, when out of memory.
+bool drawHtml(const Scene& scene, TextEngine& text, std::string& out, std::string& error);
+
 }  // namespace chartxml::render

@@ -100,6 +100,11 @@ bool writePng(const PixelImage& image, std::string& out, std::string& error) {
     error = "cannot write the picture: zlib cannot start";
     return false;
   }
+  // Ended however the writing ends: the vectors and `out` below may throw.
+  struct Ending {
+    z_stream& zs;
+    ~Ending() { deflateEnd(&zs); }
+  } ending{zs};
   const std::size_t rowBytes = static_cast<std::size_t>(image.width) * channels;
   std::vector<unsigned char> previous(rowBytes, 0), current(rowBytes), filtered(rowBytes + 1);
   std::vector<unsigned char> buffer(1 << 16);
@@ -127,7 +132,6 @@ bool writePng(const PixelImage& image, std::string& out, std::string& error) {
       out.append(reinterpret_cast<const char*>(buffer.data()), buffer.size() - zs.avail_out);
     } while (zs.avail_out == 0);
   }
-  deflateEnd(&zs);
   if (!ok) {
     error = "cannot write the picture: zlib failed";
     return false;

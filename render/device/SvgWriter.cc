@@ -20,11 +20,11 @@ constexpr double kPi = 3.14159265358979323846;
 
 class SvgWriter {
  public:
-  SvgWriter(const Scene& scene, TextEngine& text, std::string& out)
-      : scene_(scene), text_(text), out_(out) {}
+  SvgWriter(const Scene& scene, TextEngine& text, std::string& out, bool forPage = false)
+      : scene_(scene), text_(text), out_(out), forPage_(forPage) {}
 
   void write() {
-    out_ += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+    if (!forPage_) out_ += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
     out_ += "<svg xmlns=\"http://www.w3.org/2000/svg\" version=\"1.1\"";
     attribute("width", scene_.width);
     attribute("height", scene_.height);
@@ -141,6 +141,20 @@ class SvgWriter {
 
   void role(const std::string& name) {
     if (!name.empty()) attribute("class", name);
+  }
+
+  // In a page: the legend group an item belongs to, and a mark's tooltip.
+  void pageAttributes(std::int32_t group, const std::string& tip) {
+    if (!forPage_) return;
+    if (group >= 0) {
+      out_ += " data-group=\"";
+      integer(group);
+      out_ += '"';
+    }
+    if (!tip.empty()) {
+      attribute("data-tip", tip);
+      out_ += " tabindex=\"0\"";
+    }
   }
 
   void strokeAttributes(const Stroke& stroke) {
@@ -291,6 +305,7 @@ class SvgWriter {
     const std::size_t mark = out_.size();
     out_ += "<path";
     role(shape.role);
+    pageAttributes(shape.group, shape.tip);
     out_ += " d=\"";
     const std::size_t data = out_.size();
     pathData(shape.path);
@@ -509,6 +524,15 @@ class SvgWriter {
   }
 
   void writeBatch(const PointBatch& batch) {
+    if (forPage_ && batch.role == "mark point") {
+      // The page's script draws these; the group keeps their place.
+      out_ += "<g";
+      role(batch.role);
+      out_ += " data-batch=\"";
+      integer(batches_++);
+      out_ += "\"></g>\n";
+      return;
+    }
     if (!device::drawable(batch)) return;
     if (device::pointCount(batch) >= kCompactFrom) {
       writeCompact(batch);
@@ -520,6 +544,7 @@ class SvgWriter {
 
     out_ += "<g";
     role(batch.role);
+    pageAttributes(batch.group, "");
     if (lines) {
       out_ += " fill=\"none\"";
       attribute("stroke-width", device::markerLineWidth(batch.size));
@@ -591,6 +616,7 @@ class SvgWriter {
 
     out_ += "<text";
     role(item.role);
+    pageAttributes(item.group, "");
     // Chinese and Korean texts name their language's face, as drawn in PNG.
     attribute("font-family", text_.familiesOf(item.text));
     attribute("font-size", item.font.size);
@@ -657,12 +683,17 @@ class SvgWriter {
   const Scene& scene_;
   TextEngine& text_;
   std::string& out_;
+  bool forPage_ = false;
   int clips_ = 0;
+  long batches_ = 0;
 };
 
 }  // namespace
 
-bool drawSvg(const Scene& scene, TextEngine& text, std::string& out, std::string& error) {
+namespace {
+
+bool writeSvg(const Scene& scene, TextEngine& text, bool forPage, std::string& out,
+              std::string& error) {
   out.clear();
   error.clear();
   for (double side : {scene.width, scene.height}) {
@@ -674,7 +705,7 @@ bool drawSvg(const Scene& scene, TextEngine& text, std::string& out, std::string
   try {
     std::string svg;
     svg.reserve(4096 + scene.items.size() * 128);
-    SvgWriter(scene, text, svg).write();
+    SvgWriter(scene, text, svg, forPage).write();
     out.swap(svg);
     return true;
   } catch (...) {
@@ -682,6 +713,16 @@ bool drawSvg(const Scene& scene, TextEngine& text, std::string& out, std::string
     error = "cannot write the picture: out of memory";
     return false;
   }
+}
+
+}  // namespace
+
+bool drawSvg(const Scene& scene, TextEngine& text, std::string& out, std::string& error) {
+  return writeSvg(scene, text, false, out, error);
+}
+
+bool drawSvgForPage(const Scene& scene, TextEngine& text, std::string& out, std::string& error) {
+  return writeSvg(scene, text, true, out, error);
 }
 
 }  // namespace chartxml::render

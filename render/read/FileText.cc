@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "FileIo.h"
+
 namespace chartxml::render {
 namespace {
 
@@ -14,7 +16,7 @@ namespace {
 struct Descriptor {
   int fd;
   ~Descriptor() {
-    if (fd >= 0) close(fd);
+    if (fd >= 0) cxio::closeFile(fd);
   }
 };
 
@@ -26,8 +28,9 @@ std::optional<FileText> readFileText(const std::string& path, std::uintmax_t max
     error = path + ": " + what;
     return std::nullopt;
   };
-  Descriptor file{open(path.c_str(), O_RDONLY | O_CLOEXEC)};
-  if (file.fd < 0) return fail(std::string("cannot open: ") + std::strerror(errno));
+  int failure = 0;
+  Descriptor file{cxio::openFile(path.c_str(), O_RDONLY | O_CLOEXEC, 0, failure)};
+  if (file.fd < 0) return fail("cannot open: " + cxio::errorText(failure));
   struct stat status {};
   if (fstat(file.fd, &status) != 0)
     return fail(std::string("cannot read: ") + std::strerror(errno));
@@ -50,11 +53,8 @@ std::optional<FileText> readFileText(const std::string& path, std::uintmax_t max
       room *= 2;
       text.bytes.resize(room);
     }
-    const ssize_t got = read(file.fd, text.bytes.data() + filled, room - filled);
-    if (got < 0) {
-      if (errno == EINTR) continue;
-      return fail(std::string("cannot read: ") + std::strerror(errno));
-    }
+    const ssize_t got = cxio::readSome(file.fd, text.bytes.data() + filled, room - filled, failure);
+    if (got < 0) return fail("cannot read: " + cxio::errorText(failure));
     if (got == 0) break;
     filled += static_cast<std::size_t>(got);
   }

@@ -5,6 +5,7 @@
 
 #include "scales/Palette.h"
 #include "scales/Ticks.h"
+#include "scene/Guides.h"
 #include "scene/Marks.h"
 
 namespace chartxml::render {
@@ -80,6 +81,7 @@ void addColours(LegendBlock& block, const Layer& layer) {
   for (std::size_t i = 0; i < n; ++i) {
     block.entries.push_back(legendEntry(layer.groups->categories.labels[i], groupColor(layer, i),
                                         keyOf(layer), groupShape(layer, i)));
+    block.entries.back().group = static_cast<std::int32_t>(i);
   }
 }
 
@@ -179,14 +181,22 @@ std::vector<LegendBlock> makeLegends(ChartModel& model, const DataFrame* frame,
       blocks.push_back(std::move(block));
     }
   }
-  if (!blocks.empty() && frame != nullptr) {
-    // The first legend of entries takes them; a gradient has no room.
+  if (frame != nullptr) {
+    // The first legend of entries takes them; a gradient has no room. With
+    // no legend, one line needs no key, but several lines alike in colour
+    // do: they get a legend of their own.
     auto keyed = std::find_if(blocks.begin(), blocks.end(),
                               [](const LegendBlock& block) { return !block.gradient; });
+    const auto named = [](const Guide& guide) {
+      return guide.type == "function" && !guide.name.empty();
+    };
+    const bool keyAlone = std::count_if(frame->guides.begin(), frame->guides.end(), named) > 1;
     for (const Guide& guide : frame->guides) {
-      if (guide.type != "function" || guide.name.empty()) continue;
+      if (!named(guide) || (blocks.empty() && !keyAlone)) continue;
       if (keyed == blocks.end()) keyed = blocks.insert(blocks.end(), LegendBlock{});
-      keyed->entries.push_back(legendEntry(guide.name, kGuideColor, KeyKind::kGuideLine));
+      LegendEntry entry = legendEntry(guide.name, kGuideColor, KeyKind::kGuideLine);
+      entry.dash = functionDash(*frame, guide);
+      keyed->entries.push_back(std::move(entry));
     }
   }
   return blocks;

@@ -51,7 +51,8 @@ void referenceLine(Scene& scene, const Guide& guide, const PanelView& view, Char
   }
 }
 
-void functionLine(Scene& scene, const Guide& guide, const PanelView& view, ChartModel& model) {
+void functionLine(Scene& scene, const Guide& guide, const PanelView& view, ChartModel& model,
+                  std::vector<double> dash) {
   const std::string* text = findParameter(guide.parameters, "y");
   std::string problem;
   const auto formula = text ? Formula::parse(*text, problem) : std::nullopt;
@@ -97,7 +98,7 @@ void functionLine(Scene& scene, const Guide& guide, const PanelView& view, Chart
   }
   ShapeItem line;
   line.path = clippedPolyline(points, view.area);
-  line.stroke = {kGuideColor, 1.75, {}, true};
+  line.stroke = {kGuideColor, 1.75, std::move(dash), true};
   line.role = "guide function";
   if (!line.path.empty()) scene.items.emplace_back(std::move(line));
 }
@@ -139,13 +140,25 @@ Path clippedPolyline(const std::vector<std::pair<double, double>>& points, const
   return path;
 }
 
+std::vector<double> functionDash(const DataFrame& frame, const Guide& guide) {
+  static const std::vector<double> kPatterns[] = {{}, {8, 4}, {2, 3}, {8, 3, 2, 3}, {14, 4}};
+  std::size_t lines = 0, place = 0;
+  for (const Guide& other : frame.guides) {
+    if (other.type != "function") continue;
+    if (&other == &guide) place = lines;
+    ++lines;
+  }
+  if (lines < 2) return {};
+  return kPatterns[place % std::size(kPatterns)];
+}
+
 void drawFrameGuides(Scene& scene, const DataFrame& frame, const PanelView& view,
                      ChartModel& model) {
   for (const Guide& guide : frame.guides) {
     if (guide.type == "line") {
       referenceLine(scene, guide, view, model);
     } else if (guide.type == "function") {
-      functionLine(scene, guide, view, model);
+      functionLine(scene, guide, view, model, functionDash(frame, guide));
     } else {
       model.skip("guide " + guide.id + " of type '" + guide.type + "'");
     }

@@ -15,6 +15,12 @@ namespace chartxml::render {
 void drawFrameGuides(Scene& scene, const DataFrame& frame, const PanelView& view,
                      ChartModel& model);
 
+// The dashes of a frame's function line by its place among the frame's
+// named function lines: one line is solid; two or more each get their own
+// pattern, the same on the line and in its legend key, so that a reader can
+// tell fits of one colour apart.
+std::vector<double> functionDash(const DataFrame& frame, const Guide& guide);
+
 // The polyline through `points` (pixels) cut to `area`: pieces outside are
 // dropped, pieces crossing its edge end there, a NaN coordinate breaks the
 // line and an infinite one runs it to the edge it points at.

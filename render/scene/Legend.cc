@@ -33,6 +33,7 @@ void drawKey(Scene& scene, const LegendEntry& entry, double x, double y, double 
       dot.y = {static_cast<float>(cy)};
       dot.palette = {entry.color};
       dot.role = "legend-key";
+      dot.group = entry.group;
       scene.items.emplace_back(std::move(dot));
       return;
     }
@@ -46,6 +47,7 @@ void drawKey(Scene& scene, const LegendEntry& entry, double x, double y, double 
       line.stroke = {entry.color, entry.key == KeyKind::kLine ? 2.5 : 1.75,
                      reference ? std::vector<double>{4, 2} : entry.dash, false};
       line.role = "legend-key";
+      line.group = entry.group;
       scene.items.emplace_back(std::move(line));
       return;
     }
@@ -55,6 +57,7 @@ void drawKey(Scene& scene, const LegendEntry& entry, double x, double y, double 
       block.filled = true;
       block.fill = entry.color;
       block.role = "legend-key";
+      block.group = entry.group;
       const Path region = block.path;
       scene.items.emplace_back(std::move(block));
       addHatch(scene, region, {x + 1, y + 1, side - 2, side - 2}, entry.hatch);
@@ -190,6 +193,7 @@ void drawLegend(Scene& scene, const LegendBlock& legend, double x, double y) {
     label.y = rowY + (legend.rowHeight - kRowGap) / 2;
     label.vAlign = 0.5;
     label.role = "legend-entry";
+    label.group = legend.entries[i].group;
     scene.items.emplace_back(std::move(label));
   }
 }

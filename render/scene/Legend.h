@@ -23,6 +23,7 @@ struct LegendEntry {
   std::vector<double> dash;  // kLine: the line's dashes
   std::size_t hatch = 0;     // kBlock: the style of its hatching (0 plain)
   double size = 0;           // kPoint: the marker's diameter (0: the usual)
+  std::int32_t group = -1;   // the colour group whose marks it keys, if any
 };
 
 inline LegendEntry legendEntry(std::string label, Color color, KeyKind key,

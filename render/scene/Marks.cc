@@ -85,6 +85,52 @@ void dressBatch(PointBatch& batch, const Layer& layer, const PointLook& look, st
   if (look.outlined || layer.sizes) batch.outline = {Color{255, 255, 255, 255}, 0.6, {}, false};
 }
 
+// The tooltips' columns of a layer's points: x, y, then each aesthetic's
+// values, in the layer's point order.
+std::shared_ptr<const CaseTable> casesOf(const Layer& layer) {
+  auto table = std::make_shared<CaseTable>();
+  const std::size_t n = layer.px.size();
+  const auto column = [&](const BoundColumn* bound, std::string title) -> CaseColumn& {
+    CaseColumn& out = table->columns.emplace_back();
+    out.title = std::move(title);
+    if (bound != nullptr) {
+      if (out.title.empty()) out.title = bound->variable->title();
+      out.format = bound->variable->format;
+      out.categorical = bound->categorical;
+      if (bound->categorical) out.labels = bound->categories.labels;
+    }
+    out.values.resize(n);
+    return out;
+  };
+  const auto copy = [&](CaseColumn& out, const auto& values) {
+    const std::size_t count = std::min<std::size_t>(n, values.size());
+    for (std::size_t i = 0; i < count; ++i) out.values[i] = static_cast<double>(values[i]);
+    for (std::size_t i = count; i < n; ++i) out.values[i] = std::nan("");
+    if (!out.categorical) return;
+    for (double& v : out.values) {
+      if (!(v >= 0 && v < static_cast<double>(out.labels.size()))) v = std::nan("");
+    }
+  };
+  if (layer.x != nullptr) copy(column(layer.x, ""), layer.px);
+  if (layer.countsOnY) {
+    copy(column(nullptr, "Count"), layer.py);
+  } else if (layer.y != nullptr) {
+    copy(column(layer.y, ""), layer.py);
+  }
+  if (layer.groups != nullptr) {
+    table->groupColumn = static_cast<int>(table->columns.size());
+    copy(column(layer.groups, ""), layer.pointGroup);
+  }
+  if (layer.styles != nullptr && layer.styles != layer.groups) {
+    copy(column(layer.styles, ""), layer.pointStyle);
+  }
+  if (layer.sizes != nullptr && !layer.sizesCount) copy(column(layer.sizes, ""), layer.pointSize);
+  if (layer.shades != nullptr && layer.shades != layer.groups) {
+    copy(column(layer.shades, ""), layer.pointShade);
+  }
+  return table;
+}
+
 // The pixels along one side of a panel of a linear (or date) scale's
 // values: as PanelView places them, one value after another.
 void placeLinear(const Coordinates& values, const AxisScale& scale, double start, double length,
@@ -145,6 +191,7 @@ bool drawPlainPoints(Scene& scene, const Layer& layer, const PanelView& view,
               layer.pointGroup.begin() + static_cast<std::ptrdiff_t>(end),
               batch.colorIndex.begin() + static_cast<std::ptrdiff_t>(begin));
   });
+  batch.cases = casesOf(layer);
   scene.items.emplace_back(std::move(batch));
   return true;
 }
@@ -170,6 +217,7 @@ void drawPoints(Scene& scene, const Layer& layer, const PanelView& view, const P
   // Each group's shape once: a style cycle names shapes in words.
   std::vector<MarkerShape> shapes(groups);
   for (std::size_t g = 0; g < groups; ++g) shapes[g] = groupShape(layer, g);
+  const std::shared_ptr<const CaseTable> cases = casesOf(layer);
   for (std::size_t i = 0; i < layer.px.size(); ++i) {
     const std::size_t group = layer.pointGroup[i];
     const MarkerShape shape = layer.styles     ? styleShape(layer, layer.pointStyle[i])
@@ -192,6 +240,7 @@ void drawPoints(Scene& scene, const Layer& layer, const PanelView& view, const P
       batch.size = size;
       const std::size_t first = palette * perPalette;
       dressBatch(batch, layer, look, first, std::min(colours, first + perPalette));
+      batch.cases = cases;
       if (layer.sizes == nullptr && layer.styles == nullptr && colours <= perPalette) {
         // One size and, mostly, one shape: room for every point.
         batch.x.reserve(layer.px.size());
@@ -207,6 +256,7 @@ void drawPoints(Scene& scene, const Layer& layer, const PanelView& view, const P
         fading ? (colour - palette * perPalette) * kAlphaSteps + alphaStep(layer.pointAlpha[i])
                : colour;
     batch.colorIndex.push_back(static_cast<std::uint16_t>(index));
+    batch.caseIndex.push_back(static_cast<std::uint32_t>(i));
   }
   // Big markers first, so that small ones stay visible on top of them.
   std::stable_sort(batches.begin(), batches.end(),
@@ -236,6 +286,48 @@ Path seriesPath(const Series& series, const std::vector<double>& ys, const Panel
   return clippedPolyline(points, box);
 }
 
+// A value of `bound` as a reader sees it: a category's label, a number by
+// its variable's format.
+std::string shownValue(const BoundColumn* bound, double value) {
+  if (bound == nullptr) return formatNumber(value, NumberFormat{});
+  if (bound->categorical) {
+    const double code = std::round(value);
+    if (code >= 0 && code < static_cast<double>(bound->categories.size())) {
+      return bound->categories.labels[static_cast<std::size_t>(code)];
+    }
+    return "";
+  }
+  return formatValue(value, bound->variable->format);
+}
+
+std::string groupLine(const Layer& layer, std::uint16_t group) {
+  if (layer.groups == nullptr || group >= layer.groups->categories.size()) return "";
+  return layer.groups->variable->title() + ": " + layer.groups->categories.labels[group] + "\n";
+}
+
+// A bar's tooltip: its group, its place on x and the value it stands for.
+std::string barTip(const Layer& layer, const Bar& bar) {
+  std::string tip = groupLine(layer, bar.group);
+  const std::string xTitle = layer.x ? layer.x->variable->title() : "x";
+  if (layer.x && layer.x->categorical) {
+    tip += xTitle + ": " + shownValue(layer.x, (bar.x0 + bar.x1) / 2) + "\n";
+  } else {
+    tip +=
+        xTitle + ": " + shownValue(layer.x, bar.x0) + " to " + shownValue(layer.x, bar.x1) + "\n";
+  }
+  std::string yTitle = layer.y && !layer.countsOnY ? layer.y->variable->title() : "Count";
+  if (layer.summary && !layer.countsOnY && layer.y) {
+    yTitle = std::string(summaryTitle(*layer.summary)) + " " + yTitle;
+  }
+  const BoundColumn* y = layer.countsOnY ? nullptr : layer.y;
+  if (layer.spans) {
+    tip += yTitle + ": " + shownValue(y, bar.y0) + " to " + shownValue(y, bar.y1);
+  } else {
+    tip += yTitle + ": " + shownValue(y, bar.y1 - bar.y0);
+  }
+  return tip;
+}
+
 void drawLines(Scene& scene, const Layer& layer, const PanelView& view) {
   for (const Series& series : layer.series) {
     ShapeItem line;
@@ -243,6 +335,9 @@ void drawLines(Scene& scene, const Layer& layer, const PanelView& view) {
     line.stroke = {faded(markColor(layer, series.group, series.shade), series.alpha), 2,
                    layer.styles ? styleDash(layer, series.style) : std::vector<double>{}, true};
     line.role = "mark line";
+    if (layer.groups) line.group = series.group;
+    line.tip = groupLine(layer, series.group);
+    if (!line.tip.empty()) line.tip.pop_back();
     if (!line.path.empty()) scene.items.emplace_back(std::move(line));
   }
 }
@@ -257,6 +352,7 @@ void drawAreas(Scene& scene, const Layer& layer, const PanelView& view) {
         faded(withAlpha(markColor(layer, series.group, series.shade), overlapping ? 140 : 220),
               series.alpha);
     area.role = "mark area";
+    if (layer.groups) area.group = series.group;
     std::size_t i = 0;
     while (i < series.x.size()) {
       while (i < series.x.size() && !std::isfinite(series.y[i])) ++i;
@@ -288,6 +384,7 @@ void drawAreas(Scene& scene, const Layer& layer, const PanelView& view) {
     edge.stroke = {
         faded(markColor(layer, series.group, series.shade), series.alpha), 1.5, {}, true};
     edge.role = "mark area-edge";
+    if (layer.groups) edge.group = series.group;
     scene.items.emplace_back(std::move(edge));
   }
 }
@@ -307,6 +404,8 @@ void drawBars(Scene& scene, const Layer& layer, const PanelView& view) {
               bar.alpha);
     if (seams) item.stroke = {Color{255, 255, 255, 255}, 0.75, {}, false};
     item.role = "mark bar";
+    if (layer.groups) item.group = bar.group;
+    item.tip = barTip(layer, bar);
     const Path region = item.path;
     scene.items.emplace_back(std::move(item));
     if (layer.styles) {

@@ -6,10 +6,12 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <variant>
 #include <vector>
 
+#include "format/ValueFormat.h"
 #include "read/LargeBuffer.h"
 
 namespace chartxml::render {
@@ -60,15 +62,35 @@ class Path {
 // Every item names what it shows in `role` ("mark bar", "axis-label x",
 // "legend-entry", ...): the SVG writer writes it as the element's class, so
 // that a reader of the SVG (or a test) can find the chart's parts.
+// `group` and `tip` serve interactive devices: the legend group a mark or
+// legend entry belongs to (-1: none) and what a mark's tooltip says, one
+// "name: value" per line (empty: no tooltip). Pictures ignore both.
 struct ShapeItem {
   Path path;
   bool filled = false;
   Color fill;
   Stroke stroke;
   std::string role;
+  std::int32_t group = -1;
+  std::string tip;
 };
 
 enum class MarkerShape : std::uint8_t { kCircle, kSquare, kTriangle, kDiamond, kCross, kPlus };
+
+// The values of the cases a layer's points show, for tooltips: one column
+// per variable the layer draws, each value formatted by its variable's
+// format, or, for categories, shown by labels[value].
+struct CaseColumn {
+  std::string title;
+  ValueFormat format;
+  bool categorical = false;
+  std::vector<std::string> labels;  // categorical: the label of each code
+  LargeVector<double> values;       // one per case; categorical: the code, NaN when missing
+};
+struct CaseTable {
+  std::vector<CaseColumn> columns;
+  int groupColumn = -1;  // the column of legend groups (codes), or -1
+};
 
 // Many markers of one shape and size, each with its own colour (an index into
 // `palette`): one item for a whole scatter, so devices can draw it fast.
@@ -80,6 +102,11 @@ struct PointBatch {
   std::vector<Color> palette;
   Stroke outline;  // drawn around each marker when its width is above 0
   std::string role;
+  std::int32_t group = -1;  // legend keys: the group they stand for
+  // The cases the points show (null: none known): point i shows case
+  // caseIndex[i] of the table, or case i when caseIndex is empty.
+  std::shared_ptr<const CaseTable> cases;
+  LargeVector<std::uint32_t> caseIndex;
 };
 
 struct Font {
@@ -103,6 +130,7 @@ struct TextItem {
   double hAlign = 0, vAlign = 0;
   double angle = 0;
   std::string role;
+  std::int32_t group = -1;  // legend entries: the group they name
 };
 
 // Later items are clipped to this rectangle, or to `path` when it is not
@@ -124,6 +152,19 @@ struct ClipEnd {};
 
 using SceneItem = std::variant<ShapeItem, PointBatch, TextItem, ClipBegin, ClipEnd>;
 
+// A panel's continuous linear axis, for devices that let a reader zoom:
+// values lo..hi run along [start, start + length] pixels (upward for a
+// vertical axis), its ticks at `edge` pointing `outward` (+1 down or right).
+struct AxisView {
+  bool vertical = false;
+  double lo = 0, hi = 1;
+  double start = 0, length = 1;
+  double edge = 0, outward = 1;
+  double panelX = 0, panelY = 0, panelWidth = 0, panelHeight = 0;
+  bool labelled = true;
+  ValueFormat format;
+};
+
 struct Scene {
   double width = 800;  // picture pixels; a device may scale them (PNG --scale)
   double height = 600;
@@ -131,6 +172,7 @@ struct Scene {
   std::string title;        // the chart's title, for the SVG <title> and PDF metadata
   std::string description;  // what the chart shows, in words
   std::vector<SceneItem> items;
+  std::vector<AxisView> axes;  // of each cartesian panel; devices zoom only a single panel
 };
 
 }  // namespace chartxml::render

@@ -770,6 +770,38 @@ class Builder {
     }
     drawAxis(scene_, across, view, labelsAcross(panel, layout, across));
     drawAxis(scene_, upward, view, labelsUp(panel, layout, upward));
+    if (!panel.diagonal) {
+      noteAxis(across, view, labelsAcross(panel, layout, across));
+      noteAxis(upward, view, labelsUp(panel, layout, upward));
+    }
+  }
+
+  // A continuous linear axis, for devices that zoom: what they need to
+  // place its ticks again.
+  void noteAxis(const AxisPlan& plan, const PanelView& view, bool labelled) {
+    if (!plan.drawn || plan.scale == nullptr || plan.scale->kind() != AxisScale::Kind::kLinear ||
+        plan.scale->exponent() != 1 || !(plan.scale->lo() < plan.scale->hi())) {
+      return;
+    }
+    AxisView axis;
+    axis.vertical = isVertical(plan.side);
+    axis.lo = plan.scale->lo();
+    axis.hi = plan.scale->hi();
+    const Rect& area = view.area;
+    axis.start = axis.vertical ? area.bottom() : area.x;
+    axis.length = axis.vertical ? area.height : area.width;
+    axis.edge = plan.side == AxisSide::kBottom ? area.bottom()
+                : plan.side == AxisSide::kTop  ? area.y
+                : plan.side == AxisSide::kLeft ? area.x
+                                               : area.right();
+    axis.outward = plan.side == AxisSide::kBottom || plan.side == AxisSide::kRight ? 1 : -1;
+    axis.panelX = area.x;
+    axis.panelY = area.y;
+    axis.panelWidth = area.width;
+    axis.panelHeight = area.height;
+    axis.labelled = labelled;
+    axis.format = plan.format;
+    scene_.axes.push_back(std::move(axis));
   }
 
   // A grey box with a text in its middle: panel labels and the matrix's

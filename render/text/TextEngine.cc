@@ -266,9 +266,10 @@ TextBox TextEngine::measure(std::string_view text, const Font& font) {
     impl_->cache.emplace(std::move(key), impl_->laidBox);
     return impl_->laidBox;
   } catch (...) {
-    // Out of memory: nothing can be said of the text.
+    // Out of memory: nothing can be said of the text, and a picture laid
+    // out as if it were empty would be wrong; the caller's operation fails.
     impl_->laidKey.clear();
-    return TextBox{};
+    throw;
   }
 }
 
@@ -285,6 +286,7 @@ const std::vector<TextLine>& TextEngine::lines(std::string_view text, const Font
     impl_->laidKey.clear();
     impl_->lines.clear();
     impl_->layoutLines.clear();
+    throw;
   }
   return impl_->lines;
 }
@@ -298,7 +300,7 @@ void TextEngine::draw(cairo_t* cr, const TextItem& item) {
     impl_->placeLines(item.hAlign);
   } catch (...) {
     impl_->laidKey.clear();
-    return;
+    throw;  // a picture without this text would be wrong
   }
   const TextBox& box = impl_->laidBox;
   const double left = -item.hAlign * box.width;

@@ -44,6 +44,8 @@ class TextEngine {
   TextEngine(const TextEngine&) = delete;
   TextEngine& operator=(const TextEngine&) = delete;
 
+  // Each of these throws std::bad_alloc when memory runs out: a text that
+  // cannot be laid out must fail the picture, not leave a gap in it.
   // The box of `text` ("\n" separates lines) in `font`. Results are cached.
   TextBox measure(std::string_view text, const Font& font);
 

@@ -141,8 +141,10 @@ int Chart::addDataSourceVariable(int source, int column, bool categorical) {
   insertChild(root(), variable, {KytoUni::_domain, KytoUni::_frame, KytoUni::_style});
   const int handle = registerElement(variable);
   variableColumns_[handle] = column;
+  // The feed owns the record once it has it; nothing may throw in between.
+  const std::string feedSource = ChartString::toUTF8(sourceId);
   auto* record = new VarDataProcessor::_varinfo();
-  dataProcessor_.AddVariable(ChartString::toUTF8(sourceId), sourceName, record);
+  dataProcessor_.AddVariable(feedSource, sourceName, record);
   if (feedRecords_.size() <= static_cast<std::size_t>(handle)) feedRecords_.resize(handle + 1);
   feedRecords_[handle] = record;
   return handle;

@@ -5,7 +5,7 @@
 using chartxml::kFacadeSource;
 
 int ChartXml::AddRow(int chart, int /*source*/) {
-  return state_->guard(-1, __LINE__, [&] {
+  return state_->guardChart(chart, __LINE__, [&] {
     Chart* target = state_->resolveQuietly(chart);
     return target == nullptr ? -1 : target->AddRow();
   });
@@ -13,7 +13,7 @@ int ChartXml::AddRow(int chart, int /*source*/) {
 
 int ChartXml::AddDataValue(int chart, int /*source*/, int variableHandle, int text) {
   if (text == -1) return -1;  // no value; the chart is not harmed
-  return state_->guard(-1, __LINE__, [&] {
+  return state_->guardChart(chart, __LINE__, [&] {
     Chart* target = state_->resolveQuietly(chart);
     if (target == nullptr) return -1;
     const int result = target->AddDataValue(variableHandle, text);
@@ -23,7 +23,7 @@ int ChartXml::AddDataValue(int chart, int /*source*/, int variableHandle, int te
 }
 
 int ChartXml::AddDoubleDataValue(int chart, int /*source*/, int variableHandle, double value) {
-  return state_->guard(-1, __LINE__, [&] {
+  return state_->guardChart(chart, __LINE__, [&] {
     Chart* target = state_->resolveQuietly(chart);
     if (target == nullptr) return -1;
     const int result = target->AddDoubleDataValue(variableHandle, value);
@@ -41,6 +41,18 @@ void ChartXml::State::discardChart(int chart, Chart& target, int variableHandle,
                                          " names no data-source variable of the chart",
                line);
   self.KillChart(chart);
+}
+
+void ChartXml::State::discardUnfinished(int chart, int line) noexcept {
+  // Only a chart that is there is discarded: the out-of-memory may have come
+  // while an unknown handle was being reported.
+  if (resolveQuietly(chart) == nullptr) return;
+  reportSafely([&] {
+    reportFacade("chart " + std::to_string(chart) +
+                     " discarded: out of memory part-way through an operation",
+                 line);
+  });
+  reportSafely([&] { self.KillChart(chart); });
 }
 
 int ChartXml::AllDataDoubles(int chart) {

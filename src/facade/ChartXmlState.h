@@ -47,6 +47,14 @@ struct ChartXml::State {
   // Runs op(); an exception becomes a report and `failure`.
   template <class Result, class Op>
   Result guard(Result failure, int line, Op op);
+  // guard(-1, line, op) for an operation on `chart`; when memory runs out
+  // part-way, the chart is discarded (reported): it may hold half an element
+  // or half a row, and must never be sent. Defined in facade/Forward.h.
+  template <class Op>
+  int guardChart(int chart, int line, Op op);
+  // Reports that `chart` was discarded after running out of memory, and
+  // removes it; never throws.
+  void discardUnfinished(int chart, int line) noexcept;
 
   void reportFacade(const std::string& message, int line);
   // A procedure's variable number as a column index (unchanged without a

@@ -8,6 +8,7 @@
 #include <string>
 
 #include <xercesc/dom/DOMException.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/XMLException.hpp>
 
 #include "chart/Chart.h"
@@ -18,6 +19,16 @@
 #include "common/SourceNames.h"
 #include "facade/ChartXmlState.h"
 
+// Reports through `report` unless that too fails: a report that cannot be
+// made (memory ran out again) must not throw out of a public operation.
+template <class Report>
+void reportSafely(Report report) noexcept {
+  try {
+    report();
+  } catch (...) {
+  }
+}
+
 template <class Result, class Op>
 Result ChartXml::State::guard(Result failure, int line, Op op) {
   try {
@@ -25,24 +36,44 @@ Result ChartXml::State::guard(Result failure, int line, Op op) {
   } catch (const VornGoToCaller&) {
     throw;  // the host's own unwinding: it must reach the host
   } catch (const ChartException& e) {
-    errorHandler->error(e);
+    reportSafely([&] { errorHandler->error(e); });
   } catch (const xercesc::DOMException& e) {
-    errorHandler->error(e);
+    reportSafely([&] { errorHandler->error(e); });
   } catch (const xercesc::XMLException& e) {
-    errorHandler->error(e);
+    reportSafely([&] { errorHandler->error(e); });
   } catch (const std::bad_alloc&) {
-    reportFacade("out of memory", line);
+    reportSafely([&] { reportFacade("out of memory", line); });
+  } catch (const xercesc::OutOfMemoryException&) {
+    reportSafely([&] { reportFacade("out of memory", line); });
   } catch (const std::exception& e) {
-    reportFacade(std::string("internal error - ") + e.what(), line);
+    reportSafely([&] { reportFacade(std::string("internal error - ") + e.what(), line); });
   } catch (...) {
-    reportFacade("internal error", line);
+    reportSafely([&] { reportFacade("internal error", line); });
   }
   return failure;
 }
 
 template <class Op>
+int ChartXml::State::guardChart(int chart, int line, Op op) {
+  bool outOfMemory = false;
+  const int result = guard(-1, line, [&]() -> int {
+    try {
+      return op();
+    } catch (const std::bad_alloc&) {
+      outOfMemory = true;
+      throw;
+    } catch (const xercesc::OutOfMemoryException&) {
+      outOfMemory = true;
+      throw;
+    }
+  });
+  if (outOfMemory) discardUnfinished(chart, line);
+  return result;
+}
+
+template <class Op>
 int ChartXml::State::forward(int chart, int line, Op op) {
-  return guard(-1, line, [&]() -> int {
+  return guardChart(chart, line, [&]() -> int {
     Chart* target =
         self.getValidChart(chart, chartxml::kFacadeSource, static_cast<unsigned>(line), true);
     return target == nullptr ? -1 : op(*target);

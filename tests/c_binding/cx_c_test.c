@@ -143,8 +143,9 @@ int main(void) {
   check(cxr_render_sent(0, "/nonexistent/dir/c.png", NULL) == -1 &&
             contains(cxr_error(), "/nonexistent/dir/c.png: cannot write"),
         "an unwritable picture is refused");
-  check(cxr_render_sent(0, "c.gif", NULL) == -1 && contains(cxr_error(), ".png, .svg or .pdf"),
-        "an unknown picture format is refused");
+  check(
+      cxr_render_sent(0, "c.gif", NULL) == -1 && contains(cxr_error(), ".png, .svg, .pdf or .html"),
+      "an unknown picture format is refused");
   check(cxr_render_file(NULL, NULL, picture, NULL) == -1, "a missing document path is refused");
   check(cxr_skipped(0) == NULL && cxr_skipped(-1) == NULL, "no skipped part out of range");
 

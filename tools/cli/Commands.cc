@@ -6,8 +6,8 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 
+#include "FileIo.h"
 #include "chartxml/chartxml_host.h"
 #include "chartxml/host/Platform.h"
 
@@ -73,25 +73,8 @@ int highestChartNumber(const std::string& dir) {
 }
 
 bool writeWhole(const std::string& path, const std::string& content, std::string& error) {
-  const std::filesystem::path target(path);
-  const std::filesystem::path temp =
-      target.parent_path() / ("." + target.filename().string() + ".partial");
-  {
-    std::ofstream out(temp, std::ios::binary | std::ios::trunc);
-    out << content;
-    out.close();
-    if (!out) {
-      error = path + ": cannot write: " + std::strerror(errno);
-      std::error_code ignored;
-      std::filesystem::remove(temp, ignored);
-      return false;
-    }
-  }
-  std::error_code ec;
-  std::filesystem::rename(temp, target, ec);
-  if (ec) {
-    error = path + ": cannot write: " + ec.message();
-    std::filesystem::remove(temp, ec);
+  if (const int failure = cxio::writeWholeFile(path, content)) {
+    error = path + ": cannot write: " + cxio::errorText(failure);
     return false;
   }
   return true;

@@ -4,7 +4,6 @@
 #include <array>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -36,7 +35,8 @@ constexpr const char* kHelpText =
     "Anscombe's quartet (four sets of eleven x, y points) and the annual mean\n"
     "atmospheric CO2 at Mauna Loa of 1959 to 2023. Each chart's document\n"
     "goes to DIR/chart-NNNN.xml, its data to DIR/chart-NNNN.source0.csv and\n"
-    "its pictures to DIR/chart-NNNN.png and DIR/chart-NNNN.svg.\n"
+    "its pictures to DIR/chart-NNNN.png, DIR/chart-NNNN.svg and an interactive page\n"
+    "DIR/chart-NNNN.html.\n"
     "DIR/index.html shows every picture with what it shows (open it in a\n"
     "browser); DIR/index.txt lists each document with what it shows.\n"
     "\n"
@@ -266,7 +266,8 @@ int runDemo(std::span<char* const> args) {
 
   std::vector<std::pair<int, std::string>> sent;
   std::vector<GalleryEntry> gallery;
-  const std::vector<PictureFormat> formats{PictureFormat::kPng, PictureFormat::kSvg};
+  const std::vector<PictureFormat> formats{PictureFormat::kPng, PictureFormat::kSvg,
+                                           PictureFormat::kHtml};
   const auto run = [&](DataSet& set, const std::string& runLanguage,
                        const std::vector<ChartRequest>& charts) {
     if (!set.session.start(runLanguage, error)) return false;
@@ -300,14 +301,13 @@ int runDemo(std::span<char* const> args) {
   if (!japanese || !run(quartet, "ja", {*japanese})) return complain("demo", error, kExitFailure);
 
   const std::string indexPath = out + "/index.txt";
-  std::ofstream index(indexPath, std::ios::trunc);
+  std::string index;
   for (const auto& [number, description] : sent) {
     const std::string name = chartStem(number) + ".xml";
-    index << name << '\t' << description << '\n';
+    index += name + '\t' + description + '\n';
     std::printf("%s/%s  %s\n", out.c_str(), name.c_str(), description.c_str());
   }
-  index.close();
-  if (!index) return complain("demo", indexPath + ": cannot write the index", kExitFailure);
+  if (!writeWhole(indexPath, index, error)) return complain("demo", error, kExitFailure);
   if (!writeGallery(out, "chartxml demo", gallery, error)) {
     return complain("demo", error, kExitFailure);
   }

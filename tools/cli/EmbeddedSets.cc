@@ -4,9 +4,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 
 #include "EmbeddedSetsData.h"
+#include "cli/Commands.h"
 
 namespace chartxml::cli {
 namespace {
@@ -19,12 +19,7 @@ const embedded::File* findFile(std::string_view name) {
 }
 
 bool writeFile(const embedded::File& file, const std::string& path, std::string& error) {
-  std::ofstream out(path, std::ios::binary | std::ios::trunc);
-  out.write(reinterpret_cast<const char*>(file.data), static_cast<std::streamsize>(file.size));
-  out.close();
-  if (out) return true;
-  error = path + ": cannot write: " + std::strerror(errno);
-  return false;
+  return writeWhole(path, std::string(reinterpret_cast<const char*>(file.data), file.size), error);
 }
 
 }  // namespace

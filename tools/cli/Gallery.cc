@@ -1,9 +1,6 @@
 #include "cli/Gallery.h"
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <fstream>
+#include "cli/Commands.h"
 
 namespace chartxml::cli {
 namespace {
@@ -54,15 +51,16 @@ bool writeGallery(const std::string& dir, const std::string& heading,
       escapeHtml(heading) + "</title>\n<style>\n" + kStyle + "</style>\n</head>\n<body>\n<h1>" +
       escapeHtml(heading) + "</h1>\n<p class=\"lead\">" + std::to_string(entries.size()) +
       " charts, each drawn from the document and data the host was sent. Click a picture "
-      "for its SVG.</p>\n<main class=\"grid\">\n";
+      "for its interactive page.</p>\n<main class=\"grid\">\n";
   for (const GalleryEntry& entry : entries) {
     const std::string stem = escapeHtml(entry.stem);
     const std::string description = escapeHtml(entry.description);
     const std::string alt = escapeHtml(entry.altText.empty() ? entry.description : entry.altText);
-    page += "<figure id=\"" + stem + "\">\n<a href=\"" + stem + ".svg\"><img src=\"" + stem +
+    page += "<figure id=\"" + stem + "\">\n<a href=\"" + stem + ".html\"><img src=\"" + stem +
             ".png\" width=\"800\" height=\"600\" alt=\"" + alt + "\"></a>\n<figcaption>" +
-            description + "\n<span class=\"files\"><a href=\"" + stem + ".svg\">SVG</a><a href=\"" +
-            stem + ".xml\">document</a><a href=\"" + stem + ".source0.csv\">data</a></span>\n";
+            description + "\n<span class=\"files\"><a href=\"" + stem +
+            ".html\">page</a><a href=\"" + stem + ".svg\">SVG</a><a href=\"" + stem +
+            ".xml\">document</a><a href=\"" + stem + ".source0.csv\">data</a></span>\n";
     if (!entry.skipped.empty()) {
       page += "<span class=\"skipped\">Not drawn yet: ";
       for (std::size_t i = 0; i < entry.skipped.size(); ++i) {
@@ -75,24 +73,7 @@ bool writeGallery(const std::string& dir, const std::string& heading,
   page += "</main>\n</body>\n</html>\n";
 
   // Written aside and renamed, so a browser never shows half a page.
-  const std::string path = dir + "/index.html";
-  const std::string temp = dir + "/.index.html.partial";
-  {
-    std::ofstream out(temp, std::ios::binary | std::ios::trunc);
-    out << page;
-    out.close();
-    if (!out) {
-      error = path + ": cannot write: " + std::strerror(errno);
-      std::remove(temp.c_str());
-      return false;
-    }
-  }
-  if (std::rename(temp.c_str(), path.c_str()) != 0) {
-    error = path + ": cannot write: " + std::strerror(errno);
-    std::remove(temp.c_str());
-    return false;
-  }
-  return true;
+  return writeWhole(dir + "/index.html", page, error);
 }
 
 }  // namespace chartxml::cli

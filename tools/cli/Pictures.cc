@@ -10,6 +10,7 @@ std::optional<PictureFormat> parsePictureFormat(std::string_view name) {
   if (name == "png") return PictureFormat::kPng;
   if (name == "svg") return PictureFormat::kSvg;
   if (name == "pdf") return PictureFormat::kPdf;
+  if (name == "html") return PictureFormat::kHtml;
   return std::nullopt;
 }
 
@@ -21,6 +22,8 @@ const char* pictureExtension(PictureFormat format) {
       return "svg";
     case PictureFormat::kPdf:
       return "pdf";
+    case PictureFormat::kHtml:
+      return "html";
   }
   return "";
 }

@@ -70,11 +70,12 @@ constexpr std::array<Option, 20> kOptions{{
     {"out", "DIR",
      "the folder for the chart's files, numbered after the charts already there (default: out)"},
     {"output", "FILE",
-     "the chart's picture, FILE.png, FILE.svg or FILE.pdf; its document and data go beside it "
+     "the chart's picture, FILE.png, FILE.svg, FILE.pdf or FILE.html; its document and data go "
+     "beside it "
      "as FILE.xml and FILE.source0.csv",
      'o'},
     {"force", "", "with --output: replace files of those names"},
-    {"picture", "FORMAT", "the picture in the folder: png (the default), svg, pdf or none"},
+    {"picture", "FORMAT", "the picture in the folder: png (the default), svg, pdf, html or none"},
 }};
 
 constexpr const char* kHelpText =
@@ -82,8 +83,8 @@ constexpr const char* kHelpText =
     "                [--color COL [--color-categorical]] [--panel COL] [--stat NAME]\n"
     "                [--fit FAMILY] [--bin-width W] [--title TEXT] [--lang CODE]\n"
     "                [--delimiter C] [--encoding NAME] [--date-order mdy|dmy]\n"
-    "                [--verbose] [--out DIR [--picture png|svg|pdf|none]]\n"
-    "                [-o FILE.png|FILE.svg|FILE.pdf [--force]]\n"
+    "                [--verbose] [--out DIR [--picture png|svg|pdf|html|none]]\n"
+    "                [-o FILE.png|FILE.svg|FILE.pdf|FILE.html [--force]]\n"
     "\n"
     "Builds one chart of DATA.csv (a header row of names, one row per case;\n"
     "DATA.csv.dict.json beside it may give labels, formats and value labels).\n"
@@ -271,14 +272,16 @@ class PlotSetup {
           "numbered charts), not both"};
     }
     if (args_.value("picture")) {
-      return Refusal{"--output " + *output_ +
-                     " names the picture: its extension (.png, .svg or .pdf) picks the format; "
-                     "--picture goes with --out"};
+      return Refusal{
+          "--output " + *output_ +
+          " names the picture: its extension (.png, .svg, .pdf or .html) picks the format; "
+          "--picture goes with --out"};
     }
     if (!pictureFormatOf(*output_) || std::filesystem::path(*output_).extension().empty()) {
-      return Refusal{"--output " + *output_ +
-                     ": name the picture FILE.png, FILE.svg or FILE.pdf (its document and data "
-                     "go beside it)"};
+      return Refusal{
+          "--output " + *output_ +
+          ": name the picture FILE.png, FILE.svg, FILE.pdf or FILE.html (its document and data "
+          "go beside it)"};
     }
     return std::nullopt;
   }
@@ -465,7 +468,7 @@ int runPlot(std::span<char* const> args) {
     const auto format = parsePictureFormat(*picture);
     if (!format && *picture != "none") {
       return complain("plot",
-                      "unknown picture format '" + *picture + "'; valid: png, svg, pdf, none",
+                      "unknown picture format '" + *picture + "'; valid: png, svg, pdf, html, none",
                       kExitUsage);
     }
     pictures = format ? std::vector<PictureFormat>{*format} : std::vector<PictureFormat>{};

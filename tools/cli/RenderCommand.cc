@@ -15,7 +15,8 @@ namespace {
 constexpr std::array<Option, 6> kOptions{{
     {"data", "DIR", "where the chart's data files are (default: the document's folder)"},
     {"out", "FILE",
-     "the picture to write: .png, .svg or .pdf (default: the document's name with .png)", 'o'},
+     "the picture to write: .png, .svg, .pdf or .html (default: the document's name with .png)",
+     'o'},
     {"width", "PX", "the picture's width in pixels (default 800)"},
     {"height", "PX", "the picture's height in pixels (default 600)"},
     {"scale", "N", "multiplies a PNG's pixels, for sharp pictures on dense screens (default 1)"},
@@ -24,7 +25,7 @@ constexpr std::array<Option, 6> kOptions{{
 }};
 
 constexpr const char* kHelpText =
-    "usage: chartxml render CHART.xml [--data DIR] [-o OUT.png|OUT.svg|OUT.pdf]\n"
+    "usage: chartxml render CHART.xml [--data DIR] [-o OUT.png|OUT.svg|OUT.pdf|OUT.html]\n"
     "                      [--width PX] [--height PX] [--scale N] [--describe]\n"
     "\n"
     "Draws a sent chart from its document and its data: each data source S of\n"
@@ -96,7 +97,8 @@ int runRender(std::span<char* const> args) {
   std::string out = parsed->value("out").value_or(
       std::filesystem::path(document).replace_extension(".png").string());
   if (draw && !pictureFormatOf(out)) {
-    return complain("render", "--out " + out + ": name the picture .png, .svg or .pdf", kExitUsage);
+    return complain("render", "--out " + out + ": name the picture .png, .svg, .pdf or .html",
+                    kExitUsage);
   }
 
   ChartRenderer renderer(options);

@@ -1,0 +1,23 @@
+// Escaping and encoding for the HTML device (device/Devices.h drawHtml):
+// each appends to `out`. Pure functions, safe on any input, any thread.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace chartxml::render {
+
+// HTML text or a quoted attribute value: & < > " ' as references, invalid
+// UTF-8 as U+FFFD, control characters other than tab and newline dropped.
+void appendHtmlEscaped(std::string& out, std::string_view text);
+
+// A JSON string, quotes included, safe inside a <script> element: '<', '>',
+// '&', U+2028 and U+2029 (and controls) as \u escapes, so that no text can
+// end the element; invalid UTF-8 as \ufffd.
+void appendJsonString(std::string& out, std::string_view text);
+
+// `bytes` bytes at `data` in base64 (RFC 4648, padded).
+void appendBase64(std::string& out, const void* data, std::size_t bytes);
+
+}  // namespace chartxml::render

@@ -1,0 +1,271 @@
+#!/usr/bin/env python3
+"""Chart pages in a real browser: headless Chromium driven over its DevTools
+pipe (fds 3 and 4, NUL-terminated JSON), with nothing but the standard
+library. Makes the demo's pages and a page of hostile texts with the tool,
+then reads what a reader would see: tooltips, legend state, tick labels after
+a zoom and after Escape, keyboard focus, and that no injected script ran.
+
+usage: page_test.py --cli PATH/chartxml --chromium PATH/chromium
+Exits non-zero, saying what failed, on the first broken expectation."""
+
+import argparse
+import json
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+
+
+class Browser:
+    """One headless Chromium and one page in it."""
+
+    def __init__(self, chromium, profile):
+        to_child_read, self._to_child = os.pipe()
+        self._from_child, from_child_write = os.pipe()
+
+        def wire():
+            # Through spare numbers first: either pipe may already be 3 or 4.
+            read, write = os.dup(to_child_read), os.dup(from_child_write)
+            os.dup2(read, 3)
+            os.dup2(write, 4)
+
+        args = [chromium, "--headless", "--no-sandbox", "--disable-gpu",
+                "--remote-debugging-pipe", "--user-data-dir=" + profile,
+                "--no-first-run", "--no-default-browser-check", "--window-size=1000,800"]
+        self._process = subprocess.Popen(args, close_fds=False, preexec_fn=wire, stdout=subprocess.DEVNULL,
+                                         stderr=subprocess.DEVNULL)
+        os.close(to_child_read)
+        os.close(from_child_write)
+        self._buffer = b""
+        self._next = 0
+        self._session = None
+        target = self.call("Target.createTarget", {"url": "about:blank"})["targetId"]
+        self._session = self.call("Target.attachToTarget",
+                                  {"targetId": target, "flatten": True})["sessionId"]
+        self.call("Page.enable")
+        self.call("Runtime.enable")
+
+    def close(self):
+        try:
+            self.call("Browser.close", session=False)
+        except Exception:  # the browser may already be gone
+            pass
+        try:
+            self._process.wait(timeout=10)
+        except subprocess.TimeoutExpired:
+            self._process.kill()
+            self._process.wait()
+        os.close(self._to_child)
+        os.close(self._from_child)
+
+    def _read_message(self):
+        while b"\0" not in self._buffer:
+            chunk = os.read(self._from_child, 1 << 20)
+            if not chunk:
+                raise RuntimeError("chromium closed its DevTools pipe")
+            self._buffer += chunk
+        message, self._buffer = self._buffer.split(b"\0", 1)
+        return json.loads(message)
+
+    def call(self, method, params=None, session=True):
+        self._next += 1
+        message = {"id": self._next, "method": method, "params": params or {}}
+        if session and self._session:
+            message["sessionId"] = self._session
+        os.write(self._to_child, json.dumps(message).encode() + b"\0")
+        while True:
+            reply = self._read_message()
+            if reply.get("id") == self._next:
+                if "error" in reply:
+                    raise RuntimeError(method + ": " + json.dumps(reply["error"]))
+                return reply.get("result", {})
+
+    def evaluate(self, expression):
+        result = self.call("Runtime.evaluate",
+                           {"expression": expression, "returnByValue": True, "awaitPromise": True})
+        if "exceptionDetails" in result:
+            raise RuntimeError("script failed: " + json.dumps(result["exceptionDetails"]))
+        return result["result"].get("value")
+
+    def open(self, path):
+        self.call("Page.navigate", {"url": "file://" + path})
+        deadline = time.time() + 30
+        while time.time() < deadline:
+            ready = "document.documentElement && document.documentElement.getAttribute('data-ready')"
+            if self.evaluate(ready) == "true":
+                return
+            time.sleep(0.05)
+        raise RuntimeError(path + ": the page's script never finished")
+
+    def settle(self):
+        """Waits until the page has drawn what the last event asked."""
+        self.evaluate("new Promise(r => requestAnimationFrame(() => requestAnimationFrame(r)))")
+
+    def mouse(self, kind, x, y, **extra):
+        params = {"type": kind, "x": x, "y": y}
+        params.update(extra)
+        self.call("Input.dispatchMouseEvent", params)
+
+    def click(self, x, y):
+        self.mouse("mouseMoved", x, y)
+        self.mouse("mousePressed", x, y, button="left", clickCount=1)
+        self.mouse("mouseReleased", x, y, button="left", clickCount=1)
+        self.settle()
+
+    def key(self, key, code, key_code):
+        for kind in ("keyDown", "keyUp"):
+            self.call("Input.dispatchKeyEvent", {"type": kind, "key": key, "code": code,
+                                                 "windowsVirtualKeyCode": key_code})
+        self.settle()
+
+
+failures = []
+
+
+def expect(condition, what):
+    if not condition:
+        failures.append(what)
+        print("FAILED: " + what, file=sys.stderr)
+
+
+# Page coordinates of a data point, from the axes the page embeds (not from
+# the marks, whose placement is what is tested).
+WHERE = """(function (x, y) {
+  var data = JSON.parse(document.getElementById('chart-data').textContent);
+  var box = document.querySelector('.plot svg').getBoundingClientRect();
+  var px, py;
+  data.axes.forEach(function (a) {
+    var share = ((a.vertical ? y : x) - a.lo) / (a.hi - a.lo);
+    if (a.vertical) py = a.start - share * a.length; else px = a.start + share * a.length;
+  });
+  return [box.left + px, box.top + py];
+})(%s, %s)"""
+
+VISIBLE_MARKS = """Array.prototype.filter.call(
+  document.querySelectorAll('g.mark.point [data-i]'),
+  function (n) { return getComputedStyle(n).display !== 'none'; }).length"""
+
+TICK_LABELS = """Array.prototype.filter.call(document.querySelectorAll('.tick-label.x'),
+  function (n) { return getComputedStyle(n).display !== 'none'; })
+  .map(function (n) { return n.textContent; }).join('|')"""
+
+
+def centre_of(browser, selector_script):
+    return browser.evaluate("(function () { var n = %s; var r = n.getBoundingClientRect();"
+                            " return [r.left + r.width / 2, r.top + r.height / 2]; })()"
+                            % selector_script)
+
+
+def scatter_page(browser, page):
+    browser.open(page)
+    # Anscombe's quartet: set III holds the case x 13, y 12.74, alone at the top.
+    x, y = browser.evaluate(WHERE % (13, 12.74))
+    browser.mouse("mouseMoved", x, y)
+    browser.settle()
+    tip = browser.evaluate("document.getElementById('chart-tip').hidden ? '' :"
+                           " document.getElementById('chart-tip').textContent")
+    expect("12.74" in tip and "13" in tip and "III" in tip,
+           "hovering the case (13, 12.74) shows its values and set, got %r" % tip)
+    expect(browser.evaluate(VISIBLE_MARKS) == 44, "all 44 cases are drawn")
+
+    # Hiding set III leaves the other 33 cases, and the entry says it is off.
+    entry = "Array.prototype.find.call(document.querySelectorAll('text.legend-entry'),"\
+            " function (n) { return n.textContent === 'III'; })"
+    browser.click(*centre_of(browser, entry))
+    expect(browser.evaluate(VISIBLE_MARKS) == 33, "clicking legend entry III hides its 11 cases")
+    expect(browser.evaluate(entry + ".classList.contains('off')"),
+           "the legend shows entry III as hidden")
+    browser.click(*centre_of(browser, entry))
+    expect(browser.evaluate(VISIBLE_MARKS) == 44, "a second click shows set III again")
+
+    # The wheel zooms in on x: new ticks; Escape brings the pictures' back.
+    before = browser.evaluate(TICK_LABELS)
+    x, y = browser.evaluate(WHERE % (10, 7))
+    browser.mouse("mouseWheel", x, y, deltaX=0, deltaY=-600)
+    browser.settle()
+    zoomed = browser.evaluate(TICK_LABELS)
+    expect(zoomed != before and zoomed != "",
+           "zooming changes the x tick labels (%r, then %r)" % (before, zoomed))
+    browser.mouse("mouseMoved", 5, 5)
+    browser.key("Escape", "Escape", 27)
+    expect(browser.evaluate(TICK_LABELS) == before, "Escape restores the x tick labels")
+
+    # Tab reaches the marks (each tells its values) and then the legend;
+    # from a fresh page, as a click moves where Tab starts.
+    browser.open(page)
+    reached = set()
+    for _ in range(80):
+        browser.key("Tab", "Tab", 9)
+        role = browser.evaluate("(document.activeElement.getAttribute('class') || '') +"
+                                " (document.activeElement.hasAttribute('data-i') ? ' case' : '')")
+        reached.add(role)
+        if "legend-entry" in role:
+            break
+    expect(any("case" in r for r in reached), "Tab reaches the marks")
+    expect(any("legend-entry" in r for r in reached), "Tab reaches a legend entry")
+    browser.key("Enter", "Enter", 13)
+    expect(browser.evaluate(VISIBLE_MARKS) == 33, "Enter on a legend entry hides its group")
+
+
+def bar_page(browser, page):
+    browser.open(page)
+    x, y = centre_of(browser, "document.querySelector('path.mark.bar')")
+    browser.mouse("mouseMoved", x, y)
+    browser.settle()
+    tip = browser.evaluate("document.getElementById('chart-tip').textContent")
+    expected = browser.evaluate("document.querySelector('path.mark.bar').getAttribute('data-tip')")
+    expect(tip and tip == expected.replace("\n", ""), "a bar's tooltip shows %r, got %r"
+           % (expected, tip))
+
+
+def hostile_page(browser, page):
+    browser.open(page)
+    expect(browser.evaluate("window.injected === undefined"), "no injected script ran")
+    labels = browser.evaluate("Array.prototype.map.call(document.querySelectorAll("
+                              "'text.legend-entry'), function (n) { return n.textContent; })")
+    expect("</script><script>window.injected=1</script>" in labels,
+           "the hostile category is shown as text, got %r" % labels)
+    x, y = browser.evaluate(WHERE % (1, 2))
+    browser.mouse("mouseMoved", x, y)
+    browser.settle()
+    tip = browser.evaluate("document.getElementById('chart-tip').textContent")
+    expect("</script><script>window.injected=1</script>" in tip,
+           "the tooltip shows the hostile category as text, got %r" % tip)
+    expect(browser.evaluate("window.injected === undefined"), "hovering ran no injected script")
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--cli", required=True)
+    parser.add_argument("--chromium", required=True)
+    options = parser.parse_args()
+    work = tempfile.mkdtemp(prefix="chartxml-pages-")
+    try:
+        subprocess.run([options.cli, "demo", "--out", work + "/demo"], check=True,
+                       stdout=subprocess.DEVNULL)
+        with open(work + "/hostile.csv", "w", encoding="utf-8") as out:
+            out.write('a,b,group\n1,2,"</script><script>window.injected=1</script>"\n'
+                      '2,3,"<img src=x onerror=window.injected=2>"\n3,1,plain\n')
+        subprocess.run([options.cli, "plot", work + "/hostile.csv", "--type", "scatter", "--x", "a",
+                        "--y", "b", "--color", "group", "-o", work + "/hostile.html"], check=True,
+                       stdout=subprocess.DEVNULL)
+        browser = Browser(options.chromium, work + "/profile")
+        try:
+            scatter_page(browser, work + "/demo/chart-0001.html")
+            bar_page(browser, work + "/demo/chart-0002.html")
+            hostile_page(browser, work + "/hostile.html")
+        finally:
+            browser.close()
+    finally:
+        shutil.rmtree(work, ignore_errors=True)
+    if failures:
+        print("%d expectation(s) failed" % len(failures), file=sys.stderr)
+        return 1
+    print("the pages behave in the browser")
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
