@@ -70,7 +70,9 @@ void drawScatter(benchmark::State& state, chartxml::PictureFormat format) {
     state.SkipWithError("the scatter could not be sent");
     return;
   }
-  chartxml::ChartRenderer renderer;
+  chartxml::RenderOptions options;
+  options.pageCases = format == chartxml::PictureFormat::kHtml;
+  chartxml::ChartRenderer renderer(options);
   // Fonts and the text engine start once per process, not per chart.
   if (!renderer.loadSent(chart) || !renderer.picture(format)) {
     state.SkipWithError(renderer.error().c_str());
@@ -169,6 +171,9 @@ bool readSent(int points, ReadChart& out, std::string& error) {
   return true;
 }
 
+// A picture's scene: no cases kept for a page's tooltips.
+constexpr chartxml::render::SceneOptions kPictureOnly{800, 600, false};
+
 // Statistics, scales and layout: the read chart to its scene.
 void BM_BuildScene(benchmark::State& state) {
   ReadChart chart;
@@ -179,7 +184,8 @@ void BM_BuildScene(benchmark::State& state) {
   }
   chartxml::render::TextEngine text;
   for (auto _ : state) {
-    auto scene = chartxml::render::buildScene(*chart.model, chart.tables, text, {}, error);
+    auto scene =
+        chartxml::render::buildScene(*chart.model, chart.tables, text, kPictureOnly, error);
     if (!scene) {
       state.SkipWithError(error.c_str());
       return;
@@ -196,7 +202,7 @@ void BM_DrawPng(benchmark::State& state) {
   chartxml::render::TextEngine text;
   std::optional<chartxml::render::Scene> scene;
   if (readSent(static_cast<int>(state.range(0)), chart, error)) {
-    scene = chartxml::render::buildScene(*chart.model, chart.tables, text, {}, error);
+    scene = chartxml::render::buildScene(*chart.model, chart.tables, text, kPictureOnly, error);
   }
   if (!scene) {
     state.SkipWithError(error.c_str());

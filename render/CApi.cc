@@ -17,8 +17,11 @@ LastCall& last() {
   return state;
 }
 
-chartxml::RenderOptions optionsOf(const cxr_options* options) {
+// The options of a picture to be written at `output_path`: cases are kept
+// only for a page.
+chartxml::RenderOptions optionsOf(const cxr_options* options, const char* output_path) {
   chartxml::RenderOptions out;
+  out.pageCases = chartxml::pictureFormatOf(output_path) == chartxml::PictureFormat::kHtml;
   if (options != nullptr) {
     out.width = options->width;
     out.height = options->height;
@@ -59,7 +62,7 @@ int cxr_render_file(const char* document_path, const char* data_dir, const char*
     return refuse("cxr_render_file: the document and output paths are required");
   }
   try {
-    chartxml::ChartRenderer renderer(optionsOf(options));
+    chartxml::ChartRenderer renderer(optionsOf(options, output_path));
     const bool done =
         renderer.loadFile(document_path, data_dir ? data_dir : "") && renderer.write(output_path);
     return finish(renderer, done);
@@ -71,7 +74,7 @@ int cxr_render_file(const char* document_path, const char* data_dir, const char*
 int cxr_render_sent(int i, const char* output_path, const cxr_options* options) {
   if (output_path == nullptr) return refuse("cxr_render_sent: the output path is required");
   try {
-    chartxml::ChartRenderer renderer(optionsOf(options));
+    chartxml::ChartRenderer renderer(optionsOf(options, output_path));
     const bool done = renderer.loadSent(i) && renderer.write(output_path);
     return finish(renderer, done);
   } catch (...) {

@@ -200,9 +200,10 @@ struct ChartRenderer::Impl {
       if (table->rows() == 0) return fail(origin + ": holds no rows of data, only its header");
       tables.emplace(source, std::move(*table));
     }
-    auto built = render::buildScene(
-        *model, tables, engine(),
-        {static_cast<double>(options.width), static_cast<double>(options.height)}, problem);
+    auto built = render::buildScene(*model, tables, engine(),
+                                    {static_cast<double>(options.width),
+                                     static_cast<double>(options.height), options.pageCases},
+                                    problem);
     if (!built) return fail(problem);
     skipped = model->skipped;
     title = model->title;

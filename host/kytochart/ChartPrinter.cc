@@ -255,7 +255,7 @@ class NameCache {
  public:
   std::string_view operator[](const XMLCh* name) {
     Slot& slot = slots_[(reinterpret_cast<std::uintptr_t>(name) >> 3) % slots_.size()];
-    if (slot.name != name || !slot.filled) {
+    if (slot.name != name) {
       const std::size_t length = lengthOf(name);
       slot.utf8.resize(length * kMostBytesPerUnit);
       const XMLCh* p = name;
@@ -263,15 +263,13 @@ class NameCache {
       slot.utf8.resize(static_cast<std::size_t>(
           escapeRun(p, name + length, name + length, Escape::kNone, begin) - begin));
       slot.name = name;
-      slot.filled = true;
     }
     return slot.utf8;
   }
 
  private:
   struct Slot {
-    const XMLCh* name = nullptr;
-    bool filled = false;
+    const XMLCh* name = nullptr;  // the DOM names nothing with null: empty slots never match
     std::string utf8;
   };
   std::array<Slot, 64> slots_;

@@ -104,6 +104,9 @@ struct RenderOptions {
   int width = 800;   ///< pixels, or points for PDF
   int height = 600;  ///< pixels, or points for PDF
   double scale = 1;  ///< PNG only
+  /// Keep each mark's case for an HTML page's tooltips. Off spares a copy of
+  /// the drawn columns when no page is drawn; a page then fails.
+  bool pageCases = true;
 };
 
 /// Draws one chart at a time. Load a chart (a file, a text or a sent chart),

@@ -517,6 +517,11 @@ class HtmlWriter {
 
 bool drawHtml(const Scene& scene, TextEngine& text, std::string& out, std::string& error) {
   out.clear();
+  if (!scene.keepsCases) {
+    error =
+        "cannot write the page: the chart was loaded without its cases (RenderOptions::pageCases)";
+    return false;
+  }
   std::string svg;
   if (!drawSvgForPage(scene, text, svg, error)) return false;
   try {

@@ -86,8 +86,9 @@ void dressBatch(PointBatch& batch, const Layer& layer, const PointLook& look, st
 }
 
 // The tooltips' columns of a layer's points: x, y, then each aesthetic's
-// values, in the layer's point order.
-std::shared_ptr<const CaseTable> casesOf(const Layer& layer) {
+// values, in the layer's point order; none when the scene keeps no cases.
+std::shared_ptr<const CaseTable> casesOf(const Scene& scene, const Layer& layer) {
+  if (!scene.keepsCases) return nullptr;
   auto table = std::make_shared<CaseTable>();
   const std::size_t n = layer.px.size();
   const auto column = [&](const BoundColumn* bound, std::string title) -> CaseColumn& {
@@ -191,7 +192,7 @@ bool drawPlainPoints(Scene& scene, const Layer& layer, const PanelView& view,
               layer.pointGroup.begin() + static_cast<std::ptrdiff_t>(end),
               batch.colorIndex.begin() + static_cast<std::ptrdiff_t>(begin));
   });
-  batch.cases = casesOf(layer);
+  batch.cases = casesOf(scene, layer);
   scene.items.emplace_back(std::move(batch));
   return true;
 }
@@ -217,7 +218,7 @@ void drawPoints(Scene& scene, const Layer& layer, const PanelView& view, const P
   // Each group's shape once: a style cycle names shapes in words.
   std::vector<MarkerShape> shapes(groups);
   for (std::size_t g = 0; g < groups; ++g) shapes[g] = groupShape(layer, g);
-  const std::shared_ptr<const CaseTable> cases = casesOf(layer);
+  const std::shared_ptr<const CaseTable> cases = casesOf(scene, layer);
   for (std::size_t i = 0; i < layer.px.size(); ++i) {
     const std::size_t group = layer.pointGroup[i];
     const MarkerShape shape = layer.styles     ? styleShape(layer, layer.pointStyle[i])

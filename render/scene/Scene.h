@@ -173,6 +173,7 @@ struct Scene {
   std::string description;  // what the chart shows, in words
   std::vector<SceneItem> items;
   std::vector<AxisView> axes;  // of each cartesian panel; devices zoom only a single panel
+  bool keepsCases = true;      // point batches hold their cases (SceneOptions::cases)
 };
 
 }  // namespace chartxml::render

@@ -144,12 +144,13 @@ std::string fittedLabel(const std::string& content, const Font& font, double wid
 class Builder {
  public:
   Builder(ChartModel& model, const std::map<std::string, DataTable>& tables, TextEngine& text,
-          SceneSize size, std::string& error)
-      : model_(model), binder_(model, tables), text_(text), size_(size), error_(error) {}
+          SceneOptions options, std::string& error)
+      : model_(model), binder_(model, tables), text_(text), options_(options), error_(error) {}
 
   std::optional<Scene> build() {
-    scene_.width = size_.width;
-    scene_.height = size_.height;
+    scene_.width = options_.width;
+    scene_.height = options_.height;
+    scene_.keepsCases = options_.cases;
     scene_.title = model_.title;
     pickFrame();
     if (frame_ != nullptr) {
@@ -500,7 +501,7 @@ class Builder {
     const double footnoteHeight =
         model_.footnote.empty() ? 0 : text_.measure(model_.footnote, kFootnoteFont).height + 8;
     std::vector<LegendBlock> legends = makeLegends(model_, frame_, sampleLayers());
-    Rect region{kOuter, kOuter, size_.width - 2 * kOuter, size_.height - 2 * kOuter};
+    Rect region{kOuter, kOuter, options_.width - 2 * kOuter, options_.height - 2 * kOuter};
     double legendWidth = 0;
     for (LegendBlock& legend : legends) {
       measureLegend(legend, text_, region.height);
@@ -512,7 +513,7 @@ class Builder {
     region.height -= titles + footnoteHeight;
     if (!model_.footnote.empty()) {
       scene_.items.emplace_back(text(model_.footnote, kFootnoteFont, kMutedTextColor, kOuter,
-                                     size_.height - kOuter - footnoteHeight + 8, 0, "footnote"));
+                                     options_.height - kOuter - footnoteHeight + 8, 0, "footnote"));
     }
     if (frame_ != nullptr) drawPanels(region);
     drawLegends(legends, region);
@@ -974,7 +975,7 @@ class Builder {
   ChartModel& model_;
   DataBinder binder_;
   TextEngine& text_;
-  SceneSize size_;
+  SceneOptions options_;
   std::string& error_;
   Scene scene_;
   DataFrame* frame_ = nullptr;
@@ -989,9 +990,9 @@ class Builder {
 }  // namespace
 
 std::optional<Scene> buildScene(ChartModel& model, const std::map<std::string, DataTable>& tables,
-                                TextEngine& text, SceneSize size, std::string& error) {
+                                TextEngine& text, SceneOptions options, std::string& error) {
   error.clear();
-  return Builder(model, tables, text, size, error).build();
+  return Builder(model, tables, text, options, error).build();
 }
 
 }  // namespace chartxml::render

@@ -13,15 +13,18 @@
 
 namespace chartxml::render {
 
-struct SceneSize {
+struct SceneOptions {
   double width = 800;
   double height = 600;
+  // Marks keep the cases they show, for a page's tooltips: a copy of every
+  // drawn column, which pictures alone do without.
+  bool cases = true;
 };
 
 // The scene of `model` over `tables` (each data source's rows by its id).
 // Nothing, with `error` set, when the data cannot be read as the document
 // declares it. What cannot be drawn yet is noted in `model.skipped`.
 std::optional<Scene> buildScene(ChartModel& model, const std::map<std::string, DataTable>& tables,
-                                TextEngine& text, SceneSize size, std::string& error);
+                                TextEngine& text, SceneOptions options, std::string& error);
 
 }  // namespace chartxml::render

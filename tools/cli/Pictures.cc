@@ -1,5 +1,6 @@
 #include "cli/Pictures.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include "chartxml/chartxml_host.h"
@@ -44,7 +45,11 @@ std::vector<std::string> picturePaths(const std::string& dir, int number,
 }
 
 bool drawLastSent(const std::vector<std::string>& paths, DrawnChart& drawn, std::string& error) {
-  ChartRenderer renderer;
+  RenderOptions options;
+  options.pageCases = std::any_of(paths.begin(), paths.end(), [](const std::string& path) {
+    return pictureFormatOf(path) == PictureFormat::kHtml;
+  });
+  ChartRenderer renderer(options);
   if (!renderer.loadSent(cxh_sent_count() - 1)) {
     error = renderer.error();
     return false;

@@ -101,6 +101,7 @@ int runRender(std::span<char* const> args) {
                     kExitUsage);
   }
 
+  options.pageCases = draw && pictureFormatOf(out) == PictureFormat::kHtml;
   ChartRenderer renderer(options);
   if (!renderer.loadFile(document, parsed->value("data").value_or(""))) {
     return complain("render", renderer.error(), kExitFailure);
