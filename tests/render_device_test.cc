@@ -28,26 +28,14 @@ const Color kRed{255, 0, 0, 255};
 const Color kBlue{0, 0, 255, 255};
 
 // A decoded PNG of an opaque picture (the tests' backgrounds are opaque, so
-// its premultiplied pixels are plain colours); no pixels when it does not decode.
-struct Picture {
-  explicit Picture(const std::string& png) {
-    cairo_surface_t* image = rendertest::decodePng(png);
-    if (cairo_surface_status(image) == CAIRO_STATUS_SUCCESS) {
-      width = cairo_image_surface_get_width(image);
-      height = cairo_image_surface_get_height(image);
-      for (int y = 0; y < height; ++y) {
-        const auto* row = reinterpret_cast<const std::uint32_t*>(
-            cairo_image_surface_get_data(image) + y * cairo_image_surface_get_stride(image));
-        for (int x = 0; x < width; ++x) {
-          auto channel = [v = row[x]](int shift) { return static_cast<std::uint8_t>(v >> shift); };
-          pixels.push_back({channel(16), channel(8), channel(0), channel(24)});
-        }
-      }
-    }
-    cairo_surface_destroy(image);
+// its premultiplied pixels are plain colours).
+struct Picture : rendertest::Image {
+  using Image::Image;
+  Color at(int x, int y) const {
+    const std::uint32_t v = pixels.at(static_cast<std::size_t>(y * width + x));
+    return {static_cast<std::uint8_t>(v >> 16), static_cast<std::uint8_t>(v >> 8),
+            static_cast<std::uint8_t>(v), static_cast<std::uint8_t>(v >> 24)};
   }
-
-  Color at(int x, int y) const { return pixels.at(static_cast<std::size_t>(y * width + x)); }
 
   // Pixels darker than mid grey within [x0, x1) x [y0, y1).
   int darkIn(int x0, int y0, int x1, int y1) const {
@@ -59,9 +47,6 @@ struct Picture {
       }
     return dark;
   }
-
-  int width = 0, height = 0;
-  std::vector<Color> pixels;
 };
 
 // Whether `svg` parses as XML (well formed; no schema).

@@ -139,18 +139,36 @@ inline cairo_surface_t* decodePng(const std::string& png) {
       &rest);
 }
 
+// A PNG decoded once: cairo's premultiplied ARGB pixels, none when it does
+// not decode.
+struct Image {
+  explicit Image(const std::string& png) {
+    cairo_surface_t* surface = decodePng(png);
+    if (cairo_surface_status(surface) == CAIRO_STATUS_SUCCESS) {
+      width = cairo_image_surface_get_width(surface);
+      height = cairo_image_surface_get_height(surface);
+      for (int y = 0; y < height; ++y) {
+        const auto* row = reinterpret_cast<const std::uint32_t*>(
+            cairo_image_surface_get_data(surface) + y * cairo_image_surface_get_stride(surface));
+        pixels.insert(pixels.end(), row, row + width);
+      }
+    }
+    cairo_surface_destroy(surface);
+  }
+  // Pixel (x, y) as 0xRRGGBB: a plain colour in the opaque pictures drawn here.
+  unsigned rgb(int x, int y) const {
+    return pixels.at(static_cast<std::size_t>(y) * width + x) & 0xFFFFFF;
+  }
+
+  int width = 0, height = 0;
+  std::vector<std::uint32_t> pixels;
+};
+
 // The colour of pixel (x, y) of a PNG as 0xRRGGBB (0xFFFFFFFF when it does
 // not decode).
 inline unsigned pixel(const std::string& png, int x, int y) {
-  cairo_surface_t* surface = decodePng(png);
-  unsigned value = 0xFFFFFFFF;
-  if (cairo_surface_status(surface) == CAIRO_STATUS_SUCCESS) {
-    const unsigned char* row =
-        cairo_image_surface_get_data(surface) + y * cairo_image_surface_get_stride(surface);
-    value = reinterpret_cast<const std::uint32_t*>(row)[x] & 0xFFFFFF;
-  }
-  cairo_surface_destroy(surface);
-  return value;
+  const Image image(png);
+  return image.pixels.empty() ? 0xFFFFFFFF : image.rgb(x, y);
 }
 
 // The colour of the pixel at a mark's centre (x, y).

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <map>
 #include <regex>
 #include <string>
@@ -42,6 +43,35 @@ bool near(unsigned actual, unsigned expected, int tolerance = 2) {
 
 unsigned rgb(chartxml::render::Color c) {
   return (unsigned{c.r} << 16) | (unsigned{c.g} << 8) | c.b;
+}
+
+// The colour of the pixel in the middle of a box's path.
+unsigned middleColour(const std::string& png, const std::vector<double>& box) {
+  return pixel(png, static_cast<int>((box[0] + box[2]) / 2),
+               static_cast<int>((minOdd(box) + maxOdd(box)) / 2));
+}
+
+// Expects three boxes filled with the gradient's colours at shares 0, 1 and 0.5.
+void expectGradientEndsAndMiddle(const std::string& png,
+                                 const std::vector<std::vector<double>>& boxes) {
+  ASSERT_EQ(boxes.size(), 3u);
+  const double shares[] = {0, 1, 0.5};
+  for (std::size_t i = 0; i < 3; ++i) {
+    const unsigned got = middleColour(png, boxes[i]);
+    EXPECT_TRUE(near(got, rgb(chartxml::render::gradientColor(shares[i]))))
+        << i << ": " << std::hex << got;
+  }
+}
+
+// The left end and baseline of each mark label, by its text.
+std::map<std::string, std::pair<double, double>> labelsAt(const std::string& svg) {
+  std::map<std::string, std::pair<double, double>> at;
+  const std::regex label(R"re(class="mark-label"[^>]*><tspan x="([\d.]+)" y="([\d.]+)">(\w+)<)re");
+  for (auto it = std::sregex_iterator(svg.begin(), svg.end(), label); it != std::sregex_iterator();
+       ++it) {
+    at[(*it)[3]] = {std::stod((*it)[1]), std::stod((*it)[2])};
+  }
+  return at;
 }
 
 // Two numeric variables and a point element of the one by the other, whose
@@ -120,10 +150,8 @@ TEST_F(RenderElements, WeightedBoxesTakeTukeysDepthsOverTheTotalWeight) {
   // b: 10, 20 weigh a half, 30 two, W = 3: median depth 2 (30), hinge depth
   // 1.5: (20 + 30) / 2 = 25 and, at depth 2.5, 30; 10 lies below the inner
   // fence 17.5 but on the outer one (10): an outlier.
-  ASSERT_TRUE(load(xml, "C,Y,W\na,1,1\na,2,1\na,3,1\na,4,5\nb,10,0.5\nb,20,0.5\nb,30,2\n"))
-      << renderer.error();
-  EXPECT_EQ(renderer.skipped(), std::vector<std::string>{});
-  const std::string picture = svg();
+  const std::string picture =
+      draw(xml, "C,Y,W\na,1,1\na,2,1\na,3,1\na,4,5\nb,10,0.5\nb,20,0.5\nb,30,2\n");
   const auto y = axisMap(picture, "y");
   const auto boxes = paths(picture, "mark box");
   const auto medians = paths(picture, "mark box-median");
@@ -174,9 +202,7 @@ TEST_F(RenderElements, HistogramLinesAreFrequencyPolygons) {
                    "</element>");
   // Bins [0, 1), [1, 2), [2, 3] hold 0.5 and 0.7; none; 2.5, 2.9 and 3:
   // counts 2, 0, 3 at the bins' middles 0.5, 1.5, 2.5.
-  ASSERT_TRUE(load(xml, "X\n0.5\n0.7\n2.5\n2.9\n3\n")) << renderer.error();
-  EXPECT_EQ(renderer.skipped(), std::vector<std::string>{});
-  const std::string picture = svg();
+  const std::string picture = draw(xml, "X\n0.5\n0.7\n2.5\n2.9\n3\n");
   const auto x = axisMap(picture, "x"), y = axisMap(picture, "y");
   const auto lines = paths(picture, "mark line");
   ASSERT_TRUE(x && y && lines.size() == 1u) << picture;
@@ -220,26 +246,19 @@ TEST_F(RenderElements, TilesTakeTheGradientColourOfTheirMean) {
                "<legendTarget aesthetic=\"color\" element=\"e\"/></legend></frame>");
   // Cells (a, p) 0, (a, q) 10, (b, p) mean of 4 and 6: 5; (b, q) has no case.
   const std::string picture = draw(xml, "X,Y,V\na,p,0\na,q,10\nb,p,4\nb,p,6\n");
-  const auto tiles = paths(picture, "mark tile");
-  ASSERT_EQ(tiles.size(), 3u);
-  const std::string png = this->png();
-  const double shares[] = {0, 1, 0.5};  // of the range 0..10, in (x, y) order
-  for (std::size_t i = 0; i < 3; ++i) {
-    const int cx = static_cast<int>((tiles[i][0] + tiles[i][2]) / 2);
-    const int cy = static_cast<int>((minOdd(tiles[i]) + maxOdd(tiles[i])) / 2);
-    EXPECT_TRUE(near(pixel(png, cx, cy), rgb(chartxml::render::gradientColor(shares[i]))))
-        << "tile " << i << ": " << std::hex << pixel(png, cx, cy);
-  }
+  // In (x, y) order: shares 0, 1 and 0.5 of the range 0..10.
+  expectGradientEndsAndMiddle(png(), paths(picture, "mark tile"));
   EXPECT_NE(picture.find("legend"), std::string::npos) << "the colour key of the values";
 }
 
-TEST_F(RenderElements, ContourLinesLieOnTheirLevel) {
+TEST_F(RenderElements, ContourLinesLieOnTheirLevelAndTheirLabelsNameIt) {
   const std::string xml =
       document(kXY + variable("vv", "V", false),
                kAxes +
                    "<element id=\"e\" type=\"contour\"><x variable=\"vx\"/><y variable=\"vy\"/>"
-                   "<color variable=\"vv\"/></element>");
-  // V = X + Y over a 5 x 5 grid: every line is a diagonal x + y = level.
+                   "<color variable=\"vv\"/><labeling/></element>");
+  // V = X + Y over a 5 x 5 grid: every line is a diagonal x + y = level, and
+  // the label of level k sits where x + y = k, on a backing of its own.
   std::string csv = "X,Y,V\n";
   for (int x = 0; x <= 4; ++x) {
     for (int y = 0; y <= 4; ++y) {
@@ -249,40 +268,19 @@ TEST_F(RenderElements, ContourLinesLieOnTheirLevel) {
   const std::string picture = draw(xml, csv);
   const auto x = axisMap(picture, "x"), y = axisMap(picture, "y");
   ASSERT_TRUE(x && y);
+  // Back from pixels to data.
+  const auto level = [&](double px, double py) { return (px - x->a) / x->b + (py - y->a) / y->b; };
   const auto lines = paths(picture, "mark contour");
   ASSERT_GE(lines.size(), 3u);
   for (const auto& line : lines) {
     ASSERT_GE(line.size(), 4u);
-    // Back from pixels to data: x + y is the same all along the line.
-    const auto sum = [&](std::size_t i) {
-      return (line[i] - x->a) / x->b + (line[i + 1] - y->a) / y->b;
-    };
-    for (std::size_t i = 2; i + 1 < line.size(); i += 2) EXPECT_NEAR(sum(i), sum(0), 0.02);
-  }
-}
-
-TEST_F(RenderElements, ContourLabelsNameTheirLevelOnTheLine) {
-  const std::string xml =
-      document(variable("vx", "X", false) + variable("vy", "Y", false) + variable("vv", "V", false),
-               kAxes +
-                   "<element id=\"e\" type=\"contour\"><x variable=\"vx\"/><y variable=\"vy\"/>"
-                   "<color variable=\"vv\"/><labeling/></element>");
-  // V = X + Y over a 5 x 5 grid: the label of level k sits where x + y = k,
-  // on a backing of its own.
-  std::string csv = "X,Y,V\n";
-  for (int x = 0; x <= 4; ++x) {
-    for (int y = 0; y <= 4; ++y) {
-      csv += std::to_string(x) + "," + std::to_string(y) + "," + std::to_string(x + y) + "\n";
+    for (std::size_t i = 2; i + 1 < line.size(); i += 2) {
+      EXPECT_NEAR(level(line[i], line[i + 1]), level(line[0], line[1]), 0.02);
     }
   }
-  ASSERT_TRUE(load(xml, csv)) << renderer.error();
-  EXPECT_EQ(renderer.skipped(), std::vector<std::string>{});
-  const std::string picture = svg();
-  const auto x = axisMap(picture, "x"), y = axisMap(picture, "y");
-  ASSERT_TRUE(x && y);
   const std::vector<std::string> labels = texts(picture, "mark-label");
   const auto backings = paths(picture, "mark-label-backing");
-  ASSERT_EQ(labels.size(), paths(picture, "mark contour").size());
+  ASSERT_EQ(labels.size(), lines.size());
   ASSERT_EQ(backings.size(), labels.size());
   for (std::size_t i = 0; i < labels.size(); ++i) {
     const auto& box = backings[i];
@@ -291,8 +289,9 @@ TEST_F(RenderElements, ContourLabelsNameTheirLevelOnTheLine) {
       left = std::min(left, box[k]);
       right = std::max(right, box[k]);
     }
-    const double px = (left + right) / 2, py = (minOdd(box) + maxOdd(box)) / 2;
-    EXPECT_NEAR((px - x->a) / x->b + (py - y->a) / y->b, std::stod(labels[i]), 0.05) << i;
+    const double said = std::stod(labels[i]);
+    EXPECT_NEAR(level((left + right) / 2, (minOdd(box) + maxOdd(box)) / 2), said, 0.05) << i;
+    EXPECT_TRUE(said > 0 && said < 8) << "levels lie inside the values' range: " << said;
   }
 }
 
@@ -315,13 +314,8 @@ TEST_F(RenderElements, CollidingLabelsAreHiddenWhenTheElementSaysSo) {
   // Shifted, B leaves A's place above the point for the one below it.
   EXPECT_EQ(labelled(" labelCollisionHandling=\"shift\" showCollidingLabels=\"false\""),
             (std::vector<std::string>{"A", "B", "C"}));
-  std::map<std::string, std::pair<double, double>> at;  // each label's left end and baseline
   const std::string picture = svg();
-  const std::regex label(R"re(class="mark-label"[^>]*><tspan x="([\d.]+)" y="([\d.]+)">(\w+)<)re");
-  for (auto it = std::sregex_iterator(picture.begin(), picture.end(), label);
-       it != std::sregex_iterator(); ++it) {
-    at[(*it)[3]] = {std::stod((*it)[1]), std::stod((*it)[2])};
-  }
+  auto at = labelsAt(picture);
   ASSERT_EQ(at.size(), 3u) << picture;
   const auto points = circles(picture, "mark point");
   ASSERT_EQ(points.size(), 3u);
@@ -359,12 +353,7 @@ TEST_F(RenderElements, LabelsAtThePanelsEdgeMoveInside) {
                                    R"re(width="([\d.]+)" height="([\d.]+)")re")));
   const double left = std::stod(clip[1]), top = std::stod(clip[2]);
   const double right = left + std::stod(clip[3]);
-  std::map<std::string, std::pair<double, double>> at;  // left end and baseline of each label
-  const std::regex label(R"re(class="mark-label"[^>]*><tspan x="([\d.]+)" y="([\d.]+)">(\w+)<)re");
-  for (auto it = std::sregex_iterator(picture.begin(), picture.end(), label);
-       it != std::sregex_iterator(); ++it) {
-    at[(*it)[3]] = {std::stod((*it)[1]), std::stod((*it)[2])};
-  }
+  auto at = labelsAt(picture);
   ASSERT_EQ(at.size(), 2u) << picture;
   // "Lowest", centred on the panel's left edge, would start half its width
   // left of it; it starts at the edge.
@@ -449,12 +438,8 @@ TEST_F(RenderElements, TransparencyFadesPointsOfThousandsOfColours) {
   // (past the first palette, and circles: the 276th round of 18 colours).
   std::string csv = "X,Y,G,T\n";
   for (int g = 0; g < 5000; ++g) {
-    const std::string name = "g" +
-                             std::string(g < 10     ? "000"
-                                         : g < 100  ? "00"
-                                         : g < 1000 ? "0"
-                                                    : "") +
-                             std::to_string(g);
+    char name[16];
+    std::snprintf(name, sizeof name, "g%04d", g);
     const std::string at = g == 4950 ? "10,10," : g == 4951 ? "10,0," : "0,0,";
     csv += at + name + (g % 2 ? ",lo\n" : ",hi\n");
   }
@@ -552,17 +537,13 @@ TEST_F(RenderElements, BarsTakeTheMeanOpacityAndColourOfTheirCases) {
   // hi is opaque, lo a quarter: a 1, b 0.25, c (1 + 0.25) / 2 = 0.625, so
   // alphas 255, 64 and 159; over white 255 - (255 - v) * alpha / 255 for the
   // single colour 0, 114, 178: 0072B2, BFDCEC and 60A7CF.
-  ASSERT_TRUE(load(xml, "C,T\na,hi\nb,lo\nc,hi\nc,lo\n")) << renderer.error();
-  EXPECT_EQ(renderer.skipped(), std::vector<std::string>{});
-  const auto bars = paths(svg(), "mark bar");
+  const auto bars = paths(draw(xml, "C,T\na,hi\nb,lo\nc,hi\nc,lo\n"), "mark bar");
   ASSERT_EQ(bars.size(), 3u);
   const std::string png = this->png();
   const unsigned expected[] = {0x0072B2, 0xBFDCEC, 0x60A7CF};
   for (std::size_t i = 0; i < 3; ++i) {
-    const int cx = static_cast<int>((bars[i][0] + bars[i][2]) / 2);
-    const int cy = static_cast<int>((minOdd(bars[i]) + maxOdd(bars[i])) / 2);
-    EXPECT_TRUE(near(pixel(png, cx, cy), expected[i]))
-        << i << ": " << std::hex << pixel(png, cx, cy);
+    EXPECT_TRUE(near(middleColour(png, bars[i]), expected[i]))
+        << i << ": " << std::hex << middleColour(png, bars[i]);
   }
   // A continuous colour: means a (0 + 10) / 2 = 5, b 20, c (10 + 15) / 2
   // = 12.5 span the gradient, at shares 0, 1 and 0.5.
@@ -570,18 +551,8 @@ TEST_F(RenderElements, BarsTakeTheMeanOpacityAndColourOfTheirCases) {
                                       kAxes +
                                           "<element id=\"e\" type=\"interval\"><x variable=\"vc\"/>"
                                           "<color variable=\"vv\"/></element>");
-  ASSERT_TRUE(load(shaded, "C,V\na,0\na,10\nb,20\nc,10\nc,15\n")) << renderer.error();
-  EXPECT_EQ(renderer.skipped(), std::vector<std::string>{});
-  const auto cells = paths(svg(), "mark bar");
-  ASSERT_EQ(cells.size(), 3u);
-  const std::string coloured = this->png();
-  const double shares[] = {0, 1, 0.5};
-  for (std::size_t i = 0; i < 3; ++i) {
-    const int cx = static_cast<int>((cells[i][0] + cells[i][2]) / 2);
-    const int cy = static_cast<int>((minOdd(cells[i]) + maxOdd(cells[i])) / 2);
-    EXPECT_TRUE(near(pixel(coloured, cx, cy), rgb(chartxml::render::gradientColor(shares[i]))))
-        << i << ": " << std::hex << pixel(coloured, cx, cy);
-  }
+  const auto cells = paths(draw(shaded, "C,V\na,0\na,10\nb,20\nc,10\nc,15\n"), "mark bar");
+  expectGradientEndsAndMiddle(this->png(), cells);
 }
 
 TEST_F(RenderElements, StyleCyclesGiveTheGroupsTheirColoursAndDashesInOrder) {

@@ -146,15 +146,77 @@ TEST(HtmlPage, IsSelfContainedAndTheSameTwice) {
   EXPECT_NE(html.find("<figcaption id=\"chart-text\">Scatter plot"), std::string::npos);
 }
 
-TEST(HtmlPage, BarsCarryTheirCategoryAndStatistic) {
-  const std::string doc = document(
-      variable("vc", "C", true) + variable("vy", "Y", false),
-      rendertest::kAxes +
-          "<element id=\"e\" type=\"interval\"><statistic method=\"mean\"/><x variable=\"vc\"/>"
-          "<y variable=\"vy\"/></element>");
-  const std::string html = page(doc, "C,Y\nlow,1\nlow,2\nhigh,10\n");
-  EXPECT_NE(html.find("data-tip=\"vc: low&#10;Mean of vy: 1.5\""), std::string::npos);
-  EXPECT_NE(html.find("data-tip=\"vc: high&#10;Mean of vy: 10\""), std::string::npos);
+// Each kind of mark tells what it stands for, worked out from the data by
+// hand, and names its legend group so that the page can hide it.
+TEST(HtmlPage, EveryKindOfMarkCarriesItsValuesAndGroup) {
+  const std::string categories = variable("vc", "C", true) + variable("vy", "Y", false);
+  const auto body = [](const std::string& element) {
+    return rendertest::kAxes + "<element id=\"e\" " + element + "<x variable=\"vc\"/>" +
+           "<y variable=\"vy\"/><color variable=\"vc\"/></element>";
+  };
+  std::string boxData = "C,Y\n";
+  for (const int v : {1, 2, 3, 4, 5, 6, 7, 8, 9, 20, 30})
+    boxData += "a," + std::to_string(v) + "\n";
+  const struct {
+    const char* kind;
+    std::string doc, csv;
+    std::vector<std::string> tips;
+  } cases[] = {
+      {"bars",
+       document(categories, body("type=\"interval\"><statistic method=\"mean\"/>")),
+       "C,Y\nlow,1\nlow,2\nhigh,10\n",
+       {"<path class=\"mark bar\" data-group=\"1\" data-tip=\"vc: low&#10;Mean of vy: "
+        "1.5\"",
+        "vc: high&#10;Mean of vy: 10\""}},
+      // 1..9, 20, 30: hinges 3.5 and 8.5, median 6, whiskers 1 and 9, one
+      // outlier (20) and one extreme (30).
+      {"boxes",
+       document(categories, body("type=\"schema\">")),
+       boxData,
+       {"<path class=\"mark box\" data-group=\"0\" data-tip=\"vc: a&#10;Median of vy: "
+        "6&#10;Quartiles: 3.5 to 8.5&#10;Whiskers: 1 to 9&#10;Outliers: 1&#10;Extremes: 1\"",
+        "class=\"mark whisker\" data-group=\"0\"", "class=\"mark box-median\" data-group=\"0\"",
+        "class=\"mark outlier\" data-group=\"0\"", "class=\"mark extreme\" data-group=\"0\""}},
+      // 4 and 6: mean 5, standard error 1, twice that either way.
+      {"error bars",
+       document(categories, body("type=\"interval\"><statistic method=\"meanSE\">"
+                                 "<parameter name=\"multiplier\" value=\"2\"/></statistic>")),
+       "C,Y\na,4\na,6\n",
+       {"<path class=\"mark error-bar\" data-group=\"0\" data-tip=\"vc: a&#10;Mean of "
+        "vy: 5&#10;Interval: 3 to 7\"",
+        "<g class=\"mark error-mean\" data-group=\"0\" data-tip=\"vc: a&#10;Mean of vy: "
+        "5&#10;Interval: 3 to 7\""}},
+      // x 1 and y 3 of 4: a quarter and three quarters.
+      {"slices",
+       "<visualization><source id=\"source0\"/>" + variable("vc", "C", true) +
+           variable("vv", "V", false) +
+           "<frame id=\"frame_graph_1\"><frame id=\"frame_pie_1\">"
+           "<coordinateTransform method=\"polar\"/><dimension role=\"theta\"/>"
+           "<element id=\"e\" type=\"interval\" positionModifier=\"stack\"><statistic "
+           "method=\"sum\"/><theta variable=\"vv\"/><color variable=\"vc\"/></element></frame>"
+           "</frame></visualization>",
+       "C,V\nx,1\ny,2\ny,1\n",
+       {"data-group=\"0\" data-tip=\"vc: x&#10;Sum of vv: 1&#10;Share: 25.0%\"",
+        "data-group=\"1\" data-tip=\"vc: y&#10;Sum of vv: 3&#10;Share: 75.0%\""}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.kind);
+    const std::string html = page(c.doc, c.csv);
+    for (const std::string& tip : c.tips) EXPECT_NE(html.find(tip), std::string::npos) << tip;
+  }
+}
+
+// A renderer told that no page will be drawn keeps no cases, and says so
+// when a page is asked all the same; pictures are drawn as ever.
+TEST(HtmlPage, IsRefusedWhenTheCasesWereNotKept) {
+  chartxml::RenderOptions options;
+  options.pageCases = false;
+  ChartRenderer renderer(options);
+  ASSERT_TRUE(renderer.loadText(document(kScatter, kScatterBody), "test.xml",
+                                [](const std::string&) { return "X,Y,G\n1,2,a\n"; }));
+  EXPECT_FALSE(renderer.picture(PictureFormat::kHtml));
+  EXPECT_NE(renderer.error().find("without its cases"), std::string::npos) << renderer.error();
+  EXPECT_TRUE(renderer.picture(PictureFormat::kPng)) << renderer.error();
 }
 
 TEST(HtmlPage, BigChartsEmbedCompactDataNotAnElementPerMark) {

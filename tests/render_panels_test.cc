@@ -16,7 +16,6 @@
 
 #include "chartxml/render.h"
 #include "render_documents.h"
-#include "stats/Formula.h"
 #include "text/TextEngine.h"
 
 namespace {
@@ -309,14 +308,11 @@ TEST_F(RenderPanels, RoseWedgesTakeEqualAnglesAndRadiiByValue) {
 
 TEST_F(RenderPanels, RoseCategoriesFollowTheirDomainsSort) {
   const auto rose = [](const std::string& sort) {
-    return "<?xml version=\"1.0\"?>\n<visualization><source id=\"s\"/><domain id=\"dc\" "
-           "categorical=\"true\">" +
-           sort + "</domain>" + variable("vc", "C", true) + variable("vy", "Y", false) +
-           "<frame id=\"frame_graph_1\"><frame id=\"frame_data_1\">"
-           "<coordinateTransform method=\"polar\"/><dimension role=\"x\" domain=\"dc\"/>"
-           "<dimension role=\"y\"/><element id=\"e\" type=\"interval\"><statistic "
-           "method=\"sum\"/><x variable=\"vc\"/><y variable=\"vy\"/></element>"
-           "</frame></frame></visualization>\n";
+    return document("<domain id=\"dc\" categorical=\"true\">" + sort + "</domain>" +
+                        variable("vc", "C", true) + variable("vy", "Y", false),
+                    "<coordinateTransform method=\"polar\"/><dimension role=\"x\" domain=\"dc\"/>"
+                    "<dimension role=\"y\"/><element id=\"e\" type=\"interval\"><statistic "
+                    "method=\"sum\"/><x variable=\"vc\"/><y variable=\"vy\"/></element>");
   };
   // Sums: n 4, e 2 (two cases), s 1, w 3; first seen: n, e, s, w.
   const std::string csv = "C,Y\nn,4\ne,1\ne,1\ns,1\nw,3\n";
@@ -338,17 +334,15 @@ TEST_F(RenderPanels, RoseCategoriesFollowTheirDomainsSort) {
 TEST_F(RenderPanels, PolarPointsAndLinesTurnXIntoAnglesAndYIntoRadii) {
   // x spans 0..100 (one turn, clockwise from twelve o'clock), y 0..10 from
   // the centre out: x 0, 25, 50, 75 point north, east, south and west.
-  const std::string xml =
-      "<?xml version=\"1.0\"?>\n<visualization><source id=\"s\"/>"
+  const std::string xml = document(
       "<domain id=\"dx\"><interval min=\"0\" max=\"100\"/></domain>"
       "<domain id=\"dy\"><interval min=\"0\" max=\"10\"/></domain>" +
-      variable("vx", "X", false) + variable("vy", "Y", false) + variable("vg", "G", true) +
-      "<frame id=\"frame_graph_1\"><frame id=\"frame_data_1\">"
+          variable("vx", "X", false) + variable("vy", "Y", false) + variable("vg", "G", true),
       "<coordinateTransform method=\"polar\"/><dimension role=\"x\" domain=\"dx\"/>"
       "<dimension role=\"y\" domain=\"dy\"/>" +
-      kPoints +
-      "<element id=\"l\" type=\"line\"><x variable=\"vx\"/><y variable=\"vy\"/>"
-      "<split variable=\"vg\"/></element></frame></frame></visualization>\n";
+          kPoints +
+          "<element id=\"l\" type=\"line\"><x variable=\"vx\"/><y variable=\"vy\"/>"
+          "<split variable=\"vg\"/></element>");
   draw(xml, "X,Y,G\n0,10,a\n25,10,a\n50,5,b\n75,10,b\n");
   EXPECT_TRUE(renderer.skipped().empty()) << renderer.skipped().front();
   auto at = rendertest::circles(svg, "mark point");
@@ -555,42 +549,6 @@ TEST(TextFaces, ChineseAndKoreanTakeAFaceOfTheirOwnLanguage) {
       << renderer.error();
   const std::string svg = renderer.picture(PictureFormat::kSvg).value_or("");
   EXPECT_NE(svg.find("font-family=\"" + ko + "\""), std::string::npos) << svg;
-}
-
-TEST(FittedCurves, EveryFamilyEvaluatesInPlainAndDateForm) {
-  using chartxml::render::Formula;
-  const std::string d = "datetodouble(\"1582-10-14T00:00:00.000\")";
-  // a = 2, b = 0.5 (c = 3, d = 0.25) at x = 4; the date forms measure x from
-  // the calendar's start, which is date value 0, so they agree.
-  struct Family {
-    std::string plain, date;
-    double expected;
-  };
-  const Family families[] = {
-      {"0.5 * x + 2", "0.5 * (x - " + d + " ) + 2", 4},
-      {"2 + 0.5 * log(x)", "2 + 0.5 * log(x - " + d + ")", 2 + 0.5 * std::log(4.0)},
-      {"2 + 0.5 / x", "2 + 0.5 / (x - " + d + " )", 2.125},
-      {"2 + 0.5 * x + 3 * x*x",
-       "2 + 0.5 * (x - " + d + " ) + 3 * (x - " + d + " )*(x - " + d + " )", 52},
-      {"2 + 0.5 * x + 3 * x*x + 0.25 * x*x*x",
-       "2 + 0.5 * (x - " + d + ") + 3 * (x - " + d + ")*(x - " + d + ") + 0.25 * (x - " + d +
-           ")*(x - " + d + ")*(x - " + d + " )",
-       68},
-      {"2 * 0.5**x", "2 * 0.5**(x - " + d + " )", 0.125},
-      {"2 * x**0.5", "2 * (x - " + d + " )**0.5", 4},
-      {"exp( 2 + 0.5 / x )", "exp( 2 + 0.5 / (x - " + d + " ) )", std::exp(2.125)},
-      {"exp( 2 + 0.5 * x )", "exp( 2 + 0.5 * (x - " + d + " ) )", std::exp(4.0)},
-      {"2 * exp( 0.5 * x )", "2 * exp( 0.5 * (x  - " + d + " ) )", 2 * std::exp(2.0)},
-      {"1 / ( 3 + 2 * 0.5**x )", "1 / ( 3 + 2 * 0.5**(x - " + d + " ) )", 1 / 3.125},
-  };
-  for (const Family& family : families) {
-    for (const std::string& text : {family.plain, family.date}) {
-      std::string error;
-      const auto formula = Formula::parse(text, error);
-      ASSERT_TRUE(formula) << error;
-      EXPECT_NEAR((*formula)(4), family.expected, 1e-12 * std::fabs(family.expected)) << text;
-    }
-  }
 }
 
 TEST_F(RenderPanels, DateFormLineRunsThroughThePointsItWasFittedTo) {

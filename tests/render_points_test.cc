@@ -27,28 +27,7 @@ constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 const Color kRed{255, 0, 0, 255};
 const Color kBlue{0, 0, 255, 255};
 
-// A PNG decoded by cairo: premultiplied ARGB pixels, none when it does not decode.
-struct Decoded {
-  explicit Decoded(const std::string& png) {
-    cairo_surface_t* image = rendertest::decodePng(png);
-    if (cairo_surface_status(image) == CAIRO_STATUS_SUCCESS) {
-      width = cairo_image_surface_get_width(image);
-      height = cairo_image_surface_get_height(image);
-      for (int y = 0; y < height; ++y) {
-        const auto* row = reinterpret_cast<const std::uint32_t*>(
-            cairo_image_surface_get_data(image) + y * cairo_image_surface_get_stride(image));
-        pixels.insert(pixels.end(), row, row + width);
-      }
-    }
-    cairo_surface_destroy(image);
-  }
-  // As 0xRRGGBB (the pictures here are opaque).
-  std::uint32_t rgb(int x, int y) const {
-    return pixels.at(static_cast<std::size_t>(y * width + x)) & 0xFFFFFF;
-  }
-  int width = 0, height = 0;
-  std::vector<std::uint32_t> pixels;
-};
+using Decoded = rendertest::Image;
 
 Scene canvas(double width, double height) {
   Scene scene;

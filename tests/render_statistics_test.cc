@@ -1,7 +1,8 @@
 // The statistics an element's statistic can name, worked out by hand from
 // small samples: weighted summaries, percentiles and their grouped forms,
 // cuts, running totals, bins by number, box-plot hinges and the t quantiles
-// behind confidence intervals; then the same through whole layers.
+// behind confidence intervals; then the same through whole layers, and
+// grouped bars dodged and stacked.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -141,8 +142,7 @@ ChartModel modelOf(const std::string& xml) {
 }
 
 // The layer of the one element of `body` over `csv` (columns C, G, Y, W);
-// `weight` marks W as the chart's weight variable. `variables` replaces
-// the variables c, g, y and w.
+// `weight` marks W as the chart's weight variable.
 struct Made {
   ChartModel model;
   std::map<std::string, DataTable> tables;
@@ -150,18 +150,16 @@ struct Made {
   std::optional<Layer> layer;
 };
 
-std::unique_ptr<Made> layerOf(const std::string& body, const std::string& csv, bool weight = false,
-                              const std::string& variables = "") {
+std::unique_ptr<Made> layerOf(const std::string& body, const std::string& csv,
+                              bool weight = false) {
   auto made = std::make_unique<Made>();
   made->model = modelOf(
-      "<visualization>" +
-      (variables.empty() ? "<variable id=\"c\" source=\"s\" sourceName=\"C\" categorical=\"true\"/>"
-                           "<variable id=\"g\" source=\"s\" sourceName=\"G\" categorical=\"true\"/>"
-                           "<variable id=\"y\" source=\"s\" sourceName=\"Y\"/>"
-                           "<variable id=\"w\" source=\"s\" sourceName=\"W\">" +
-                               std::string(weight ? "<meta weight=\"true\"/>" : "") + "</variable>"
-                         : variables) +
-      "<frame><frame id=\"f\">" + body + "</frame></frame></visualization>");
+      "<visualization><variable id=\"c\" source=\"s\" sourceName=\"C\" categorical=\"true\"/>"
+      "<variable id=\"g\" source=\"s\" sourceName=\"G\" categorical=\"true\"/>"
+      "<variable id=\"y\" source=\"s\" sourceName=\"Y\"/>"
+      "<variable id=\"w\" source=\"s\" sourceName=\"W\">" +
+      std::string(weight ? "<meta weight=\"true\"/>" : "") + "</variable><frame><frame id=\"f\">" +
+      body + "</frame></frame></visualization>");
   std::string error;
   made->tables.emplace("s", *readCsv(csv, "s.csv", error));
   made->binder = std::make_unique<DataBinder>(made->model, made->tables);
@@ -265,33 +263,43 @@ TEST(RenderStatistics, RangeBarsSpanTheirValuesAndBinnedPointsCountTheirCells) {
   EXPECT_EQ(points.sizeHi, 2);
 }
 
-TEST(RenderStatistics, ContourLinesFollowTheGridsLevels) {
-  // v = x + y on a 3 x 3 grid: each line of level L is the diagonal x + y = L.
-  std::string csv = "X,Y,V\n";
-  for (int cell = 0; cell < 9; ++cell) {
-    const int x = cell / 3, y = cell % 3;
-    csv += std::to_string(x) + "," + std::to_string(y) + "," + std::to_string(x + y) + "\n";
-  }
-  auto made = layerOf(
-      "<element id=\"e\" type=\"contour\"><x variable=\"x\"/><y variable=\"y\"/>"
-      "<color variable=\"v\"/></element>",
-      csv, false,
-      "<variable id=\"x\" source=\"s\" sourceName=\"X\"/>"
-      "<variable id=\"y\" source=\"s\" sourceName=\"Y\"/>"
-      "<variable id=\"v\" source=\"s\" sourceName=\"V\"/>");
-  const auto& layer = made->layer;
-  ASSERT_TRUE(layer);
-  ASSERT_FALSE(layer->contours.empty());
-  EXPECT_EQ(layer->tileLo, 0);
-  EXPECT_EQ(layer->tileHi, 4);
-  for (const ContourLine& line : layer->contours) {
-    EXPECT_GT(line.level, 0);
-    EXPECT_LT(line.level, 4);
-    ASSERT_EQ(line.segments.size() % 4, 0u);
-    for (std::size_t i = 0; i < line.segments.size(); i += 2) {
-      EXPECT_NEAR(line.segments[i] + line.segments[i + 1], line.level, 1e-12);
+// Two groups in two categories, as dodged and as stacked bars.
+std::vector<Bar> barsOf(const std::string& modifier, const std::string& method) {
+  const auto made = layerOf("<element id=\"e\" type=\"interval\" positionModifier=\"" + modifier +
+                                "\"><statistic method=\"" + method +
+                                "\"/><x variable=\"c\"/><y variable=\"y\"/>"
+                                "<color variable=\"g\"/></element>",
+                            "C,G,Y\na,p,1\na,q,2\nb,p,3\na,p,5\n");
+  return made->layer ? made->layer->bars : std::vector<Bar>{};
+}
+
+TEST(RenderLayers, GroupsStandSideBySideOrStacked) {
+  // Dodged: each category's band holds a slot per group, left to right.
+  const std::vector<Bar> dodged = barsOf("dodge", "mean");
+  ASSERT_EQ(dodged.size(), 3u);
+  EXPECT_NEAR(dodged[0].x0, -0.4, 1e-12);  // a, p: mean 3
+  EXPECT_NEAR(dodged[0].x1, 0.0, 1e-12);
+  EXPECT_EQ(dodged[0].y1, 3);
+  EXPECT_NEAR(dodged[1].x0, 0.0, 1e-12);  // a, q: 2
+  EXPECT_EQ(dodged[1].y1, 2);
+  EXPECT_NEAR(dodged[2].x0, 0.6, 1e-12);  // b, p: 3
+  // Stacked sums: q sits on p in category a.
+  const auto find = [](const std::vector<Bar>& bars, double x0, std::uint16_t group) {
+    for (const Bar& bar : bars) {
+      if (std::fabs(bar.x0 - x0) < 1e-12 && bar.group == group) return bar;
     }
-  }
+    return Bar{-9, -9, -9, -9, 9};
+  };
+  const std::vector<Bar> stacked = barsOf("stack", "sum");
+  ASSERT_EQ(stacked.size(), 3u);
+  EXPECT_EQ(find(stacked, -0.4, 0).y0, 0);
+  EXPECT_EQ(find(stacked, -0.4, 0).y1, 6);
+  EXPECT_EQ(find(stacked, -0.4, 1).y0, 6);
+  EXPECT_EQ(find(stacked, -0.4, 1).y1, 8);
+  EXPECT_EQ(find(stacked, 0.6, 0).y1, 3);
+  // Without a modifier, sums stack and means stand side by side.
+  EXPECT_EQ(find(barsOf("", "sum"), -0.4, 1).y0, 6);
+  EXPECT_EQ(find(barsOf("", "mean"), 0.0, 1).y1, 2);
 }
 
 }  // namespace

@@ -464,6 +464,8 @@ class HtmlWriter {
     out_ += ']';
     key("labelled");
     out_ += a.labelled ? "true" : "false";
+    key("date");
+    out_ += a.date ? "true" : "false";
     key("format");
     format(a.format);
     out_ += '}';

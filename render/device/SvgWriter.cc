@@ -544,7 +544,7 @@ class SvgWriter {
 
     out_ += "<g";
     role(batch.role);
-    pageAttributes(batch.group, "");
+    pageAttributes(batch.group, batch.tip);
     if (lines) {
       out_ += " fill=\"none\"";
       attribute("stroke-width", device::markerLineWidth(batch.size));

@@ -5,6 +5,8 @@
 // markup.
 (function () {
   'use strict';
+  // The tick rules, for tools that check them against the pictures'.
+  window.chartxmlTicks = { nice: niceTicks, date: dateTicks };
   var NS = 'http://www.w3.org/2000/svg';
   var mark = window.performance && performance.mark ? performance.mark.bind(performance) : function () {};
   mark('chart-start');
@@ -332,6 +334,88 @@
     return { values: bestValues, fractionDigits: digits };
   }
 
+  // ---- Calendar ticks: the renderer's date axis rule ----------------------
+
+  var DAY = 86400, FIRST_MONDAY = 4 * DAY;
+  var FIXED_STEPS = [
+    ['s', 1, 1], ['s', 5, 5], ['s', 15, 15], ['s', 30, 30],
+    ['m', 1, 60], ['m', 5, 300], ['m', 15, 900], ['m', 30, 1800],
+    ['h', 1, 3600], ['h', 3, 10800], ['h', 6, 21600], ['h', 12, 43200],
+    ['d', 1, DAY], ['d', 2, 2 * DAY], ['w', 1, 7 * DAY, FIRST_MONDAY]];
+
+  // The seconds of the first instant of a month (1-12) of a year.
+  function monthStart(year, month) {
+    var d = new Date(0);
+    d.setUTCFullYear(year, month - 1, 1);
+    return (d.getTime() - EPOCH) / 1000;
+  }
+
+  // Ticks on calendar steps, as the pictures' date axes place them: fixed
+  // steps from a second to a week counted from the epoch's midnight (weeks
+  // on Mondays), months and quarters on the 1st, years on 1 January of years
+  // divisible by the step; the count nearest the target within 1.5 times it.
+  function dateTicks(lo, hi, target) {
+    var m = Math.min(Math.max(target, 2), 100);
+    if (lo > hi) { var t = lo; lo = hi; hi = t; }
+    if (lo === hi) { lo -= DAY; hi += DAY; }
+    // Beyond what the browser's calendar holds: plain seconds.
+    if (lo < -8e12 || hi > 8e12) return niceTicks(lo, hi, m);
+    var a = new Date(EPOCH + lo * 1000), b = new Date(EPOCH + hi * 1000);
+    var ay = a.getUTCFullYear(), am = a.getUTCMonth() + 1, by = b.getUTCFullYear();
+    var firstMonth = ay * 12 + am - 1 + (monthStart(ay, am) < lo ? 1 : 0);
+    var lastMonth = by * 12 + b.getUTCMonth();
+    var firstYear = ay + (monthStart(ay, 1) < lo ? 1 : 0), lastYear = by;
+    var steps = FIXED_STEPS.map(function (s) { return { seconds: s[2], offset: s[3] || 0 }; });
+    steps.push({ months: 1 }, { months: 3 });
+    function count(s) {
+      if (s.seconds) return Math.floor((hi - s.offset) / s.seconds) - Math.ceil((lo - s.offset) / s.seconds) + 1;
+      if (s.months) return Math.floor(lastMonth / s.months) - Math.ceil(firstMonth / s.months) + 1;
+      return Math.floor(lastYear / s.years) - Math.ceil(firstYear / s.years) + 1;
+    }
+    for (var scale = 1, more = true; more && scale <= 1e12; scale *= 10) {
+      [10, 20, 25, 50].forEach(function (tenths) {
+        if (tenths === 25 && scale === 1) return;
+        steps.push({ years: scale * tenths / 10 });
+        if (count(steps[steps.length - 1]) <= 1) more = false;
+      });
+    }
+    var cap = Math.max(m + 1, Math.floor(m * 3 / 2)), best = null, bestCount = 0, fewest = null, fewestCount = 0;
+    steps.forEach(function (s) {
+      var n = count(s);
+      if (n < 2) return;
+      if (n <= cap && (!best || Math.abs(n - m) <= Math.abs(bestCount - m))) { best = s; bestCount = n; }
+      if (!fewest || n <= fewestCount) { fewest = s; fewestCount = n; }
+    });
+    best = best || fewest;
+    if (!best) return niceTicks(lo, hi, m);
+    var values = [], k;
+    if (best.seconds) {
+      for (k = Math.ceil((lo - best.offset) / best.seconds); k <= Math.floor((hi - best.offset) / best.seconds); k++) {
+        values.push(best.offset + k * best.seconds);
+      }
+    } else if (best.months) {
+      for (k = Math.ceil(firstMonth / best.months) * best.months; k <= lastMonth; k += best.months) {
+        values.push(monthStart(Math.floor(k / 12), k - Math.floor(k / 12) * 12 + 1));
+      }
+    } else {
+      for (k = Math.ceil(firstYear / best.years) * best.years; k <= lastYear; k += best.years) {
+        values.push(monthStart(k, 1));
+      }
+    }
+    return { values: values, fractionDigits: 0, unit: best.seconds || (best.months ? 'month' : 'year') };
+  }
+
+  // A date axis's pattern, made finer when zoomed ticks fall closer than it
+  // shows: a pattern of years alone would label each month's tick alike.
+  function datePattern(pattern, unit) {
+    var has = function (letters) { return letters.split('').some(function (c) { return pattern.indexOf(c) >= 0; }); };
+    if (unit === 'year' || unit === undefined) return pattern;
+    if (unit === 'month') return has('M') ? pattern : 'MMM yyyy';
+    if (unit >= DAY) return has('d') ? pattern : 'd MMM yyyy';
+    if (unit >= 60) return has('Hh') && has('m') ? pattern : 'd MMM HH:mm';
+    return has('s') ? pattern : 'HH:mm:ss';
+  }
+
   // ---- Points -----------------------------------------------------------
 
   var batches = data.batches.map(function (b, index) {
@@ -622,6 +706,61 @@
     });
   }
 
+  // The ticks of an axis's visible range and their labels, as the pictures
+  // choose them: from one tick per 70 pixels (4 to 8) down to 2, the first
+  // set of at most 10 whose labels keep 8 pixels apart side by side (2 one
+  // above another).
+  var measure = null;
+  function labelWidth(text, style) {
+    if (!measure) {
+      measure = document.createElementNS(NS, 'text');
+      measure.setAttribute('font-size', '11');
+      measure.setAttribute('visibility', 'hidden');
+      if (style) measure.setAttribute('font-family', style.getAttribute('font-family'));
+      svg.appendChild(measure);
+    }
+    measure.textContent = text;
+    return measure.getComputedTextLength();
+  }
+
+  function fittingTicks(a) {
+    var last = null;
+    for (var target = Math.min(Math.max(Math.round(a.length / 70), 4), 8); target >= 2; target--) {
+      var ticks = a.date ? dateTicks(a.from, a.to, target) : niceTicks(a.from, a.to, target);
+      var format = Object.assign({}, a.format, { min: -1 });
+      if (a.date && format.kind === 'date') format.pattern = datePattern(format.pattern, ticks.unit);
+      var labels = ticks.values.map(function (v) { return formatValue(v, format, ticks.fractionDigits); });
+      last = { values: ticks.values, labels: labels };
+      if (ticks.values.length > 10) continue;
+      var fits = true, pixels = a.length / (a.to - a.from);
+      for (var i = 1; fits && i < labels.length; i++) {
+        var gap = (ticks.values[i] - ticks.values[i - 1]) * pixels;
+        var need = a.vertical ? 11 + 2 : (labelWidth(labels[i - 1], a.labelStyle) + labelWidth(labels[i], a.labelStyle)) / 2 + 8;
+        fits = gap >= need;
+      }
+      if (fits || !a.labelled) return last;
+    }
+    return last;
+  }
+
+  // A vertical axis's title steps aside when zoomed labels are wider than
+  // the picture's, for which its place was chosen.
+  function makeRoom(a, labels, originals) {
+    var title = svg.querySelector('.axis-title.y');
+    if (!title || !a.labelled) return;
+    if (a.titleTransform === undefined) {
+      a.titleTransform = title.getAttribute('transform') || '';
+      a.widest = 0;
+      Array.prototype.forEach.call(originals, function (node) {
+        if (node.matches('.tick-label')) a.widest = Math.max(a.widest, node.getComputedTextLength());
+      });
+    }
+    var widest = 0;
+    labels.forEach(function (text) { widest = Math.max(widest, labelWidth(text, a.labelStyle)); });
+    var shift = zoomed() ? Math.max(0, widest - a.widest) * a.outward : 0;
+    title.setAttribute('transform', (shift ? 'translate(' + shift + ' 0) ' : '') + a.titleTransform);
+  }
+
   // An axis's ticks for its visible range: the pictures' rule (one tick
   // per 70 pixels, 4 to 8) and format; the page's own elements replace the
   // picture's while zoomed.
@@ -641,16 +780,14 @@
       var first = svg.querySelector('[clip-path]');
       svg.insertBefore(a.gridLayer, a.gridStyle || first || null);
     }
-    var on = zoomed();
+    var on = zoomed(), shown = on ? fittingTicks(a) : { values: [], labels: [] }, p = a.panel;
+    // Measured while the picture's labels still show.
+    if (a.vertical) makeRoom(a, shown.labels, originals);
     Array.prototype.forEach.call(originals, function (node) { node.style.display = on ? 'none' : ''; });
     while (a.layer.firstChild) a.layer.removeChild(a.layer.firstChild);
     while (a.gridLayer.firstChild) a.gridLayer.removeChild(a.gridLayer.firstChild);
     if (!on) return;
-    var target = Math.min(Math.max(Math.round(a.length / 70), 4), 8);
-    var ticks = niceTicks(a.from, a.to, target);
-    var format = Object.assign({}, a.format, { min: -1 });
-    var p = a.panel;
-    ticks.values.forEach(function (v) {
+    shown.values.forEach(function (v, index) {
       var share = (v - a.from) / (a.to - a.from);
       var at = Math.floor(a.vertical ? a.start - share * a.length : a.start + share * a.length) + 0.5;
       if (a.gridStyle) {
@@ -683,7 +820,7 @@
         label.setAttribute('text-anchor', 'middle');
         label.setAttribute('dominant-baseline', a.outward > 0 ? 'hanging' : 'auto');
       }
-      label.textContent = formatValue(v, format, ticks.fractionDigits);
+      label.textContent = shown.labels[index];
       a.layer.appendChild(label);
     });
   }

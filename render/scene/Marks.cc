@@ -306,27 +306,59 @@ std::string groupLine(const Layer& layer, std::uint16_t group) {
   return layer.groups->variable->title() + ": " + layer.groups->categories.labels[group] + "\n";
 }
 
+// The line of a tooltip naming a mark's place on x: its category, its
+// value, or the span it covers; none without an x.
+std::string placeLine(const Layer& layer, double x0, double x1) {
+  // A category coloured by itself is named once, by its group's line.
+  if (layer.x == nullptr || (layer.groups && layer.groups->variable == layer.x->variable)) {
+    return "";
+  }
+  const std::string title = layer.x->variable->title() + ": ";
+  if (layer.x->categorical || !(x1 > x0)) return title + shownValue(layer.x, (x0 + x1) / 2) + "\n";
+  return title + shownValue(layer.x, x0) + " to " + shownValue(layer.x, x1) + "\n";
+}
+
+// What a layer's marks stand for on y: its variable under its summary
+// ("Mean mpg"), or "Count".
+std::string valueTitle(const Layer& layer) {
+  if (layer.countsOnY || layer.y == nullptr) return "Count";
+  const std::string title = layer.y->variable->title();
+  return layer.summary ? std::string(summaryTitle(*layer.summary)) + " " + title : title;
+}
+
 // A bar's tooltip: its group, its place on x and the value it stands for.
 std::string barTip(const Layer& layer, const Bar& bar) {
-  std::string tip = groupLine(layer, bar.group);
-  const std::string xTitle = layer.x ? layer.x->variable->title() : "x";
-  if (layer.x && layer.x->categorical) {
-    tip += xTitle + ": " + shownValue(layer.x, (bar.x0 + bar.x1) / 2) + "\n";
-  } else {
-    tip +=
-        xTitle + ": " + shownValue(layer.x, bar.x0) + " to " + shownValue(layer.x, bar.x1) + "\n";
-  }
-  std::string yTitle = layer.y && !layer.countsOnY ? layer.y->variable->title() : "Count";
-  if (layer.summary && !layer.countsOnY && layer.y) {
-    yTitle = std::string(summaryTitle(*layer.summary)) + " " + yTitle;
-  }
+  std::string tip = groupLine(layer, bar.group) + placeLine(layer, bar.x0, bar.x1);
   const BoundColumn* y = layer.countsOnY ? nullptr : layer.y;
   if (layer.spans) {
-    tip += yTitle + ": " + shownValue(y, bar.y0) + " to " + shownValue(y, bar.y1);
+    tip += valueTitle(layer) + ": " + shownValue(y, bar.y0) + " to " + shownValue(y, bar.y1);
   } else {
-    tip += yTitle + ": " + shownValue(y, bar.y1 - bar.y0);
+    tip += valueTitle(layer) + ": " + shownValue(y, bar.y1 - bar.y0);
   }
   return tip;
+}
+
+// A box's tooltip: its group and place, then its five numbers and how many
+// cases lie beyond the whiskers.
+std::string boxTip(const Layer& layer, const Box& box) {
+  const BoxStats& s = box.stats;
+  const auto shown = [&](double v) { return shownValue(layer.y, v); };
+  std::string tip = groupLine(layer, box.group) + placeLine(layer, box.x0, box.x1);
+  const std::string of = layer.y ? " of " + layer.y->variable->title() : "";
+  tip += "Median" + of + ": " + shown(s.median) + "\n";
+  tip += "Quartiles: " + shown(s.lowerHinge) + " to " + shown(s.upperHinge) + "\n";
+  tip += "Whiskers: " + shown(s.lowWhisker) + " to " + shown(s.highWhisker);
+  if (!s.outliers.empty()) tip += "\nOutliers: " + std::to_string(s.outliers.size());
+  if (!s.extremes.empty()) tip += "\nExtremes: " + std::to_string(s.extremes.size());
+  return tip;
+}
+
+// An error bar's tooltip: its group and place, its centre and its interval.
+std::string errorBarTip(const Layer& layer, const ErrorBar& bar) {
+  const BoundColumn* y = layer.countsOnY ? nullptr : layer.y;
+  return groupLine(layer, bar.group) + placeLine(layer, bar.x0, bar.x1) + valueTitle(layer) + ": " +
+         shownValue(y, bar.centre) + "\nInterval: " + shownValue(y, bar.low) + " to " +
+         shownValue(y, bar.high);
 }
 
 void drawLines(Scene& scene, const Layer& layer, const PanelView& view) {
@@ -436,19 +468,13 @@ constexpr Color kInk{51, 51, 51, 255};  // the outlines of boxes and bars of err
 
 // Box plots: the box between the hinges in the group's colour, a dark line
 // at the median, whiskers with caps, outliers as open circles and extremes
-// as crosses.
+// as crosses. Every part carries its box's legend group, so that a page
+// hides a group's boxes whole.
 void drawBoxes(Scene& scene, const Layer& layer, const PanelView& view) {
-  PointBatch outliers, extremes;
-  outliers.shape = MarkerShape::kCircle;
-  outliers.palette = {Color{255, 255, 255, 0}};
-  outliers.outline = {kInk, 1.2, {}, false};
-  outliers.role = "mark outlier";
-  extremes.shape = MarkerShape::kCross;
-  extremes.palette = {kInk};
-  extremes.role = "mark extreme";
-  outliers.size = extremes.size = 7;
+  std::vector<PointBatch> beyond;  // drawn over every box
   for (const Box& box : layer.boxes) {
     const BoxStats& s = box.stats;
+    const std::int32_t group = layer.groups ? box.group : -1;
     const double centre = (box.x0 + box.x1) / 2, cap = (box.x1 - box.x0) / 4;
     ShapeItem whiskers;
     dataSegment(whiskers.path, view, centre, s.upperHinge, centre, s.highWhisker);
@@ -457,6 +483,7 @@ void drawBoxes(Scene& scene, const Layer& layer, const PanelView& view) {
     dataSegment(whiskers.path, view, centre - cap, s.lowWhisker, centre + cap, s.lowWhisker);
     whiskers.stroke = {kInk, 1.2, {}, false};
     whiskers.role = "mark whisker";
+    whiskers.group = group;
     scene.items.emplace_back(std::move(whiskers));
     ShapeItem body;
     body.path = dataRectangle(view, box.x0, s.lowerHinge, box.x1, s.upperHinge);
@@ -464,6 +491,8 @@ void drawBoxes(Scene& scene, const Layer& layer, const PanelView& view) {
     body.fill = faded(withAlpha(markColor(layer, box.group, box.shade), 200), box.alpha);
     body.stroke = {kInk, 1.2, {}, false};
     body.role = "mark box";
+    body.group = group;
+    body.tip = boxTip(layer, box);
     const Path region = body.path;
     scene.items.emplace_back(std::move(body));
     if (layer.styles) {
@@ -477,33 +506,31 @@ void drawBoxes(Scene& scene, const Layer& layer, const PanelView& view) {
     dataSegment(median.path, view, box.x0, s.median, box.x1, s.median);
     median.stroke = {kInk, 2.5, {}, false};
     median.role = "mark box-median";
+    median.group = group;
     scene.items.emplace_back(std::move(median));
-    for (const auto& [values, batch] :
-         {std::pair{&s.outliers, &outliers}, std::pair{&s.extremes, &extremes}}) {
-      for (const double v : *values) {
-        batch->x.push_back(static_cast<float>(view.px(centre, v)));
-        batch->y.push_back(static_cast<float>(view.py(centre, v)));
+    for (const bool extreme : {false, true}) {
+      const std::vector<double>& values = extreme ? s.extremes : s.outliers;
+      if (values.empty()) continue;
+      PointBatch& batch = beyond.emplace_back();
+      batch.shape = extreme ? MarkerShape::kCross : MarkerShape::kCircle;
+      batch.size = 7;
+      batch.palette = {extreme ? kInk : Color{255, 255, 255, 0}};
+      batch.outline = {kInk, extreme ? 1.4 : 1.2, {}, false};
+      batch.role = extreme ? "mark extreme" : "mark outlier";
+      batch.group = group;
+      for (const double v : values) {
+        batch.x.push_back(static_cast<float>(view.px(centre, v)));
+        batch.y.push_back(static_cast<float>(view.py(centre, v)));
       }
     }
   }
-  if (!outliers.x.empty()) scene.items.emplace_back(std::move(outliers));
-  if (!extremes.x.empty()) {
-    extremes.outline = {kInk, 1.4, {}, false};
-    scene.items.emplace_back(std::move(extremes));
-  }
+  for (PointBatch& batch : beyond) scene.items.emplace_back(std::move(batch));
 }
 
-// Error bars: a line from low to high with caps, and a dot at the mean.
+// Error bars: a line from low to high with caps, and a dot at the centre
+// (drawn over every bar), each with its bar's legend group and tooltip.
 void drawErrorBars(Scene& scene, const Layer& layer, const PanelView& view) {
-  PointBatch means;
-  means.shape = MarkerShape::kCircle;
-  means.size = 7;
-  means.role = "mark error-mean";
-  // Faded bars take a colour each; else one per group.
-  const bool fading = layer.transparency != nullptr || layer.shades != nullptr;
-  for (std::size_t g = 0; !fading && g < std::max<std::size_t>(1, groupCount(layer)); ++g) {
-    means.palette.push_back(groupColor(layer, g));
-  }
+  std::vector<PointBatch> centres;
   constexpr double kCapPixels = 6;  // half a cap on a number axis
   for (const ErrorBar& bar : layer.errorBars) {
     const double centre = (bar.x0 + bar.x1) / 2;
@@ -523,20 +550,20 @@ void drawErrorBars(Scene& scene, const Layer& layer, const PanelView& view) {
     item.stroke = {faded(coloured ? markColor(layer, bar.group, bar.shade) : kInk, bar.alpha), 1.5,
                    layer.styles ? styleDash(layer, bar.style) : std::vector<double>{}, false};
     item.role = "mark error-bar";
+    item.group = layer.groups ? bar.group : -1;
+    item.tip = errorBarTip(layer, bar);
+    PointBatch& dot = centres.emplace_back();
+    dot.shape = MarkerShape::kCircle;
+    dot.size = 7;
+    dot.role = "mark error-mean";
+    dot.palette = {faded(markColor(layer, bar.group, bar.shade), bar.alpha)};
+    dot.x.push_back(static_cast<float>(view.px(centre, bar.centre)));
+    dot.y.push_back(static_cast<float>(view.py(centre, bar.centre)));
+    dot.group = item.group;
+    dot.tip = item.tip;
     scene.items.emplace_back(std::move(item));
-    means.x.push_back(static_cast<float>(view.px(centre, bar.centre)));
-    means.y.push_back(static_cast<float>(view.py(centre, bar.centre)));
-    if (fading) {
-      means.colorIndex.push_back(
-          static_cast<std::uint16_t>(std::min<std::size_t>(means.palette.size(), 65535)));
-      if (means.palette.size() < 65536) {
-        means.palette.push_back(faded(markColor(layer, bar.group, bar.shade), bar.alpha));
-      }
-    } else {
-      means.colorIndex.push_back(bar.group);
-    }
   }
-  if (!means.x.empty()) scene.items.emplace_back(std::move(means));
+  for (PointBatch& dot : centres) scene.items.emplace_back(std::move(dot));
 }
 
 // A heat map's cells: the gradient's colour of their value, or their group's.
@@ -909,6 +936,24 @@ void drawLayer(Scene& scene, const Layer& layer, const PanelView& view, const Po
   if (layer.kind != LayerKind::kSlices) drawLabels(scene, layer, view, labels);
 }
 
+// A slice's tooltip: its group, its value and its share of the whole.
+std::string sliceTip(const Layer& layer, std::size_t group, double value, double total) {
+  std::string tip =
+      groupLine(layer, static_cast<std::uint16_t>(std::min<std::size_t>(group, 65535)));
+  const BoundColumn* values = layer.sliceValues;
+  if (values != nullptr) {
+    const std::string title = values->variable->title();
+    tip += layer.summary ? std::string(summaryTitle(*layer.summary)) + " " + title : title;
+  } else {
+    tip += "Count";
+  }
+  NumberFormat percent;
+  percent.minFractionDigits = percent.maxFractionDigits = 1;
+  percent.suffix = "%";
+  return tip + ": " + shownValue(values, value) +
+         "\nShare: " + formatNumber(100 * value / total, percent);
+}
+
 void drawSlices(Scene& scene, const Layer& layer, const Rect& area) {
   double total = 0;
   for (const double value : layer.slices) total += value;
@@ -931,6 +976,8 @@ void drawSlices(Scene& scene, const Layer& layer, const Rect& area) {
     if (cell < layer.sliceAlpha.size()) slice.fill = faded(slice.fill, layer.sliceAlpha[cell]);
     slice.stroke = {Color{255, 255, 255, 255}, 1.5, {}, true};
     slice.role = "mark slice";
+    if (layer.groups) slice.group = static_cast<std::int32_t>(group);
+    slice.tip = sliceTip(layer, group, value, total);
     const Path region = slice.path;
     scene.items.emplace_back(std::move(slice));
     if (layer.styles) {

@@ -102,7 +102,8 @@ struct PointBatch {
   std::vector<Color> palette;
   Stroke outline;  // drawn around each marker when its width is above 0
   std::string role;
-  std::int32_t group = -1;  // legend keys: the group they stand for
+  std::int32_t group = -1;  // legend keys and marks: the group they stand for
+  std::string tip;          // as ShapeItem's, for the whole batch (a single mark's)
   // The cases the points show (null: none known): point i shows case
   // caseIndex[i] of the table, or case i when caseIndex is empty.
   std::shared_ptr<const CaseTable> cases;
@@ -162,6 +163,7 @@ struct AxisView {
   double edge = 0, outward = 1;
   double panelX = 0, panelY = 0, panelWidth = 0, panelHeight = 0;
   bool labelled = true;
+  bool date = false;  // seconds on a calendar: ticks by calendar steps
   ValueFormat format;
 };
 

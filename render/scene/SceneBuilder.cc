@@ -777,14 +777,17 @@ class Builder {
     }
   }
 
-  // A continuous linear axis, for devices that zoom: what they need to
-  // place its ticks again.
+  // A continuous linear (or date) axis, for devices that zoom: what they
+  // need to place its ticks again.
   void noteAxis(const AxisPlan& plan, const PanelView& view, bool labelled) {
-    if (!plan.drawn || plan.scale == nullptr || plan.scale->kind() != AxisScale::Kind::kLinear ||
-        plan.scale->exponent() != 1 || !(plan.scale->lo() < plan.scale->hi())) {
+    if (!plan.drawn || plan.scale == nullptr || !(plan.scale->lo() < plan.scale->hi())) return;
+    const AxisScale::Kind kind = plan.scale->kind();
+    if (kind != AxisScale::Kind::kDate &&
+        (kind != AxisScale::Kind::kLinear || plan.scale->exponent() != 1)) {
       return;
     }
     AxisView axis;
+    axis.date = kind == AxisScale::Kind::kDate;
     axis.vertical = isVertical(plan.side);
     axis.lo = plan.scale->lo();
     axis.hi = plan.scale->hi();

@@ -945,6 +945,7 @@ class LayerMaker {
       if (categorical && !bind(*id, true)) return std::nullopt;
     }
     if (!layer_.summary) layer_.summary = values != nullptr ? Summary::kSum : Summary::kCount;
+    layer_.sliceValues = values;
     if (rowCount_ == kNoRows) return skip("pie element " + element_.id + " without variables");
     const std::size_t groups = cellCount();
     std::vector<Sample> cells(groups);

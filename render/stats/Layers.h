@@ -198,6 +198,7 @@ struct Layer {
   // at g * styleCount + s; a pair with no cases: 0)
   std::vector<double> slices;
   std::vector<double> sliceAlpha;  // with the transparency aesthetic: each slice's opacity
+  const BoundColumn* sliceValues = nullptr;  // what the slices summarise (null: cases counted)
   std::size_t styleCount = 1;
   // kBoxes, kErrorBars, kTiles, kContours
   std::vector<Box> boxes;

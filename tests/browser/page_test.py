@@ -5,7 +5,7 @@ library. Makes the demo's pages and a page of hostile texts with the tool,
 then reads what a reader would see: tooltips, legend state, tick labels after
 a zoom and after Escape, keyboard focus, and that no injected script ran.
 
-usage: page_test.py --cli PATH/chartxml --chromium PATH/chromium
+usage: page_test.py --cli PATH/chartxml --chromium PATH/chromium --ticks PATH/tick_table
 Exits non-zero, saying what failed, on the first broken expectation."""
 
 import argparse
@@ -220,6 +220,58 @@ def bar_page(browser, page):
            % (expected, tip))
 
 
+def date_page(browser, page):
+    """A line over dates zooms too: calendar ticks, labelled finer as they
+    close in, and back to the picture's on Escape."""
+    browser.open(page)
+    before = browser.evaluate(TICK_LABELS)
+    # On the line, half way along: the zoom keeps that point under the pointer.
+    x, y = browser.evaluate("""(function () {
+      var line = document.querySelector('path.mark.line');
+      var p = line.getPointAtLength(line.getTotalLength() / 2).matrixTransform(line.getScreenCTM());
+      return [p.x, p.y]; })()""")
+    for _ in range(6):
+        browser.mouse("mouseWheel", x, y, deltaX=0, deltaY=-600)
+        browser.settle()
+    labels = browser.evaluate(TICK_LABELS).split("|")
+    expect(len(labels) >= 2 and len(set(labels)) == len(labels) and labels != before.split("|"),
+           "a zoomed date axis shows distinct new calendar ticks (%r, then %r)" % (before, labels))
+    browser.mouse("mouseMoved", 5, 5)
+    browser.key("Escape", "Escape", 27)
+    expect(browser.evaluate(TICK_LABELS) == before, "Escape restores the date axis's ticks")
+
+
+def pie_page(browser, page):
+    """A slice tells its value and share; its legend entry hides it."""
+    browser.open(page)
+    slice_ = "document.querySelector('path.mark.slice')"
+    expected = browser.evaluate(slice_ + ".getAttribute('data-tip')")
+    browser.mouse("mouseMoved", *centre_of(browser, slice_))
+    browser.settle()
+    tip = browser.evaluate("document.getElementById('chart-tip').textContent")
+    expect(expected and "Share: " in expected and tip == expected.replace("\n", ""),
+           "a slice's tooltip shows %r, got %r" % (expected, tip))
+    group = browser.evaluate(slice_ + ".getAttribute('data-group')")
+    entry = "document.querySelector('.legend-entry[data-group=\"%s\"]')" % group
+    browser.click(*centre_of(browser, entry))
+    expect(browser.evaluate("getComputedStyle(%s).display" % slice_) == "none",
+           "clicking a slice's legend entry hides it")
+
+
+def tick_rules(browser, table):
+    """The page's tick rules give the pictures' ticks, range for range."""
+    for row in table:
+        got = browser.evaluate("window.chartxmlTicks.%s(%r, %r, %d)"
+                               % (row["kind"], row["lo"], row["hi"], row["target"]))
+        values = got["values"]
+        same = len(values) == len(row["values"]) and all(
+            abs(a - b) <= 1e-9 * max(1.0, abs(b)) for a, b in zip(values, row["values"]))
+        if row["kind"] == "nice":
+            same = same and got["fractionDigits"] == row["digits"]
+        expect(same, "%s ticks of [%r, %r] for %d: the page gives %r, the pictures %r"
+               % (row["kind"], row["lo"], row["hi"], row["target"], got, row))
+
+
 def hostile_page(browser, page):
     browser.open(page)
     expect(browser.evaluate("window.injected === undefined"), "no injected script ran")
@@ -240,7 +292,10 @@ def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--cli", required=True)
     parser.add_argument("--chromium", required=True)
+    parser.add_argument("--ticks", required=True)
     options = parser.parse_args()
+    table = json.loads(subprocess.run([options.ticks], check=True, capture_output=True,
+                                      text=True).stdout)
     work = tempfile.mkdtemp(prefix="chartxml-pages-")
     try:
         subprocess.run([options.cli, "demo", "--out", work + "/demo"], check=True,
@@ -255,6 +310,9 @@ def main():
         try:
             scatter_page(browser, work + "/demo/chart-0001.html")
             bar_page(browser, work + "/demo/chart-0002.html")
+            date_page(browser, work + "/demo/chart-0003.html")
+            pie_page(browser, work + "/demo/chart-0006.html")
+            tick_rules(browser, table)
             hostile_page(browser, work + "/hostile.html")
         finally:
             browser.close()
