@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "chartxml/render.h"
-#include "device/HtmlWriter.h"
+#include "device/HtmlText.h"
 #include "render_documents.h"
 
 namespace {

@@ -1,6 +1,7 @@
 #include "cli/Gallery.h"
 
 #include "cli/Commands.h"
+#include "device/HtmlText.h"
 
 namespace chartxml::cli {
 namespace {
@@ -18,30 +19,14 @@ constexpr const char* kStyle =
     ".files a{margin-right:10px;color:#0b5fa5}\n"
     ".skipped{display:block;margin-top:4px;font-size:12px;color:#8a5300}\n";
 
-}  // namespace
-
+// `text` as HTML text or a quoted attribute's value.
 std::string escapeHtml(const std::string& text) {
   std::string out;
-  for (const char c : text) {
-    switch (c) {
-      case '&':
-        out += "&amp;";
-        break;
-      case '<':
-        out += "&lt;";
-        break;
-      case '>':
-        out += "&gt;";
-        break;
-      case '"':
-        out += "&quot;";
-        break;
-      default:
-        out += c;
-    }
-  }
+  render::appendHtmlEscaped(out, text);
   return out;
 }
+
+}  // namespace
 
 bool writeGallery(const std::string& dir, const std::string& heading,
                   const std::vector<GalleryEntry>& entries, std::string& error) {

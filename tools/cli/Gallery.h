@@ -19,7 +19,4 @@ struct GalleryEntry {
 bool writeGallery(const std::string& dir, const std::string& heading,
                   const std::vector<GalleryEntry>& entries, std::string& error);
 
-// `text` with &, <, > and " written as HTML character references.
-std::string escapeHtml(const std::string& text);
-
 }  // namespace chartxml::cli

@@ -1,5 +1,6 @@
-// Escaping and encoding for the HTML device (device/Devices.h drawHtml):
-// each appends to `out`. Pure functions, safe on any input, any thread.
+// Escaping and encoding for HTML (the page device, device/Devices.h drawHtml,
+// and the tool's gallery): each appends to `out`. Pure functions, safe on
+// any input, any thread.
 #pragma once
 
 #include <cstddef>
