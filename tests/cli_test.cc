@@ -58,30 +58,36 @@ pid_t spawn(const std::string& program, const std::vector<std::string>& args,
   return posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ) == 0 ? pid : -1;
 }
 
-// Runs `program` with `args` in `cwd`; standard output and error go to
+// Starts `program` with `args` in `cwd`; standard output and error go to
 // files beside it (no pipe can fill up and stall the child), standard input
-// comes from `input` (relative to `cwd`) or /dev/null.
-Result runProgram(const std::string& program, const std::vector<std::string>& args,
-                  const fs::path& cwd, const fs::path& input = {}) {
-  const fs::path outPath = cwd / ".stdout", errPath = cwd / ".stderr";
+// comes from `input` (relative to `cwd`) or /dev/null. -1 when it cannot start.
+pid_t startProgram(const std::string& program, const std::vector<std::string>& args,
+                   const fs::path& cwd, const fs::path& input = {}) {
   const fs::path inPath = input.empty() ? fs::path("/dev/null") : cwd / input;
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   const int written = O_WRONLY | O_CREAT | O_TRUNC;
-  posix_spawn_file_actions_addopen(&actions, 1, outPath.c_str(), written, 0644);
-  posix_spawn_file_actions_addopen(&actions, 2, errPath.c_str(), written, 0644);
+  posix_spawn_file_actions_addopen(&actions, 1, (cwd / ".stdout").c_str(), written, 0644);
+  posix_spawn_file_actions_addopen(&actions, 2, (cwd / ".stderr").c_str(), written, 0644);
   posix_spawn_file_actions_addopen(&actions, 0, inPath.c_str(), O_RDONLY, 0);
   posix_spawn_file_actions_addchdir_np(&actions, cwd.c_str());
+  const pid_t pid = spawn(program, args, actions);
+  posix_spawn_file_actions_destroy(&actions);
+  return pid;
+}
+
+// Runs `program` as startProgram starts it, to its end.
+Result runProgram(const std::string& program, const std::vector<std::string>& args,
+                  const fs::path& cwd, const fs::path& input = {}) {
   Result result;
-  if (const pid_t pid = spawn(program, args, actions); pid > 0) {
+  if (const pid_t pid = startProgram(program, args, cwd, input); pid > 0) {
     int status = 0;
     while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
     }
     result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
   }
-  posix_spawn_file_actions_destroy(&actions);
-  result.out = readFile(outPath);
-  result.err = readFile(errPath);
+  result.out = readFile(cwd / ".stdout");
+  result.err = readFile(cwd / ".stderr");
   return result;
 }
 
@@ -769,18 +775,10 @@ TEST_F(CliTest, PlotOfALargeFileChartsEveryRow) {
 TEST_F(CliTest, PlotReadsANamedPipeOnlyOnce) {
   const fs::path pipe = dir / "feed.csv";
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0) << std::strerror(errno);
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  const int written = O_WRONLY | O_CREAT | O_TRUNC;
-  posix_spawn_file_actions_addopen(&actions, 1, (dir / ".stdout").c_str(), written, 0644);
-  posix_spawn_file_actions_addopen(&actions, 2, (dir / ".stderr").c_str(), written, 0644);
-  posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
-  posix_spawn_file_actions_addchdir_np(&actions, dir.c_str());
-  const pid_t pid = spawn(CHARTXML_CLI,
-                          {"plot", "feed.csv", "--type", "scatter", "--x", "x", "--y", "y",
-                           "--color", "g", "--verbose", "--picture", "none"},
-                          actions);
-  posix_spawn_file_actions_destroy(&actions);
+  const pid_t pid = startProgram(CHARTXML_CLI,
+                                 {"plot", "feed.csv", "--type", "scatter", "--x", "x", "--y", "y",
+                                  "--color", "g", "--verbose", "--picture", "none"},
+                                 dir);
   ASSERT_GT(pid, 0);
 
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);

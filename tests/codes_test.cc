@@ -6,6 +6,7 @@
 #include <cctype>
 #include <map>
 #include <string>
+#include <vector>
 
 #include <xercesc/dom/DOMNodeList.hpp>
 
@@ -40,49 +41,47 @@ std::string nameOf(const std::string& text) {
   return out;
 }
 
+// Each list of codes.h as names and codes.
+struct Code {
+  std::string name;
+  int code;
+};
+#define CODE_ENTRY(name, code) Code{#name, code},
+const std::vector<Code> kWords{CX_WORD_LIST(CODE_ENTRY)};
+const std::vector<Code> kRoles{CX_ROLE_LIST(CODE_ENTRY)};
+const std::vector<Code> kSummaries{CX_SUMMARY_LIST(CODE_ENTRY)};
+const std::vector<Code> kFormats{CX_FORMAT_LIST(CODE_ENTRY)};
+const std::vector<Code> kCharts{CX_CHART_LIST(CODE_ENTRY)};
+#undef CODE_ENTRY
+
 using CodesTest = cxtest::SourcedChartTest;
 
 TEST_F(CodesTest, EveryWordNameSpellsTheTextOfItsCode) {
-  int words = 0;
-#define CHECK_WORD(name, code)                                         \
-  EXPECT_EQ(nameOf(cx->getUTF8String(CX_WORD_##name)), #name) << code; \
-  ++words;
-  CX_WORD_LIST(CHECK_WORD)
-#undef CHECK_WORD
-  EXPECT_EQ(words, 154) << "156 codes, less the two that name nothing";
+  for (const Code& word : kWords) EXPECT_EQ(nameOf(cx->getUTF8String(word.code)), word.name);
+  EXPECT_EQ(kWords.size(), 154u) << "156 codes, less the two that name nothing";
   EXPECT_TRUE(messages().empty());
   EXPECT_EQ(CX_WORD_TITLE, 17);
 }
 
 TEST_F(CodesTest, EveryRoleNameIsTheRoleItsDimensionGets) {
   const int frame = cx->AddFrame(chart, 0, -1);
-#define CHECK_ROLE(name, code)                                                \
-  {                                                                           \
-    const int dimension = cx->AddDimension(chart, frame, CX_ROLE_##name, -1); \
-    ASSERT_GE(dimension, 0) << #name;                                         \
-    EXPECT_EQ(nameOf(attr(element(dimension), u"role")), #name) << code;      \
+  for (const Code& role : kRoles) {
+    const int dimension = cx->AddDimension(chart, frame, role.code, -1);
+    ASSERT_GE(dimension, 0) << role.name;
+    EXPECT_EQ(nameOf(attr(element(dimension), u"role")), role.name);
   }
-  CX_ROLE_LIST(CHECK_ROLE)
-#undef CHECK_ROLE
   EXPECT_TRUE(messages().empty());
 }
 
 TEST_F(CodesTest, EverySummaryNameIsTheDescriptionItWrites) {
-  const auto description = [&](int variable) {
-    const auto* element = this->element(variable);
+  for (const Code& summary : kSummaries) {
+    const int variable = cx->AddVariable(chart, 1, 1, true);
+    EXPECT_EQ(cx->SetSummaryFunction(chart, variable, summary.code, 5, 9), summary.code);
     const auto* meta =
-        static_cast<const DOMElement*>(element->getElementsByTagName(u"meta")->item(0));
+        static_cast<const DOMElement*>(element(variable)->getElementsByTagName(u"meta")->item(0));
     const std::string text = meta ? attr(meta, u"description") : "";
-    return text.substr(0, text.find(';'));  // without the parameters
-  };
-#define CHECK_SUMMARY(name, code)                                                      \
-  {                                                                                    \
-    const int variable = cx->AddVariable(chart, 1, 1, true);                           \
-    EXPECT_EQ(cx->SetSummaryFunction(chart, variable, CX_SUMMARY_##name, 5, 9), code); \
-    EXPECT_EQ(nameOf(description(variable)), #name);                                   \
+    EXPECT_EQ(nameOf(text.substr(0, text.find(';'))), summary.name);  // without the parameters
   }
-  CX_SUMMARY_LIST(CHECK_SUMMARY)
-#undef CHECK_SUMMARY
   EXPECT_TRUE(messages().empty());
 }
 
@@ -124,18 +123,14 @@ TEST(FormatCodes, EveryFormatTypePrintsAsItsNameSays) {
       {CX_FORMAT_ACCOUNTING, {-kNumber, 12, "(1,234.50)"}},
       {CX_FORMAT_TRAILING_MINUS, {-kNumber, 12, "1234.50-"}},
   };
-  int formats = 0;
-#define CHECK_FORMAT(name, code)                                                        \
-  if (code != CX_FORMAT_STRING) {                                                       \
-    const Example& example = examples.at(code);                                         \
-    const int decimals = example.value == kNumber || example.value == -kNumber ? 2 : 0; \
-    const VORN_Format format(code, example.width, decimals);                            \
-    EXPECT_EQ(formatter::AsString(example.value, format, true), example.text) << #name; \
-  }                                                                                     \
-  ++formats;
-  CX_FORMAT_LIST(CHECK_FORMAT)
-#undef CHECK_FORMAT
-  EXPECT_EQ(formats, static_cast<int>(examples.size()) + 1) << "an example for every type";
+  for (const Code& type : kFormats) {
+    if (type.code == CX_FORMAT_STRING) continue;
+    const Example& example = examples.at(type.code);
+    const int decimals = example.value == kNumber || example.value == -kNumber ? 2 : 0;
+    const VORN_Format format(type.code, example.width, decimals);
+    EXPECT_EQ(formatter::AsString(example.value, format, true), example.text) << type.name;
+  }
+  EXPECT_EQ(kFormats.size(), examples.size() + 1) << "an example for every type";
 }
 
 // Every listed type, and no other, is described in the document: text as a
@@ -146,9 +141,7 @@ TEST_F(CodesTest, EveryFormatTypeAndNoOtherIsDescribed) {
   auto* meta = static_cast<DOMElement*>(element(variable)->getElementsByTagName(u"meta")->item(0));
   ASSERT_NE(meta, nullptr);
   std::map<int, std::string> listed;
-#define LIST_FORMAT(name, code) listed[code] = #name;
-  CX_FORMAT_LIST(LIST_FORMAT)
-#undef LIST_FORMAT
+  for (const Code& type : kFormats) listed[type.code] = type.name;
   for (int type = 0; type <= CX_FORMAT_TRAILING_MINUS + 3; ++type) {
     cx->SetVariableFormat(chart, variable, CX_FORMAT_CODE(type, 12, 2));
     const auto* child = meta->getFirstElementChild();
@@ -170,27 +163,21 @@ TEST_F(CodesTest, EveryFormatTypeAndNoOtherIsDescribed) {
 // A chart kind's name is the layout its interval elements are sent with.
 TEST_F(CodesTest, EveryChartKindNamesTheLayoutItSends) {
   cxh_clear_sent();  // the charts sent here are counted from 0
-  int kinds = 0;
-#define CHECK_CHART(name, code)                                                       \
-  {                                                                                   \
-    const int kind = newChart();                                                      \
-    const int frame = cx->AddFrame(kind, 0, -1);                                      \
-    cx->AddElement(kind, frame, CX_WORD_INTERVAL, -1);                                \
-    xercesc::DOMElement* dimension = cx->getChart(kind)->createElement(u"dimension"); \
-    dimension->setAttribute(u"role", u"x");                                           \
-    cx->getChart(kind)->getElementById(u"frame1")->appendChild(dimension);            \
-    ASSERT_EQ(cx->SetChartType(kind, CX_CHART_##name), 1);                            \
-    ASSERT_EQ(cx->EndChart(kind), 0);                                                 \
-    const std::string sent = cxh_sent_xml(kinds);                                     \
-    const std::size_t at = sent.find("layout=\"");                                    \
-    ASSERT_NE(at, std::string::npos) << #name;                                        \
-    const std::size_t from = at + 8;                                                  \
-    EXPECT_EQ(nameOf(sent.substr(from, sent.find('"', from) - from)), #name) << code; \
-    ++kinds;                                                                          \
+  for (std::size_t sent = 0; sent < kCharts.size(); ++sent) {
+    const Code& kind = kCharts[sent];
+    const int made = newChart();
+    cx->AddElement(made, cx->AddFrame(made, 0, -1), CX_WORD_INTERVAL, -1);
+    xercesc::DOMElement* dimension = cx->getChart(made)->createElement(u"dimension");
+    dimension->setAttribute(u"role", u"x");
+    cx->getChart(made)->getElementById(u"frame1")->appendChild(dimension);
+    ASSERT_EQ(cx->SetChartType(made, kind.code), 1) << kind.name;
+    ASSERT_EQ(cx->EndChart(made), 0) << kind.name;
+    const std::string xml = cxh_sent_xml(static_cast<int>(sent));
+    const std::size_t at = xml.find("layout=\"");
+    ASSERT_NE(at, std::string::npos) << kind.name;
+    EXPECT_EQ(nameOf(xml.substr(at + 8, xml.find('"', at + 8) - at - 8)), kind.name);
   }
-  CX_CHART_LIST(CHECK_CHART)
-#undef CHECK_CHART
-  EXPECT_EQ(kinds, 2);
+  EXPECT_EQ(kCharts.size(), 2u);
   EXPECT_EQ(cx->SetChartType(chart, CX_CHART_ICICLE_VERTICAL + 1), -1);
 }
 

@@ -13,9 +13,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
+#include <map>
 #include <new>
-#include <sstream>
 
 #include "chartxml/chartxml_host.h"
 #include "fault_support.h"
@@ -64,42 +63,22 @@ void* operator new(std::size_t size, std::align_val_t alignment, const std::noth
 void* operator new[](std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept {
   return allocate(size, static_cast<std::size_t>(alignment));
 }
-void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-void operator delete[](void* memory) noexcept {
-  std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-  std::free(memory);
-}
-void operator delete[](void* memory, std::size_t) noexcept {
-  std::free(memory);
-}
-void operator delete(void* memory, std::align_val_t) noexcept {
-  std::free(memory);
-}
-void operator delete[](void* memory, std::align_val_t) noexcept {
-  std::free(memory);
-}
-void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
-  std::free(memory);
-}
-void operator delete[](void* memory, std::size_t, std::align_val_t) noexcept {
-  std::free(memory);
-}
-void operator delete(void* memory, const std::nothrow_t&) noexcept {
-  std::free(memory);
-}
-void operator delete[](void* memory, const std::nothrow_t&) noexcept {
-  std::free(memory);
-}
-void operator delete(void* memory, std::align_val_t, const std::nothrow_t&) noexcept {
-  std::free(memory);
-}
-void operator delete[](void* memory, std::align_val_t, const std::nothrow_t&) noexcept {
-  std::free(memory);
-}
+
+// Every form of delete frees: new took all its memory from malloc.
+#define CHARTXML_DELETE_FORMS(...)                                           \
+  void operator delete(void* memory __VA_OPT__(, ) __VA_ARGS__) noexcept {   \
+    std::free(memory);                                                       \
+  }                                                                          \
+  void operator delete[](void* memory __VA_OPT__(, ) __VA_ARGS__) noexcept { \
+    std::free(memory);                                                       \
+  }
+CHARTXML_DELETE_FORMS()
+CHARTXML_DELETE_FORMS(std::size_t)
+CHARTXML_DELETE_FORMS(std::align_val_t)
+CHARTXML_DELETE_FORMS(std::size_t, std::align_val_t)
+CHARTXML_DELETE_FORMS(const std::nothrow_t&)
+CHARTXML_DELETE_FORMS(std::align_val_t, const std::nothrow_t&)
+#undef CHARTXML_DELETE_FORMS
 
 namespace {
 
@@ -161,36 +140,29 @@ class AllocationFaults : public cxtest::FacadeTest {
 };
 
 TEST_F(AllocationFaults, BuildingAndSendingAChartSurvivesEveryAllocationFailing) {
-  long n = 1;
-  for (; n < kMostRuns; n += kStep) {
-    cxh_clear_reports();
-    cxh_clear_sent();
-    allocations.arm(n);
-    Stepper step(allocations);
-    const int ended = faulttest::buildAndSend(*cx, *data_, step);
-    allocations.disarm();
-    if (!step.hit()) {
-      EXPECT_GE(ended, 0) << "the run without a failure";
-      break;
-    }
-    expectReported(step, n);
-    // A chart that was sent is whole, however its building went.
-    for (int i = 0; i < cxh_sent_count(); ++i) {
-      const int reports = cxh_report_count();
-      EXPECT_EQ(cxh_check_xml(cxh_sent_xml(i), 1), 0)
-          << "sent after allocation " << n << " failed in " << step.hitStep() << ": "
-          << (cxh_report_count() > reports ? cxh_report_message(reports) : "") << "\n"
-          << std::string(cxh_sent_xml(i)).substr(0, 300);
-    }
-    if (ended >= 0) {
-      EXPECT_EQ(cxh_sent_count(), 1) << "ended but not sent, allocation " << n;
-    }
-    expectChartSent("the next chart after allocation ", n);
-    if (HasFailure()) break;
-  }
-  EXPECT_LT(n, kMostRuns);
-  std::printf("[ counts   ] build and send: %ld allocations, every %ld failed in turn\n", n - 1,
-              kStep);
+  faulttest::eachFault(
+      allocations, kStep, kMostRuns, "build and send",
+      [&](long, Stepper& step) {
+        cxh_clear_reports();
+        cxh_clear_sent();
+        return faulttest::buildAndSend(*cx, *data_, step);
+      },
+      [&](long n, const Stepper& step, int ended) {
+        expectReported(step, n);
+        // A chart that was sent is whole, however its building went.
+        for (int i = 0; i < cxh_sent_count(); ++i) {
+          const int reports = cxh_report_count();
+          EXPECT_EQ(cxh_check_xml(cxh_sent_xml(i), 1), 0)
+              << "sent after allocation " << n << " failed in " << step.hitStep() << ": "
+              << (cxh_report_count() > reports ? cxh_report_message(reports) : "") << "\n"
+              << std::string(cxh_sent_xml(i)).substr(0, 300);
+        }
+        if (ended >= 0) {
+          EXPECT_EQ(cxh_sent_count(), 1) << "ended but not sent, allocation " << n;
+        }
+        expectChartSent("the next chart after allocation ", n);
+      },
+      [](int ended) { return ended >= 0; });
 }
 
 TEST_F(AllocationFaults, DrawingASentChartSurvivesEveryAllocationFailing) {
@@ -201,43 +173,24 @@ TEST_F(AllocationFaults, DrawingASentChartSurvivesEveryAllocationFailing) {
   Problems problems;
   Stepper clean(allocations);
   ASSERT_EQ(faulttest::drawLatest(folder, "", clean, problems), 2) << problems.front();
-  const auto read = [&](const char* name) {
-    std::ifstream in(folder + name, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-  };
-  const std::string png = read("/picture.png"), svg = read("/picture.svg");
-  long n = 1;
-  for (; n < kMostRuns; n += kStep) {
-    std::filesystem::remove(folder + "/picture.png");
-    std::filesystem::remove(folder + "/picture.svg");
-    allocations.arm(n);
-    Stepper step(allocations);
-    const int written = faulttest::drawLatest(folder, "", step, problems);
-    allocations.disarm();
-    if (!step.hit()) {
-      EXPECT_EQ(written, 2) << "the run without a failure";
-      break;
-    }
-    const std::vector<std::string> names = faulttest::listing(folder);
-    EXPECT_EQ(names.size(), static_cast<std::size_t>(written)) << "allocation " << n;
-    for (const std::string& name : names) {
-      const std::string bytes = read(("/" + name).c_str()),
-                        &want = name == "picture.png" ? png : svg;
-      const std::size_t at =
-          std::mismatch(bytes.begin(), bytes.end(), want.begin(), want.end()).first - bytes.begin();
-      EXPECT_TRUE(bytes == want) << name << " differs after allocation " << n << " failed in "
-                                 << step.hitStep() << " at " << at << ": "
-                                 << bytes.substr(at > 80 ? at - 80 : 0, 200)
-                                 << "\n instead of: " << want.substr(at > 80 ? at - 80 : 0, 200);
-    }
-    for (const std::string& problem : problems) ADD_FAILURE() << problem << ", allocation " << n;
-    problems.clear();
-    if (HasFailure()) break;
-  }
-  EXPECT_LT(n, kMostRuns);
-  std::printf("[ counts   ] draw: %ld allocations, every %ld failed in turn\n", n - 1, kStep);
+  const std::map<std::string, std::string> pictures{
+      {"picture.png", faulttest::readAll(folder + "/picture.png")},
+      {"picture.svg", faulttest::readAll(folder + "/picture.svg")}};
+  faulttest::eachFault(
+      allocations, kStep, kMostRuns, "draw",
+      [&](long, Stepper& step) {
+        std::filesystem::remove(folder + "/picture.png");
+        std::filesystem::remove(folder + "/picture.svg");
+        return faulttest::drawLatest(folder, "", step, problems);
+      },
+      [&](long n, const Stepper& step, int written) {
+        faulttest::checkPictures(
+            folder, written, pictures,
+            "after allocation " + std::to_string(n) + " failed in " + step.hitStep(), problems);
+        for (const std::string& problem : problems) ADD_FAILURE() << problem;
+        problems.clear();
+      },
+      [&](int written) { return written == 2 && problems.empty(); });
 }
 
 TEST_F(AllocationFaults, ReadingACsvWithItsDictionarySurvivesEveryAllocationFailing) {
@@ -246,29 +199,24 @@ TEST_F(AllocationFaults, ReadingACsvWithItsDictionarySurvivesEveryAllocationFail
   ChartXml::Terminate();
   cx = ChartXml::GetInstance();
   const std::string csv = faulttest::copyPeople(cxtest::scratchDir("fault-alloc-read"));
-  long n = 1;
-  for (; n < kMostRuns; n += kStep) {
-    cxh_clear_reports();
-    allocations.arm(n);
-    Stepper step(allocations);
+  const auto read = [&](long n, Stepper& step) {
     Problems problems;
     const int status = faulttest::readThroughHost(*cx, csv, step, problems);
-    allocations.disarm();
     for (const std::string& problem : problems) ADD_FAILURE() << problem << ", allocation " << n;
-    if (!step.hit()) {
-      EXPECT_EQ(status, 0) << "the run without a failure";
-      break;
-    }
-    expectReported(step, n);
-    Stepper again(allocations);
-    problems.clear();
-    EXPECT_EQ(faulttest::readThroughHost(*cx, csv, again, problems), 0)
-        << "the next read after allocation " << n;
-    if (HasFailure()) break;
-  }
-  EXPECT_LT(n, kMostRuns);
-  std::printf("[ counts   ] read CSV and dictionary: %ld allocations, every %ld failed in turn\n",
-              n - 1, kStep);
+    return status;
+  };
+  faulttest::eachFault(
+      allocations, kStep, kMostRuns, "read CSV and dictionary",
+      [&](long n, Stepper& step) {
+        cxh_clear_reports();
+        return read(n, step);
+      },
+      [&](long n, const Stepper& step, int) {
+        expectReported(step, n);
+        Stepper again(allocations);
+        EXPECT_EQ(read(n, again), 0) << "the next read after allocation " << n;
+      },
+      [](int status) { return status == 0; });
 }
 
 }  // namespace

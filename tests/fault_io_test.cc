@@ -12,7 +12,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
+#include <map>
 
 #include "FileIo.h"
 #include "chartxml/chartxml_host.h"
@@ -37,13 +37,6 @@ int injectFault(cxio::Call) {
 }
 
 constexpr long kMostRuns = 10000;
-
-std::string readAll(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
 
 // Some report since `first` names the injected error.
 ::testing::AssertionResult reportedError(int first) {
@@ -106,34 +99,28 @@ TEST_F(FileFaults, SendingIntoAFolderLeavesWholeChartsOrNoneWhateverCallFails) {
   const std::string folder = cxtest::scratchDir("fault-io-send");
   cxh_set_output_dir(folder.c_str());
   cxh_set_validate(1);  // the schema is read too
-  long n = 1;
-  for (; n < kMostRuns; ++n) {
-    emptyFolder(folder);
-    cxh_clear_sent();
-    cxh_clear_reports();
-    fileCalls.arm(n);
-    Stepper step(fileCalls);
-    const int ended = faulttest::buildAndSend(*cx, *data_, step);
-    fileCalls.disarm();
-    const std::string when = "file call " + std::to_string(n);
-    if (!step.hit()) {
-      EXPECT_GE(ended, 0) << "the run without a failure";
-      break;
-    }
-    Problems problems;
-    faulttest::checkChartFiles(folder, ended >= 0 ? std::vector<int>{1} : std::vector<int>{},
-                               problems);
-    for (const std::string& problem : problems) ADD_FAILURE() << problem << "; " << when;
-    if (step.hitResult() < 0) {
-      EXPECT_TRUE(reportedError(0))
-          << step.hitStep() << " did not report the system's error; " << when;
-    }
-    emptyFolder(folder);
-    expectChartSent(folder, "the next chart after " + when);
-    if (HasFailure()) break;
-  }
-  EXPECT_LT(n, kMostRuns);
-  std::printf("[ counts   ] send into a folder: %ld file calls, each failed in turn\n", n - 1);
+  faulttest::eachFault(
+      fileCalls, 1, kMostRuns, "send into a folder",
+      [&](long, Stepper& step) {
+        emptyFolder(folder);
+        cxh_clear_sent();
+        cxh_clear_reports();
+        return faulttest::buildAndSend(*cx, *data_, step);
+      },
+      [&](long n, const Stepper& step, int ended) {
+        const std::string when = "file call " + std::to_string(n);
+        Problems problems;
+        faulttest::checkChartFiles(folder, ended >= 0 ? std::vector<int>{1} : std::vector<int>{},
+                                   problems);
+        for (const std::string& problem : problems) ADD_FAILURE() << problem << "; " << when;
+        if (step.hitResult() < 0) {
+          EXPECT_TRUE(reportedError(0))
+              << step.hitStep() << " did not report the system's error; " << when;
+        }
+        emptyFolder(folder);
+        expectChartSent(folder, "the next chart after " + when);
+      },
+      [](int ended) { return ended >= 0; });
 }
 
 TEST_F(FileFaults, DrawingFromFilesWritesWholePicturesOrNoneWhateverCallFails) {
@@ -145,30 +132,22 @@ TEST_F(FileFaults, DrawingFromFilesWritesWholePicturesOrNoneWhateverCallFails) {
   Problems problems;
   Stepper clean(fileCalls);
   ASSERT_EQ(faulttest::drawLatest(folder, document, clean, problems), 2);
-  const std::string png = readAll(folder + "/picture.png"), svg = readAll(folder + "/picture.svg");
-  long n = 1;
-  for (; n < kMostRuns; ++n) {
-    emptyFolder(folder);
-    fileCalls.arm(n);
-    Stepper step(fileCalls);
-    const int written = faulttest::drawLatest(folder, document, step, problems);
-    fileCalls.disarm();
-    if (!step.hit()) {
-      EXPECT_EQ(written, 2) << "the run without a failure";
-      break;
-    }
-    const std::vector<std::string> names = faulttest::listing(folder);
-    EXPECT_EQ(names.size(), static_cast<std::size_t>(written)) << "file call " << n;
-    for (const std::string& name : names) {
-      EXPECT_TRUE(readAll(folder + "/" + name) == (name == "picture.png" ? png : svg))
-          << name << " differs after file call " << n << " failed";
-    }
-    for (const std::string& problem : problems) ADD_FAILURE() << problem << ", file call " << n;
-    problems.clear();
-    if (HasFailure()) break;
-  }
-  EXPECT_LT(n, kMostRuns);
-  std::printf("[ counts   ] draw from files: %ld file calls, each failed in turn\n", n - 1);
+  const std::map<std::string, std::string> pictures{
+      {"picture.png", faulttest::readAll(folder + "/picture.png")},
+      {"picture.svg", faulttest::readAll(folder + "/picture.svg")}};
+  faulttest::eachFault(
+      fileCalls, 1, kMostRuns, "draw from files",
+      [&](long, Stepper& step) {
+        emptyFolder(folder);
+        return faulttest::drawLatest(folder, document, step, problems);
+      },
+      [&](long n, const Stepper&, int written) {
+        faulttest::checkPictures(folder, written, pictures,
+                                 "after file call " + std::to_string(n) + " failed", problems);
+        for (const std::string& problem : problems) ADD_FAILURE() << problem;
+        problems.clear();
+      },
+      [&](int written) { return written == 2 && problems.empty(); });
 }
 
 TEST_F(FileFaults, ReadingACsvWithItsDictionaryFailsWithTheSystemsErrorOrReadsItAll) {
@@ -177,31 +156,27 @@ TEST_F(FileFaults, ReadingACsvWithItsDictionaryFailsWithTheSystemsErrorOrReadsIt
   ChartXml::Terminate();
   cx = ChartXml::GetInstance();
   const std::string csv = faulttest::copyPeople(cxtest::scratchDir("fault-io-read"));
-  long n = 1;
-  for (; n < kMostRuns; ++n) {
-    cxh_clear_reports();
-    fileCalls.arm(n);
-    Stepper step(fileCalls);
+  const auto read = [&](long n, Stepper& step) {
     Problems problems;
     const int status = faulttest::readThroughHost(*cx, csv, step, problems);
-    fileCalls.disarm();
     for (const std::string& problem : problems) ADD_FAILURE() << problem << ", file call " << n;
-    if (!step.hit()) {
-      EXPECT_EQ(status, 0) << "the run without a failure";
-      break;
-    }
-    if (step.hitResult() < 0) {
-      EXPECT_TRUE(reportedError(0)) << step.hitStep() << " did not report the system's error; "
-                                    << "file call " << n;
-    }
-    Stepper again(fileCalls);
-    problems.clear();
-    EXPECT_EQ(faulttest::readThroughHost(*cx, csv, again, problems), 0)
-        << "the next read after file call " << n;
-    if (HasFailure()) break;
-  }
-  EXPECT_LT(n, kMostRuns);
-  std::printf("[ counts   ] read CSV, dictionary and string tables: %ld file calls\n", n - 1);
+    return status;
+  };
+  faulttest::eachFault(
+      fileCalls, 1, kMostRuns, "read CSV, dictionary and string tables",
+      [&](long n, Stepper& step) {
+        cxh_clear_reports();
+        return read(n, step);
+      },
+      [&](long n, const Stepper& step, int) {
+        if (step.hitResult() < 0) {
+          EXPECT_TRUE(reportedError(0))
+              << step.hitStep() << " did not report the system's error; file call " << n;
+        }
+        Stepper again(fileCalls);
+        EXPECT_EQ(read(n, again), 0) << "the next read after file call " << n;
+      },
+      [](int status) { return status == 0; });
 }
 
 // A tmpfs of its own, unmounted when the test ends.

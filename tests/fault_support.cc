@@ -1,11 +1,14 @@
 #include "fault_support.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <memory>
 #include <optional>
 #include <sstream>
+
+#include <gtest/gtest.h>
 
 #include "chartxml/chartxml_host.h"
 #include "chartxml/codes.h"
@@ -40,14 +43,61 @@ std::vector<std::string> listing(const std::string& folder) {
   return names;
 }
 
-namespace {
-
 std::string readAll(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   std::ostringstream text;
   text << in.rdbuf();
   return text.str();
 }
+
+void eachFault(Injector& fault, long every, long most, const char* what,
+               const std::function<int(long, Stepper&)>& script,
+               const std::function<void(long, const Stepper&, int)>& judge,
+               const std::function<bool(int)>& clean) {
+  long n = 1;
+  for (; n < most; n += every) {
+    fault.arm(n);
+    Stepper step(fault);
+    const int result = script(n, step);
+    fault.disarm();
+    if (!step.hit()) {
+      EXPECT_TRUE(clean(result)) << what << ": the run without a failure gave " << result;
+      break;
+    }
+    judge(n, step, result);
+    if (::testing::Test::HasFailure()) return;
+  }
+  EXPECT_LT(n, most) << what << ": a run still met a failure after " << most << " calls";
+  std::printf("[ counts   ] %s: %ld calls, every %ld failed in turn\n", what, n - 1, every);
+}
+
+void checkPictures(const std::string& folder, int written,
+                   const std::map<std::string, std::string>& clean, const std::string& when,
+                   Problems& problems) {
+  const std::vector<std::string> names = listing(folder);
+  if (names.size() != static_cast<std::size_t>(written)) {
+    problems.push_back(std::to_string(names.size()) + " files for " + std::to_string(written) +
+                       " pictures written; " + when);
+  }
+  for (const std::string& name : names) {
+    const std::string bytes = readAll(folder + "/" + name);
+    const auto want = clean.find(name);
+    if (want == clean.end()) {
+      problems.push_back("left behind: " + name + "; " + when);
+      continue;
+    }
+    if (bytes == want->second) continue;
+    const std::size_t at =
+        std::mismatch(bytes.begin(), bytes.end(), want->second.begin(), want->second.end()).first -
+        bytes.begin();
+    const std::size_t from = at > 80 ? at - 80 : 0;
+    problems.push_back(name + " differs " + when + " at " + std::to_string(at) + ": " +
+                       bytes.substr(from, 200) +
+                       "\n instead of: " + want->second.substr(from, 200));
+  }
+}
+
+namespace {
 
 // The ids of the sources a chart document declares.
 std::vector<std::string> sourceIds(const std::string& xml) {

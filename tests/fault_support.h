@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -68,8 +69,27 @@ class Stepper {
 // Names in `folder`, sorted.
 std::vector<std::string> listing(const std::string& folder);
 
+// The bytes of the file at `path`.
+std::string readAll(const std::string& path);
+
 // What the checks of one run found; empty when it passed.
 using Problems = std::vector<std::string>;
+
+// Runs `script` with its 1st, (1 + every)th, ... call failing, until a run
+// meets no failure; `judge` checks each run that met one (which call failed,
+// the steps, the script's result), and `clean` the result of the run that met
+// none. Stops at the first failed check, and fails when `most` calls are not
+// enough. Prints the count as `what`.
+void eachFault(Injector& fault, long every, long most, const char* what,
+               const std::function<int(long, Stepper&)>& script,
+               const std::function<void(long, const Stepper&, int)>& judge,
+               const std::function<bool(int)>& clean);
+
+// Each picture of `folder` (there are `written`) has the bytes the clean
+// run wrote, as `clean` holds them by name; `when` says which run.
+void checkPictures(const std::string& folder, int written,
+                   const std::map<std::string, std::string>& clean, const std::string& when,
+                   Problems& problems);
 
 // Every chart file in `folder` is whole: no temporary file is left, each
 // chart-NNNN.xml parses and checks against the schema, and each of its data

@@ -40,6 +40,9 @@ ssize_t readSome(int fd, void* buffer, std::size_t size, int& error);
 // Writes all of `bytes`.
 int writeAll(int fd, std::string_view bytes);
 int syncFile(int fd);
+// Writes the file's data out and waits (its metadata is fsync's); a no-op
+// where the system cannot. Fails as a sync does.
+int writeOutFile(int fd);
 // Closes `fd` in every case; the error is a failure the system reports only
 // now (a delayed write error).
 int closeFile(int fd);
@@ -66,7 +69,13 @@ class WholeFile {
   ~WholeFile();
 
   int open();  // permissions 0666 less the process's umask
+  // Appends `bytes`; every few MiB the system is asked to start writing
+  // them to the device, so that a big file is mostly there by finish().
   int write(std::string_view bytes);
+  // Writes the data out to the device and waits, without the sync of the
+  // file's metadata: a caller placing several files syncs each of them
+  // first, so that finish() commits them all in one journal transaction.
+  int writeOut();
   // Syncs and closes the temporary file, then renames it into place.
   int finish();  // sync and close only, for callers that rename later
   int commit();  // finish() when not yet done, then rename
@@ -82,6 +91,7 @@ class WholeFile {
   std::string path_, temp_;
   int fd_ = -1;
   int error_ = 0;
+  off_t written_ = 0, started_ = 0;  // bytes written, and handed to the device so far
   bool created_ = false, finished_ = false, committed_ = false;
 };
 

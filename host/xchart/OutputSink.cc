@@ -46,6 +46,7 @@ class ChartFile final : public VarDataProcessor::CsvSink {
 
   bool open() { return file_.open() == 0; }
   bool Drain(std::string_view bytes) override { return file_.write(bytes) == 0; }
+  bool writeOut() { return file_.writeOut() == 0; }
   // Syncs and closes the temporary file; false when the system reports a
   // failed write only now.
   bool finish() { return file_.finish() == 0; }
@@ -103,9 +104,7 @@ bool writeFiles(SentChart& chart, const VarDataProcessor* feed,
     return files.back()->open() ? files.back().get() : nullptr;
   };
   bool ok = false;
-  if (ChartFile* file = opened(folder / (std::string(stem) + ".xml"))) {
-    ok = file->Drain(chart.xml) && file->finish();
-  }
+  if (ChartFile* file = opened(folder / (std::string(stem) + ".xml"))) ok = file->Drain(chart.xml);
   // Distinct sources may clean up to the same name; later ones get a number
   // so that no source's data overwrites another's.
   std::set<std::string> taken;
@@ -114,8 +113,12 @@ bool writeFiles(SentChart& chart, const VarDataProcessor* feed,
     std::string part = base;
     for (int n = 2; !taken.insert(part).second; ++n) part = base + '-' + std::to_string(n);
     ChartFile* file = opened(folder / (std::string(stem) + '.' + part + ".csv"));
-    ok = file && feed->WriteCsv(sources[i], *file) && file->finish();
+    ok = file && feed->WriteCsv(sources[i], *file);
   }
+  // Every file's data on the device before the first sync, whose journal
+  // commit then holds them all: one wait for the device, not one a file.
+  for (std::size_t i = 0; ok && i < files.size(); ++i) ok = files[i]->writeOut();
+  for (std::size_t i = 0; ok && i < files.size(); ++i) ok = files[i]->finish();
   for (std::size_t i = 1; ok && i <= files.size(); ++i) ok = files[i % files.size()]->commit();
   if (!ok) {
     std::string failure;
