@@ -274,7 +274,7 @@ std::vector<Bar> barsOf(const std::string& modifier, const std::string& method) 
 }
 
 TEST(RenderLayers, GroupsStandSideBySideOrStacked) {
-  // Dodged: each category's band holds a slot per group, left to right.
+  // Dodged: each category's band holds a slot per group it has, left to right.
   const std::vector<Bar> dodged = barsOf("dodge", "mean");
   ASSERT_EQ(dodged.size(), 3u);
   EXPECT_NEAR(dodged[0].x0, -0.4, 1e-12);  // a, p: mean 3
@@ -282,7 +282,8 @@ TEST(RenderLayers, GroupsStandSideBySideOrStacked) {
   EXPECT_EQ(dodged[0].y1, 3);
   EXPECT_NEAR(dodged[1].x0, 0.0, 1e-12);  // a, q: 2
   EXPECT_EQ(dodged[1].y1, 2);
-  EXPECT_NEAR(dodged[2].x0, 0.6, 1e-12);  // b, p: 3
+  EXPECT_NEAR(dodged[2].x0, 0.6, 1e-12);  // b, p: 3, alone in its band
+  EXPECT_NEAR(dodged[2].x1, 1.4, 1e-12);
   // Stacked sums: q sits on p in category a.
   const auto find = [](const std::vector<Bar>& bars, double x0, std::uint16_t group) {
     for (const Bar& bar : bars) {

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 #include <map>
+#include <set>
 #include <span>
 #include <tuple>
 #include <unordered_set>
@@ -821,9 +822,17 @@ class LayerMaker {
       }
       return;
     }
-    const double slot = (bar0Width(bars)) / static_cast<double>(cellCount());
+    // Side by side, each place shared among the groups it has, in group
+    // order: a category coloured by itself keeps its whole width and stays
+    // over its tick, rather than a slot of its own among empty ones.
+    std::map<double, std::set<std::uint16_t>> present;  // place → its groups
+    for (const Bar& bar : bars) present[bar.x0].insert(bar.group);
+    const double width = bar0Width(bars);
     for (Bar& bar : bars) {
-      bar.x0 = bar.x0 + slot * bar.group;
+      const std::set<std::uint16_t>& groups = present[bar.x0];
+      const double slot = width / static_cast<double>(groups.size());
+      const auto rank = static_cast<double>(std::distance(groups.begin(), groups.find(bar.group)));
+      bar.x0 = bar.x0 + slot * rank;
       bar.x1 = bar.x0 + slot;
     }
   }
