@@ -7,11 +7,8 @@
 #include <utility>
 
 namespace chartxml::render {
-namespace {
 
-// The code point at text[i] and its length in bytes; length 1 with U+FFFD
-// for a byte that does not start valid UTF-8.
-std::pair<char32_t, std::size_t> decodeAt(std::string_view text, std::size_t i) {
+std::pair<char32_t, std::size_t> decodeUtf8At(std::string_view text, std::size_t i) {
   const auto c = static_cast<unsigned char>(text[i]);
   if (c < 0x80) return {c, 1};
   const std::size_t length = c >= 0xf0 ? 4 : c >= 0xe0 ? 3 : c >= 0xc0 ? 2 : 0;
@@ -28,11 +25,9 @@ std::pair<char32_t, std::size_t> decodeAt(std::string_view text, std::size_t i) 
   return {code, length};
 }
 
-}  // namespace
-
 void appendHtmlEscaped(std::string& out, std::string_view text) {
   for (std::size_t i = 0; i < text.size();) {
-    const auto [code, length] = decodeAt(text, i);
+    const auto [code, length] = decodeUtf8At(text, i);
     switch (code) {
       case '&':
         out += "&amp;";
@@ -68,7 +63,7 @@ void appendJsonString(std::string& out, std::string_view text) {
   };
   out += '"';
   for (std::size_t i = 0; i < text.size();) {
-    const auto [code, length] = decodeAt(text, i);
+    const auto [code, length] = decodeUtf8At(text, i);
     if (code == '"' || code == '\\') {
       out += '\\';
       out += static_cast<char>(code);

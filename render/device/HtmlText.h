@@ -1,13 +1,19 @@
-// Escaping and encoding for HTML (the page device, device/Devices.h drawHtml,
-// and the tool's gallery): each appends to `out`. Pure functions, safe on
+// Escaping and encoding for HTML and SVG (the page device, the SVG writer and
+// the tool's gallery): each appends to `out`. Pure functions, safe on
 // any input, any thread.
 #pragma once
 
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace chartxml::render {
+
+// The code point at text[i] and its length in bytes: U+FFFD and length 1 for
+// a byte that does not start valid UTF-8 (overlong forms, surrogates and
+// code points past U+10FFFF included).
+std::pair<char32_t, std::size_t> decodeUtf8At(std::string_view text, std::size_t i);
 
 // HTML text or a quoted attribute value: & < > " ' as references, invalid
 // UTF-8 as U+FFFD, control characters other than tab and newline dropped.

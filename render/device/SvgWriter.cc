@@ -12,6 +12,7 @@
 
 #include "device/CairoDevice.h"
 #include "device/Devices.h"
+#include "device/HtmlText.h"
 
 namespace chartxml::render {
 namespace {
@@ -208,18 +209,8 @@ class SvgWriter {
         }
         continue;
       }
-      const std::size_t length = c >= 0xf0 ? 4 : c >= 0xe0 ? 3 : c >= 0xc0 ? 2 : 0;
-      char32_t code = c & (length == 4 ? 0x07 : length == 3 ? 0x0f : 0x1f);
-      bool valid = length > 0 && c < 0xf5 && i + length <= text.size();
-      for (std::size_t k = 1; valid && k < length; ++k) {
-        const auto next = static_cast<unsigned char>(text[i + k]);
-        valid = (next & 0xc0) == 0x80;
-        code = (code << 6) | (next & 0x3f);
-      }
-      static constexpr char32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
-      valid =
-          valid && code >= kLeast[length] && code <= 0x10ffff && (code < 0xd800 || code > 0xdfff);
-      if (!valid) {
+      const auto [code, length] = decodeUtf8At(text, i);
+      if (code == 0xfffd && length == 1) {
         out_ += "\xef\xbf\xbd";
         ++i;
         continue;
