@@ -15,6 +15,7 @@
 #include <limits>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 #include "device/CairoDevice.h"
@@ -217,8 +218,10 @@ class HtmlWriter {
     appendBase64(text, data, bytes);
   }
 
-  void batch(const PointBatch& b) {
+  void batch(const PointBatch& b, int clipGroup) {
     out_ += '{';
+    key("clipGroup");
+    number(clipGroup);
     static const char* const kShapes[] = {"circle",  "square", "triangle",
                                           "diamond", "cross",  "plus"};
     key("shape");
@@ -364,6 +367,12 @@ class HtmlWriter {
     out_ += a.labelled ? "true" : "false";
     key("date");
     out_ += a.date ? "true" : "false";
+    key("log");
+    out_ += a.log ? "true" : "false";
+    key("exponent");
+    number(a.exponent);
+    key("clipGroup");
+    number(a.clipGroup);
     key("format");
     format(a.format);
     out_ += '}';
@@ -383,27 +392,43 @@ class HtmlWriter {
     }
     key("tabbable");
     out_ += marks <= kTabbableMarks ? "true" : "false";
+    // Each batch with the outermost clip group it lies in (its panel), as
+    // the axes name theirs.
     key("batches");
     out_ += '[';
     bool first = true;
+    int depth = 0, clips = 0, group = -1;
     for (const SceneItem& item : scene_.items) {
+      if (std::holds_alternative<ClipBegin>(item)) {
+        if (depth++ == 0) group = clips++;
+        continue;
+      }
+      if (std::holds_alternative<ClipEnd>(item) && depth > 0) {
+        if (--depth == 0) group = -1;
+        continue;
+      }
       const auto* b = std::get_if<PointBatch>(&item);
       if (b == nullptr || b->role != "mark point") continue;
       if (!first) out_ += ',';
       first = false;
-      batch(*b);
+      batch(*b, group);
     }
     out_ += ']';
-    // Zoom needs one panel: one axis each way.
-    std::size_t across = 0, up = 0;
-    for (const AxisView& a : scene_.axes) ++(a.vertical ? up : across);
+    // A panel zooms with at most one axis each way: a second scale on a
+    // side could not follow the view.
     key("axes");
     out_ += '[';
-    if (across <= 1 && up <= 1) {
-      for (std::size_t i = 0; i < scene_.axes.size(); ++i) {
-        if (i > 0) out_ += ',';
-        axis(scene_.axes[i]);
-      }
+    first = true;
+    for (const AxisView& a : scene_.axes) {
+      if (a.clipGroup < 0) continue;
+      const bool alone =
+          std::none_of(scene_.axes.begin(), scene_.axes.end(), [&](const AxisView& o) {
+            return &o != &a && o.clipGroup == a.clipGroup && o.vertical == a.vertical;
+          });
+      if (!alone) continue;
+      if (!first) out_ += ',';
+      first = false;
+      axis(a);
     }
     out_ += "]}";
   }

@@ -6,7 +6,7 @@
 (function () {
   'use strict';
   // The tick rules, for tools that check them against the pictures'.
-  window.chartxmlTicks = { nice: niceTicks, date: dateTicks };
+  window.chartxmlTicks = { nice: niceTicks, date: dateTicks, log: logTicks };
   var NS = 'http://www.w3.org/2000/svg';
   var mark = window.performance && performance.mark ? performance.mark.bind(performance) : function () {};
   mark('chart-start');
@@ -334,6 +334,73 @@
     return { values: bestValues, fractionDigits: digits };
   }
 
+  // ---- Log ticks: the renderer's rule for base-10 log axes ----------------
+
+  // 10^exponent: 0 below the subnormals, infinity above the largest double.
+  function powerOfTen(exponent) {
+    if (exponent > 308) return Infinity;
+    var v = decimalValue(1, exponent);
+    return v === null ? 0 : v;
+  }
+
+  // Powers of ten every 1, 2, 5, 10, ... decades, or 1, 2, 5 or 1..9 times
+  // each power: the count nearest the target within 1.5 times it, else nice
+  // ticks when none gives half the target.
+  function logTicks(lo, hi, target) {
+    var m = Math.min(Math.max(target, 2), 100);
+    var loUsable = isFinite(lo) && lo > 0, hiUsable = isFinite(hi) && hi > 0;
+    if (!loUsable && !hiUsable) { lo = 1; hi = 10; } else if (!loUsable) lo = hi; else if (!hiUsable) hi = lo;
+    if (lo > hi) { var t = lo; lo = hi; hi = t; }
+    if (lo === hi) return niceTicks(lo, hi, m);
+    var loLimit = lo * (1 - 1e-9), hiLimit = Math.min(hi * (1 + 1e-9), Number.MAX_VALUE);
+    var cap = Math.max(m + 1, Math.floor(m * 3 / 2));
+    var first = Math.ceil(Math.log10(lo));
+    while (first > -330 && powerOfTen(first - 1) >= loLimit) first--;
+    while (first < 310 && powerOfTen(first) < loLimit) first++;
+    var last = Math.floor(Math.log10(hi));
+    while (last < 310 && powerOfTen(last + 1) <= hiLimit) last++;
+    while (last > -330 && powerOfTen(last) > hiLimit) last--;
+    var candidates = [], e, i, v;
+    for (var scale = 1; scale <= 10000; scale *= 10) {
+      [1, 2, 5].forEach(function (mantissa) {
+        var d = scale * mantissa;
+        candidates.push({ decades: d, count: Math.floor(last / d) - Math.ceil(first / d) + 1 });
+      });
+    }
+    if (last - (first - 1) <= 40) {
+      [[1, 2, 5], [1, 2, 3, 4, 5, 6, 7, 8, 9]].forEach(function (multiples) {
+        var c = { multiples: multiples, count: 0 };
+        for (e = first - 1; e <= last; e++) {
+          for (i = 0; i < multiples.length; i++) {
+            v = decimalValue(multiples[i], e);
+            if (v !== null && v >= loLimit && v <= hiLimit) c.count++;
+          }
+        }
+        candidates.push(c);
+      });
+    }
+    var chosen = null;
+    candidates.forEach(function (c) {
+      if (c.count < 2 || c.count > cap) return;
+      if (!chosen || Math.abs(c.count - m) < Math.abs(chosen.count - m)) chosen = c;
+    });
+    if (!chosen || chosen.count < Math.floor((m + 1) / 2)) return niceTicks(lo, hi, m);
+    var values = [];
+    if (chosen.decades) {
+      for (e = Math.ceil(first / chosen.decades) * chosen.decades; e <= last; e += chosen.decades) values.push(powerOfTen(e));
+    } else {
+      for (e = first - 1; e <= last; e++) {
+        for (i = 0; i < chosen.multiples.length; i++) {
+          v = decimalValue(chosen.multiples[i], e);
+          if (v !== null && v >= loLimit && v <= hiLimit) values.push(v);
+        }
+      }
+    }
+    var digits = 0;
+    values.forEach(function (x) { digits = Math.max(digits, fractionDigitsFor(x)); });
+    return { values: values, fractionDigits: digits };
+  }
+
   // ---- Calendar ticks: the renderer's date axis rule ----------------------
 
   var DAY = 86400, FIRST_MONDAY = 4 * DAY;
@@ -560,7 +627,7 @@
   // its radius and a few pixels, or -1; searched in the original pixels.
   function nearest(b, sx, sy) {
     if (!b.grid) buildGrid(b);
-    var g = b.grid, ox = (sx - view.bx) / view.ax, oy = (sy - view.by) / view.ay;
+    var view = viewOf(b), g = b.grid, ox = (sx - view.bx) / view.ax, oy = (sy - view.by) / view.ay;
     var reach = b.size / 2 + 3, rx = reach / view.ax, ry = reach / view.ay;
     var c0 = Math.max(0, Math.floor((ox - rx) / CELL) + 1), c1 = Math.min(g.columns - 1, Math.floor((ox + rx) / CELL) + 1);
     var r0 = Math.max(0, Math.floor((oy - ry) / CELL) + 1), r1 = Math.min(g.rows - 1, Math.floor((oy + ry) / CELL) + 1);
@@ -603,6 +670,7 @@
     }
     var out = b.pixels, stamps = b.stamps, colors = b.colors;
     out.fill(0);
+    var view = viewOf(b), panel = b.panel ? b.panel.rect : null;
     var ax = view.ax * ratio, bx = view.bx * ratio, ay = view.ay * ratio, by = view.by * ratio;
     var x0 = 0, y0 = 0, x1 = w, y1 = h;
     if (panel) {
@@ -650,60 +718,108 @@
 
   // ---- The view: zoom and pan of continuous axes --------------------------
 
-  var across = null, up = null;
-  data.axes.forEach(function (a) { if (a.vertical) up = a; else across = a; });
-  var panel = (across || up) ? (across || up).panel : null;
-  var view = { ax: 1, bx: 0, ay: 1, by: 0 };
-  [across, up].forEach(function (a) { if (a) { a.from = a.lo; a.to = a.hi; } });
+  // Each panel that zooms (the outermost clip group of its marks, named by
+  // its axes and point batches) keeps its own view; at most one axis each
+  // way. Positions are linear in an axis's scale values t(v): v, log10(v),
+  // or sign(v)·|v|^p, so the marks follow by one matrix per panel.
+  var IDENTITY = { ax: 1, bx: 0, ay: 1, by: 0 };
+  var panels = [], panelOf = {};
+  data.axes.forEach(function (a) {
+    var p = panelOf[a.clipGroup];
+    if (!p) {
+      p = panelOf[a.clipGroup] = { index: panels.length, group: a.clipGroup, rect: a.panel, across: null, up: null, view: IDENTITY };
+      panels.push(p);
+    }
+    if (a.vertical) p.up = a; else p.across = a;
+    a.owner = p;
+    a.tlo = scaled(a, a.lo);
+    a.thi = scaled(a, a.hi);
+    restore(a);
+  });
+  var single = panels.length === 1, current = panels[0] || null;
+  batches.forEach(function (b) { b.panel = panelOf[b.clipGroup] || null; });
 
-  function zoomed() {
-    return [across, up].some(function (a) { return a && (a.from !== a.lo || a.to !== a.hi); });
+  function scaled(a, v) {
+    if (a.log) return Math.log10(v);
+    if (a.exponent !== 1) return Math.sign(v) * Math.pow(Math.abs(v), a.exponent);
+    return v;
+  }
+
+  function unscaled(a, t) {
+    if (a.log) return Math.pow(10, t);
+    if (a.exponent !== 1) return Math.sign(t) * Math.pow(Math.abs(t), 1 / a.exponent);
+    return t;
+  }
+
+  function restore(a) {
+    a.tfrom = a.tlo;
+    a.tto = a.thi;
+    a.from = a.lo;
+    a.to = a.hi;
+  }
+
+  function axesOf(p) { return [p.across, p.up].filter(function (a) { return a; }); }
+
+  function viewOf(b) { return b.panel ? b.panel.view : IDENTITY; }
+
+  function zoomed(p) {
+    return axesOf(p).some(function (a) { return a.tfrom !== a.tlo || a.tto !== a.thi; });
   }
 
   function valueAtPixel(a, pixel) {
     var share = a.vertical ? (a.start - pixel) / a.length : (pixel - a.start) / a.length;
-    return a.from + share * (a.to - a.from);
+    return a.tfrom + share * (a.tto - a.tfrom);
   }
 
-  function updateView() {
-    view = { ax: 1, bx: 0, ay: 1, by: 0 };
+  function updateView(p) {
+    var view = { ax: 1, bx: 0, ay: 1, by: 0 }, across = p.across, up = p.up;
     if (across) {
-      view.ax = (across.hi - across.lo) / (across.to - across.from);
-      view.bx = across.start - across.start * view.ax + (across.lo - across.from) / (across.to - across.from) * across.length;
+      view.ax = (across.thi - across.tlo) / (across.tto - across.tfrom);
+      view.bx = across.start - across.start * view.ax + (across.tlo - across.tfrom) / (across.tto - across.tfrom) * across.length;
     }
     if (up) {
-      view.ay = (up.hi - up.lo) / (up.to - up.from);
-      view.by = up.start - up.start * view.ay - (up.lo - up.from) / (up.to - up.from) * up.length;
+      view.ay = (up.thi - up.tlo) / (up.tto - up.tfrom);
+      view.by = up.start - up.start * view.ay - (up.tlo - up.tfrom) / (up.tto - up.tfrom) * up.length;
     }
+    p.view = view;
   }
 
-  var scheduled = false;
-  function redraw() {
+  var scheduled = false, dirty = [];
+  function redraw(p) {
+    if (dirty.indexOf(p) < 0) dirty.push(p);
     if (scheduled) return;
     scheduled = true;
     requestAnimationFrame(function () {
       scheduled = false;
-      updateView();
-      var matrix = zoomed() ? 'matrix(' + view.ax + ' 0 0 ' + view.ay + ' ' + view.bx + ' ' + view.by + ')' : null;
-      shapeMarks.forEach(function (node) {
-        if (matrix) node.setAttribute('transform', matrix); else node.removeAttribute('transform');
-      });
-      // Zoomed marks stop at the panel's edge, whether or not the picture clips.
-      if (zoomClip) {
-        panelGroups.forEach(function (group) {
-          if (!group.hasAttribute('data-clip')) group.setAttribute('data-clip', group.getAttribute('clip-path'));
-          group.setAttribute('clip-path', matrix ? 'url(#chart-zoom-clip)' : group.getAttribute('data-clip'));
-        });
-      }
-      batches.forEach(function (b) {
-        if (b.canvas) { drawCanvas(b); return; }
-        for (var i = 0; i < b.count; i++) {
-          b.nodes[i].setAttribute('transform', 'translate(' + (b.px[i] * view.ax + view.bx) + ' ' + (b.py[i] * view.ay + view.by) + ')');
-        }
-      });
-      [across, up].forEach(function (a) { if (a) drawAxis(a); });
+      var changed = dirty;
+      dirty = [];
+      changed.forEach(drawPanel);
+      placeTitle();
       hideTip();
     });
+  }
+
+  function drawPanel(p) {
+    updateView(p);
+    var view = p.view, on = zoomed(p);
+    var matrix = on ? 'matrix(' + view.ax + ' 0 0 ' + view.ay + ' ' + view.bx + ' ' + view.by + ')' : null;
+    p.marks.forEach(function (node) {
+      if (matrix) node.setAttribute('transform', matrix); else node.removeAttribute('transform');
+    });
+    // Zoomed marks stop at the panel's edge, whether or not the picture clips.
+    if (p.element) {
+      var group = p.element;
+      if (!group.hasAttribute('data-clip')) group.setAttribute('data-clip', group.getAttribute('clip-path'));
+      group.setAttribute('clip-path', matrix ? 'url(#' + p.clip + ')' : group.getAttribute('data-clip'));
+    }
+    batches.forEach(function (b) {
+      if (b.panel !== p) return;
+      if (b.canvas) { drawCanvas(b); return; }
+      for (var i = 0; i < b.count; i++) {
+        b.nodes[i].setAttribute('transform', 'translate(' + (b.px[i] * view.ax + view.bx) + ' ' + (b.py[i] * view.ay + view.by) + ')');
+      }
+    });
+    axesOf(p).forEach(drawAxis);
   }
 
   // The ticks of an axis's visible range and their labels, as the pictures
@@ -726,15 +842,15 @@
   function fittingTicks(a) {
     var last = null;
     for (var target = Math.min(Math.max(Math.round(a.length / 70), 4), 8); target >= 2; target--) {
-      var ticks = a.date ? dateTicks(a.from, a.to, target) : niceTicks(a.from, a.to, target);
+      var ticks = a.date ? dateTicks(a.from, a.to, target) : a.log ? logTicks(a.from, a.to, target) : niceTicks(a.from, a.to, target);
       var format = Object.assign({}, a.format, { min: -1 });
       if (a.date && format.kind === 'date') format.pattern = datePattern(format.pattern, ticks.unit);
       var labels = ticks.values.map(function (v) { return formatValue(v, format, ticks.fractionDigits); });
       last = { values: ticks.values, labels: labels };
       if (ticks.values.length > 10) continue;
-      var fits = true, pixels = a.length / (a.to - a.from);
+      var fits = true, pixels = a.length / (a.tto - a.tfrom);
       for (var i = 1; fits && i < labels.length; i++) {
-        var gap = (ticks.values[i] - ticks.values[i - 1]) * pixels;
+        var gap = (scaled(a, ticks.values[i]) - scaled(a, ticks.values[i - 1])) * pixels;
         var need = a.vertical ? 11 + 2 : (labelWidth(labels[i - 1], a.labelStyle) + labelWidth(labels[i], a.labelStyle)) / 2 + 8;
         fits = gap >= need;
       }
@@ -744,51 +860,94 @@
   }
 
   // A vertical axis's title steps aside when zoomed labels are wider than
-  // the picture's, for which its place was chosen.
-  function makeRoom(a, labels, originals) {
-    var title = svg.querySelector('.axis-title.y');
+  // the picture's, for which its place was chosen: as far as the widest
+  // overflow of the labelled panels' axes.
+  var title = svg.querySelector('.axis-title.y'), titleTransform = null;
+  function makeRoom(a, labels) {
     if (!title || !a.labelled) return;
-    if (a.titleTransform === undefined) {
-      a.titleTransform = title.getAttribute('transform') || '';
+    if (a.widest === undefined) {
       a.widest = 0;
-      Array.prototype.forEach.call(originals, function (node) {
+      a.originals.forEach(function (node) {
         if (node.matches('.tick-label')) a.widest = Math.max(a.widest, node.getComputedTextLength());
       });
     }
     var widest = 0;
     labels.forEach(function (text) { widest = Math.max(widest, labelWidth(text, a.labelStyle)); });
-    var shift = zoomed() ? Math.max(0, widest - a.widest) * a.outward : 0;
-    title.setAttribute('transform', (shift ? 'translate(' + shift + ' 0) ' : '') + a.titleTransform);
+    a.shift = zoomed(a.owner) ? Math.max(0, widest - a.widest) * a.outward : 0;
+  }
+
+  function placeTitle() {
+    if (!title) return;
+    if (titleTransform === null) titleTransform = title.getAttribute('transform') || '';
+    var shift = 0;
+    data.axes.forEach(function (a) { if (a.vertical && a.shift && Math.abs(a.shift) > Math.abs(shift)) shift = a.shift; });
+    title.setAttribute('transform', (shift ? 'translate(' + shift + ' 0) ' : '') + titleTransform);
+  }
+
+  // The picture's ticks, labels and grid lines of each axis: all of their
+  // kind on a single panel; else those along the axis's panel, on its edge
+  // (ticks), beyond it (labels) or across it (grid). Found before any hides.
+  function findOriginals() {
+    var box = svg.getBoundingClientRect(), sx = data.width / box.width, sy = data.height / box.height;
+    ['x', 'y'].forEach(function (name) {
+      var nodes = Array.prototype.slice.call(svg.querySelectorAll('.tick.' + name + ',.tick-label.' + name + ',.grid.' + name +
+        ',.minor-tick.' + name + ',.minor-grid.' + name));
+      var mine = data.axes.filter(function (a) { return a.vertical === (name === 'y'); });
+      if (single) { mine.forEach(function (a) { a.originals = nodes; }); return; }
+      mine.forEach(function (a) { a.originals = []; });
+      nodes.forEach(function (node) {
+        var r = node.getBoundingClientRect();
+        var cx = ((r.left + r.right) / 2 - box.left) * sx, cy = ((r.top + r.bottom) / 2 - box.top) * sy;
+        var owner = null, nearest = Infinity;
+        mine.forEach(function (a) {
+          var p = a.panel, along = a.vertical ? cy : cx, across = a.vertical ? cx : cy;
+          var first = a.vertical ? p[1] : p[0], size = a.vertical ? p[3] : p[2];
+          if (along < first - 1 || along > first + size + 1) return;
+          var beyond = (across - a.edge) * a.outward, inside;
+          if (node.matches('.grid,.minor-grid')) {
+            inside = a.vertical ? across >= p[0] && across <= p[0] + p[2] : across >= p[1] && across <= p[1] + p[3];
+          } else if (node.matches('.tick-label')) {
+            inside = beyond >= -2 && beyond <= 80;
+          } else {
+            inside = Math.abs(beyond) <= 12;
+          }
+          // The nearest edge wins: a small panel's reach may cover another's labels.
+          if (inside && Math.abs(beyond) < nearest) { owner = a; nearest = Math.abs(beyond); }
+        });
+        if (owner) owner.originals.push(node);
+      });
+    });
   }
 
   // An axis's ticks for its visible range: the pictures' rule (one tick
   // per 70 pixels, 4 to 8) and format; the page's own elements replace the
   // picture's while zoomed.
   function drawAxis(a) {
-    var name = a.vertical ? 'y' : 'x';
-    var originals = svg.querySelectorAll('.tick.' + name + ',.tick-label.' + name + ',.grid.' + name +
-      ',.minor-tick.' + name + ',.minor-grid.' + name);
+    var name = a.vertical ? 'y' : 'x', originals = a.originals;
     if (!a.layer) {
-      a.labelStyle = svg.querySelector('.tick-label.' + name);
-      a.gridStyle = svg.querySelector('.grid.' + name);
-      a.tickStyle = svg.querySelector('.tick.' + name);
+      var own = function (selector) {
+        return originals.filter(function (node) { return node.matches(selector); })[0] || null;
+      };
+      a.labelStyle = own('.tick-label') || svg.querySelector('.tick-label.' + name);
+      a.gridStyle = own('.grid');
+      a.tickStyle = own('.tick');
       a.layer = document.createElementNS(NS, 'g');
       a.layer.setAttribute('class', 'zoom-axis ' + name);
       svg.appendChild(a.layer);
       a.gridLayer = document.createElementNS(NS, 'g');
       a.gridLayer.setAttribute('class', 'zoom-grid ' + name);
-      var first = svg.querySelector('[clip-path]');
+      var first = single ? svg.querySelector('[clip-path]') : a.owner.element;
       svg.insertBefore(a.gridLayer, a.gridStyle || first || null);
     }
-    var on = zoomed(), shown = on ? fittingTicks(a) : { values: [], labels: [] }, p = a.panel;
+    var on = zoomed(a.owner), shown = on ? fittingTicks(a) : { values: [], labels: [] }, p = a.panel;
     // Measured while the picture's labels still show.
-    if (a.vertical) makeRoom(a, shown.labels, originals);
-    Array.prototype.forEach.call(originals, function (node) { node.style.display = on ? 'none' : ''; });
+    if (a.vertical) makeRoom(a, shown.labels);
+    originals.forEach(function (node) { node.style.display = on ? 'none' : ''; });
     while (a.layer.firstChild) a.layer.removeChild(a.layer.firstChild);
     while (a.gridLayer.firstChild) a.gridLayer.removeChild(a.gridLayer.firstChild);
     if (!on) return;
     shown.values.forEach(function (v, index) {
-      var share = (v - a.from) / (a.to - a.from);
+      var share = (scaled(a, v) - a.tfrom) / (a.tto - a.tfrom);
       var at = Math.floor(a.vertical ? a.start - share * a.length : a.start + share * a.length) + 0.5;
       if (a.gridStyle) {
         var line = document.createElementNS(NS, 'path');
@@ -825,52 +984,67 @@
     });
   }
 
-  // What the panel draws in data units moves with the view: marks, fitted
+  // What a panel draws in data units moves with its view: marks, fitted
   // and reference lines (the paths in its clip group); texts keep their size.
   var shapeMarks = Array.prototype.slice.call(svg.querySelectorAll('g[clip-path] path'));
   shapeMarks.forEach(function (node) { node.setAttribute('vector-effect', 'non-scaling-stroke'); });
 
-  var zoomClip = null, panelGroups = Array.prototype.filter.call(svg.children, function (node) {
+  // The outermost clip groups, in the scene's order: one per panel.
+  var panelGroups = Array.prototype.filter.call(svg.children, function (node) {
     return node.matches('g[clip-path]');
   });
-  if (panel) {
-    zoomClip = document.createElementNS(NS, 'clipPath');
-    zoomClip.setAttribute('id', 'chart-zoom-clip');
+  panels.forEach(function (p) {
+    p.element = panelGroups[p.group] || null;
+    p.marks = p.element ? Array.prototype.slice.call(p.element.querySelectorAll('path')) : [];
+    p.clip = 'chart-zoom-clip' + (p.index ? '-' + p.index : '');
+    var zoomClip = document.createElementNS(NS, 'clipPath');
+    zoomClip.setAttribute('id', p.clip);
     var clipRect = document.createElementNS(NS, 'rect');
-    clipRect.setAttribute('x', panel[0]);
-    clipRect.setAttribute('y', panel[1]);
-    clipRect.setAttribute('width', panel[2]);
-    clipRect.setAttribute('height', panel[3]);
+    clipRect.setAttribute('x', p.rect[0]);
+    clipRect.setAttribute('y', p.rect[1]);
+    clipRect.setAttribute('width', p.rect[2]);
+    clipRect.setAttribute('height', p.rect[3]);
     zoomClip.appendChild(clipRect);
     svg.insertBefore(zoomClip, svg.firstChild);
-  }
+  });
+  if (panels.length) findOriginals();
 
   function resetView() {
-    [across, up].forEach(function (a) { if (a) { a.from = a.lo; a.to = a.hi; } });
-    redraw();
+    panels.forEach(function (p) {
+      if (!zoomed(p)) return;
+      axesOf(p).forEach(restore);
+      redraw(p);
+    });
   }
 
-  function zoomAbout(sx, sy, factor, onlyAcross, onlyUp) {
-    [across, up].forEach(function (a) {
-      if (!a || (a === across && onlyUp) || (a === up && onlyAcross)) return;
+  // Sets an axis's visible scale values, unless too narrow or wide to show
+  // (or, on a log axis, beyond the doubles).
+  function show(a, from, to) {
+    var span = to - from, full = a.thi - a.tlo;
+    if (!(span > full * 1e-9) || !(span < full * 1e6)) return;
+    var vfrom = unscaled(a, from), vto = unscaled(a, to);
+    if (!isFinite(vfrom) || !isFinite(vto) || (a.log && !(vfrom > 0))) return;
+    a.tfrom = from;
+    a.tto = to;
+    a.from = vfrom;
+    a.to = vto;
+  }
+
+  function zoomAbout(p, sx, sy, factor, onlyAcross, onlyUp) {
+    axesOf(p).forEach(function (a) {
+      if ((a === p.across && onlyUp) || (a === p.up && onlyAcross)) return;
       var at = valueAtPixel(a, a.vertical ? sy : sx);
-      var from = at - (at - a.from) * factor, to = at + (a.to - at) * factor;
-      var span = to - from;
-      if (!(span > (a.hi - a.lo) * 1e-9) || !(span < (a.hi - a.lo) * 1e6)) return;
-      a.from = from;
-      a.to = to;
+      show(a, at - (at - a.tfrom) * factor, at + (a.tto - at) * factor);
     });
-    redraw();
+    redraw(p);
   }
 
-  function pan(dx, dy) {
-    [across, up].forEach(function (a) {
-      if (!a) return;
-      var shift = (a.vertical ? -dy : dx) / a.length * (a.to - a.from);
-      a.from -= shift;
-      a.to -= shift;
+  function pan(p, dx, dy) {
+    axesOf(p).forEach(function (a) {
+      var shift = (a.vertical ? -dy : dx) / a.length * (a.tto - a.tfrom);
+      show(a, a.tfrom - shift, a.tto - shift);
     });
-    redraw();
+    redraw(p);
   }
 
   function local(event) {
@@ -878,37 +1052,63 @@
     return { x: (event.clientX - box.left) * data.width / box.width, y: (event.clientY - box.top) * data.height / box.height };
   }
 
-  function inPanel(at, margin) {
-    return panel && at.x >= panel[0] - margin && at.x <= panel[0] + panel[2] + margin &&
-      at.y >= panel[1] - margin && at.y <= panel[1] + panel[3] + margin;
+  function inRect(r, at, margin) {
+    return at.x >= r[0] - margin && at.x <= r[0] + r[2] + margin &&
+      at.y >= r[1] - margin && at.y <= r[1] + r[3] + margin;
   }
 
-  if (panel) {
+  function panelAt(at) {
+    for (var k = 0; k < panels.length; k++) if (inRect(panels[k].rect, at, 0)) return panels[k];
+    return null;
+  }
+
+  // The panel whose zoom the wheel at `at` asks: the one under it, else
+  // the nearest whose x axis lies above it or whose y axis lies right of it
+  // (that axis alone zooms).
+  function wheelTarget(at) {
+    var inside = panelAt(at);
+    if (inside) return { panel: inside };
+    var best = null, distance = Infinity;
+    panels.forEach(function (p) {
+      var r = p.rect;
+      if (p.across && at.y > r[1] + r[3] && at.x >= r[0] && at.x <= r[0] + r[2] && at.y - r[1] - r[3] < distance) {
+        best = { panel: p, onlyAcross: true };
+        distance = at.y - r[1] - r[3];
+      }
+      if (p.up && at.x < r[0] && at.y >= r[1] && at.y <= r[1] + r[3] && r[0] - at.x < distance) {
+        best = { panel: p, onlyUp: true };
+        distance = r[0] - at.x;
+      }
+    });
+    return best;
+  }
+
+  var drag = null, dragged = null;
+  if (panels.length) {
     svg.classList.add('zoomable');
     svg.addEventListener('wheel', function (event) {
-      var at = local(event);
-      var belowX = across && at.y > panel[1] + panel[3] && at.x >= panel[0] && at.x <= panel[0] + panel[2];
-      var besideY = up && at.x < panel[0] && at.y >= panel[1] && at.y <= panel[1] + panel[3];
-      if (!inPanel(at, 0) && !belowX && !besideY) return;
+      var at = local(event), target = wheelTarget(at);
+      if (!target) return;
       event.preventDefault();
-      zoomAbout(at.x, at.y, Math.exp(event.deltaY * 0.002), belowX, besideY);
+      current = target.panel;
+      zoomAbout(target.panel, at.x, at.y, Math.exp(event.deltaY * 0.002), !!target.onlyAcross, !!target.onlyUp);
     }, { passive: false });
-    var drag = null;
     svg.addEventListener('pointerdown', function (event) {
-      var at = local(event);
-      if (event.button !== 0 || !inPanel(at, 0) || event.target.closest('[data-group].legend-entry')) return;
+      var at = local(event), p = panelAt(at);
+      if (event.button !== 0 || !p || event.target.closest('[data-group].legend-entry')) return;
       drag = at;
+      dragged = current = p;
       svg.classList.add('dragging');
     });
     window.addEventListener('pointermove', function (event) {
       if (!drag) return;
       var at = local(event);
-      pan(at.x - drag.x, at.y - drag.y);
+      pan(dragged, at.x - drag.x, at.y - drag.y);
       drag = at;
     });
     window.addEventListener('pointerup', function () { drag = null; svg.classList.remove('dragging'); });
     svg.addEventListener('dblclick', function (event) {
-      if (inPanel(local(event), 0)) resetView();
+      if (panelAt(local(event))) resetView();
     });
   }
 
@@ -955,7 +1155,7 @@
     }
     for (var k = batches.length - 1; k >= 0; k--) {
       var batch = batches[k];
-      if (!batch.canvas || !inPanel(at, 4) && panel) continue;
+      if (!batch.canvas || (batch.panel && !inRect(batch.panel.rect, at, 4))) continue;
       var i = nearest(batch, at.x, at.y);
       if (i >= 0) return { lines: tipLines(batch, i) };
     }
@@ -1017,14 +1217,15 @@
     } else if (event.key === 'Escape') {
       hideTip();
       resetView();
-    } else if (panel && target === svg) {
-      var step = 20;
-      if (event.key === '+' || event.key === '=') zoomAbout(panel[0] + panel[2] / 2, panel[1] + panel[3] / 2, 0.8);
-      else if (event.key === '-') zoomAbout(panel[0] + panel[2] / 2, panel[1] + panel[3] / 2, 1.25);
-      else if (event.key === 'ArrowLeft') pan(step, 0);
-      else if (event.key === 'ArrowRight') pan(-step, 0);
-      else if (event.key === 'ArrowUp') pan(0, step);
-      else if (event.key === 'ArrowDown') pan(0, -step);
+    } else if (current && target === svg) {
+      // The keys act on the panel last zoomed or dragged (the first at start).
+      var step = 20, r = current.rect;
+      if (event.key === '+' || event.key === '=') zoomAbout(current, r[0] + r[2] / 2, r[1] + r[3] / 2, 0.8);
+      else if (event.key === '-') zoomAbout(current, r[0] + r[2] / 2, r[1] + r[3] / 2, 1.25);
+      else if (event.key === 'ArrowLeft') pan(current, step, 0);
+      else if (event.key === 'ArrowRight') pan(current, -step, 0);
+      else if (event.key === 'ArrowUp') pan(current, 0, step);
+      else if (event.key === 'ArrowDown') pan(current, 0, -step);
       else return;
       event.preventDefault();
     }
@@ -1033,7 +1234,7 @@
   // The drawing holds focusable parts: it is a group, named by the page's
   // heading and described by its caption, not a single image.
   svg.setAttribute('role', 'group');
-  if (panel) {
+  if (panels.length) {
     svg.setAttribute('tabindex', '0');
     svg.setAttribute('aria-keyshortcuts', '+ - ArrowLeft ArrowRight ArrowUp ArrowDown Escape');
   }
@@ -1043,7 +1244,7 @@
     if (!b.holder) return;
     if (b.elements) buildElements(b); else buildCanvas(b);
   });
-  updateView();
+  panels.forEach(updateView);
   batches.forEach(function (b) {
     if (b.canvas) drawCanvas(b);
     else for (var i = 0; i < b.count; i++) b.nodes[i].setAttribute('transform', 'translate(' + b.px[i] + ' ' + b.py[i] + ')');

@@ -163,7 +163,12 @@ struct AxisView {
   double edge = 0, outward = 1;
   double panelX = 0, panelY = 0, panelWidth = 0, panelHeight = 0;
   bool labelled = true;
-  bool date = false;  // seconds on a calendar: ticks by calendar steps
+  bool date = false;    // seconds on a calendar: ticks by calendar steps
+  bool log = false;     // base-10 log positions: log ticks
+  double exponent = 1;  // a power scale's: positions follow sign(v)·|v|^exponent
+  // The panel's clip group among the scene's outermost ClipBegin items (its
+  // marks, and the point batches inside it), counted from 0.
+  int clipGroup = -1;
   ValueFormat format;
 };
 
@@ -174,7 +179,7 @@ struct Scene {
   std::string title;        // the chart's title, for the SVG <title> and PDF metadata
   std::string description;  // what the chart shows, in words
   std::vector<SceneItem> items;
-  std::vector<AxisView> axes;  // of each cartesian panel; devices zoom only a single panel
+  std::vector<AxisView> axes;  // of each cartesian panel, for devices that zoom them
   bool keepsCases = true;      // point batches hold their cases (SceneOptions::cases)
 };
 

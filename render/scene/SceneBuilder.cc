@@ -777,17 +777,32 @@ class Builder {
     }
   }
 
-  // A continuous linear (or date) axis, for devices that zoom: what they
-  // need to place its ticks again.
+  // The number of the last outermost clip of the scene so far (the panel
+  // just drawn), counted from 0; -1 when there is none.
+  int lastOuterClip() const {
+    int depth = 0, count = 0, last = -1;
+    for (const SceneItem& item : scene_.items) {
+      if (std::holds_alternative<ClipBegin>(item)) {
+        if (depth++ == 0) last = count++;
+      } else if (std::holds_alternative<ClipEnd>(item) && depth > 0) {
+        --depth;
+      }
+    }
+    return last;
+  }
+
+  // A continuous axis (linear, log, power or date), for devices that zoom:
+  // what they need to place its ticks again and to find its panel's marks.
   void noteAxis(const AxisPlan& plan, const PanelView& view, bool labelled) {
     if (!plan.drawn || plan.scale == nullptr || !(plan.scale->lo() < plan.scale->hi())) return;
     const AxisScale::Kind kind = plan.scale->kind();
-    if (kind != AxisScale::Kind::kDate &&
-        (kind != AxisScale::Kind::kLinear || plan.scale->exponent() != 1)) {
-      return;
-    }
+    if (kind == AxisScale::Kind::kBand) return;
     AxisView axis;
     axis.date = kind == AxisScale::Kind::kDate;
+    axis.log = kind == AxisScale::Kind::kLog;
+    if (kind == AxisScale::Kind::kPower) axis.exponent = plan.scale->exponent();
+    if (axis.log && !(plan.scale->lo() > 0)) return;
+    axis.clipGroup = lastOuterClip();
     axis.vertical = isVertical(plan.side);
     axis.lo = plan.scale->lo();
     axis.hi = plan.scale->hi();

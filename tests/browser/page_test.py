@@ -10,6 +10,7 @@ Exits non-zero, saying what failed, on the first broken expectation."""
 
 import argparse
 import json
+import math
 import os
 import shutil
 import subprocess
@@ -258,6 +259,143 @@ def pie_page(browser, page):
            "clicking a slice's legend entry hides it")
 
 
+# Per panel (by its clip group): the visible tick labels beside its zoomable
+# axes, whether one is labelled, and where its marks (paths and point nodes)
+# stand.
+PANELS = """(function () {
+  var data = JSON.parse(document.getElementById('chart-data').textContent);
+  var svg = document.querySelector('.plot svg'), box = svg.getBoundingClientRect();
+  var groups = Array.prototype.filter.call(svg.children, function (n) { return n.matches('g[clip-path]'); });
+  var out = {};
+  data.axes.forEach(function (a) {
+    var p = a.panel, labels = [];
+    Array.prototype.forEach.call(document.querySelectorAll(a.vertical ? '.tick-label.y' : '.tick-label.x'), function (n) {
+      if (getComputedStyle(n).display === 'none') return;
+      var r = n.getBoundingClientRect(), cx = (r.left + r.right) / 2 - box.left, cy = (r.top + r.bottom) / 2 - box.top;
+      var along = a.vertical ? cy : cx, first = a.vertical ? p[1] : p[0], size = a.vertical ? p[3] : p[2];
+      var beyond = a.vertical ? p[0] - cx : cy - p[1] - p[3];
+      if (along >= first - 1 && along <= first + size + 1 && beyond > 0 && beyond < 60) labels.push(n.textContent);
+    });
+    var seen = out[a.clipGroup];
+    if (seen) {
+      seen.labels += (seen.labels && labels.length ? '|' : '') + labels.join('|');
+      seen.labelled = seen.labelled || a.labelled;
+      return;
+    }
+    var marks = [];
+    Array.prototype.forEach.call(groups[a.clipGroup].querySelectorAll('path'), function (n) {
+      var r = n.getBoundingClientRect();
+      marks.push([r.left, r.top, r.width, r.height].map(Math.round).join(' '));
+    });
+    data.batches.forEach(function (b, k) {
+      if (b.clipGroup !== a.clipGroup) return;
+      Array.prototype.forEach.call(document.querySelectorAll('g[data-batch="' + k + '"] [data-i]'), function (n) {
+        var r = n.getBoundingClientRect();
+        marks.push([r.left, r.top].map(Math.round).join(' '));
+      });
+    });
+    out[a.clipGroup] = { labels: labels.join('|'), labelled: a.labelled, marks: marks.join(';'),
+                         centre: [box.left + p[0] + p[2] / 2, box.top + p[1] + p[3] / 2] };
+  });
+  return out;
+})()"""
+
+
+def panels_page(browser, page):
+    """Several panels zoom one at a time: the wheel over a panel changes its
+    ticks and moves its marks, no other panel's; Escape restores them all."""
+    browser.open(page)
+    before = browser.evaluate(PANELS)
+    labelled = [k for k, p in sorted(before.items()) if p["labelled"] and p["labels"]]
+    expect(len(before) >= 2 and labelled, "%s: several panels zoom, one with tick labels" % page)
+    if len(before) < 2 or not labelled:
+        return
+    one = labelled[0]
+    browser.mouse("mouseWheel", *before[one]["centre"], deltaX=0, deltaY=-600)
+    browser.settle()
+    after = browser.evaluate(PANELS)
+    expect(after[one]["labels"] not in ("", before[one]["labels"]),
+           "zooming a panel changes its tick labels (%r, then %r)"
+           % (before[one]["labels"], after[one]["labels"]))
+    expect(after[one]["marks"] != before[one]["marks"], "zooming a panel moves its marks")
+    for k, p in before.items():
+        if k == one:
+            continue
+        expect(after[k]["labels"] == p["labels"] and after[k]["marks"] == p["marks"],
+               "zooming panel %s leaves panel %s's ticks and marks as drawn" % (one, k))
+    # A panel without tick labels of its own stays without them when zoomed.
+    inner = [k for k, p in sorted(before.items()) if not p["labelled"]]
+    if inner:
+        zoomed_one = after[one]["labels"]
+        zoomed = "document.querySelectorAll('.zoom-axis %s').length"
+        labels_before, ticks_before = browser.evaluate(zoomed % ".tick-label"), browser.evaluate(zoomed % "path")
+        browser.mouse("mouseWheel", *before[inner[0]]["centre"], deltaX=0, deltaY=-600)
+        browser.settle()
+        after = browser.evaluate(PANELS)
+        expect(after[inner[0]]["marks"] != before[inner[0]]["marks"]
+               and after[one]["labels"] == zoomed_one,
+               "an inner panel zooms alone")
+        expect(browser.evaluate(zoomed % "path") > ticks_before
+               and browser.evaluate(zoomed % ".tick-label") == labels_before,
+               "an unlabelled panel's zoomed ticks get no labels")
+    browser.mouse("mouseMoved", 5, 5)
+    browser.key("Escape", "Escape", 27)
+    restored = browser.evaluate(PANELS)
+    expect(restored == before, "Escape restores every panel's ticks and marks")
+
+
+def log_page(browser, page):
+    """A log axis zooms in log space: its labels come from the log rule."""
+    browser.open(page)
+    before = browser.evaluate(TICK_LABELS)
+    x, y = browser.evaluate(PANELS)["0"]["centre"]
+    # Six decades to about two: still log ticks (inside one decade the
+    # rule would give plain nice ticks).
+    browser.mouse("mouseWheel", x, y, deltaX=0, deltaY=-600)
+    browser.settle()
+    labels = browser.evaluate(TICK_LABELS).split("|")
+    shown = browser.evaluate("""(function () {
+      var data = JSON.parse(document.getElementById('chart-data').textContent);
+      var a = data.axes.filter(function (a) { return !a.vertical; })[0];
+      var box = document.querySelector('.plot svg').getBoundingClientRect();
+      var shares = Array.prototype.map.call(document.querySelectorAll('.zoom-axis.x .tick-label'), function (n) {
+        var r = n.getBoundingClientRect();
+        return (r.left + r.width / 2 - box.left - a.start) / a.length;
+      });
+      return { log: a.log, lo: a.lo, hi: a.hi, shares: shares };
+    })()""")
+    expect(shown["log"], "the page notes its x axis as a log axis")
+    numbers = [float(text.replace(",", "")) for text in labels if text]
+    expect(len(numbers) >= 2 and labels != before.split("|"),
+           "zooming a log axis changes its labels (%r, then %r)" % (before, labels))
+    # The wheel at the middle shows exp(-1.2) of the decades about it: about
+    # two decades, where the log rule labels every power of ten, or every
+    # 1, 2, 5 or 1..9 times one, inside the view (nice ticks would not).
+    middle = (math.log10(shown["lo"]) + math.log10(shown["hi"])) / 2
+    half = (math.log10(shown["hi"]) - math.log10(shown["lo"])) / 2 * math.exp(-1.2)
+    low, high = middle - half, middle + half
+
+    def clear_of_edges(values):
+        return [round(v, 9) for v in values if low + 0.01 < math.log10(v) < high - 0.01]
+
+    expected = [clear_of_edges([m * 10.0 ** e for e in range(math.floor(low) - 1, math.ceil(high) + 1)
+                                for m in multiples])
+                for multiples in ([1], [1, 2, 5], range(1, 10))]
+    expect(all(v > 0 for v in numbers) and clear_of_edges(numbers) in expected,
+           "a zoomed log axis is labelled by the log rule over [%g, %g], got %r"
+           % (10 ** low, 10 ** high, labels))
+    shares = shown["shares"]
+    if len(numbers) >= 2 and len(shares) == len(numbers):
+        # Positions follow log10 of the labels (equal ratios, equal steps).
+        scale = (shares[-1] - shares[0]) / (math.log10(numbers[-1]) - math.log10(numbers[0]))
+        expect(all(abs(shares[0] + scale * (math.log10(v) - math.log10(numbers[0])) - s) < 0.01
+                   for v, s in zip(numbers, shares)),
+               "zoomed log labels stand at their log positions (%r at %r)" % (numbers, shares))
+    browser.mouse("mouseMoved", 5, 5)
+    browser.key("Escape", "Escape", 27)
+    expect(browser.evaluate(TICK_LABELS) == before, "Escape restores the log axis's ticks")
+
+
 def tick_rules(browser, table):
     """The page's tick rules give the pictures' ticks, range for range."""
     for row in table:
@@ -266,7 +404,7 @@ def tick_rules(browser, table):
         values = got["values"]
         same = len(values) == len(row["values"]) and all(
             abs(a - b) <= 1e-9 * max(1.0, abs(b)) for a, b in zip(values, row["values"]))
-        if row["kind"] == "nice":
+        if row["kind"] != "date":
             same = same and got["fractionDigits"] == row["digits"]
         expect(same, "%s ticks of [%r, %r] for %d: the page gives %r, the pictures %r"
                % (row["kind"], row["lo"], row["hi"], row["target"], got, row))
@@ -288,6 +426,18 @@ def hostile_page(browser, page):
     expect(browser.evaluate("window.injected === undefined"), "hovering ran no injected script")
 
 
+LOG_DOCUMENT = """<?xml version="1.0" encoding="UTF-8"?>
+<visualization><source id="source0"/>
+<variable id="vx" label="Dose" source="source0" sourceName="X" categorical="false"/>
+<variable id="vy" label="Response" source="source0" sourceName="Y" categorical="false"/>
+<frame id="frame_graph_1"><frame id="frame_data_1">
+<dimension role="x"><scale method="log"/><axis id="axis_x"><majorTicks/></axis></dimension>
+<dimension role="y"><axis id="axis_y"><majorTicks/></axis></dimension>
+<element id="e" type="point"><x variable="vx"/><y variable="vy"/></element>
+</frame></frame></visualization>
+"""
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--cli", required=True)
@@ -303,6 +453,13 @@ def main():
         with open(work + "/hostile.csv", "w", encoding="utf-8") as out:
             out.write('a,b,group\n1,2,"</script><script>window.injected=1</script>"\n'
                       '2,3,"<img src=x onerror=window.injected=2>"\n3,1,plain\n')
+        # A log x axis: no plot option makes one, so a document of our own.
+        with open(work + "/log.source0.csv", "w", encoding="utf-8") as out:
+            out.write("X,Y\n" + "".join("%g,%d\n" % (10 ** (k / 4), k % 7) for k in range(25)))
+        with open(work + "/log.xml", "w", encoding="utf-8") as out:
+            out.write(LOG_DOCUMENT)
+        subprocess.run([options.cli, "render", work + "/log.xml", "-o", work + "/log.html"],
+                       check=True, stdout=subprocess.DEVNULL)
         subprocess.run([options.cli, "plot", work + "/hostile.csv", "--type", "scatter", "--x", "a",
                         "--y", "b", "--color", "group", "-o", work + "/hostile.html"], check=True,
                        stdout=subprocess.DEVNULL)
@@ -312,6 +469,9 @@ def main():
             bar_page(browser, work + "/demo/chart-0002.html")
             date_page(browser, work + "/demo/chart-0003.html")
             pie_page(browser, work + "/demo/chart-0006.html")
+            panels_page(browser, work + "/demo/chart-0007.html")
+            panels_page(browser, work + "/demo/chart-0002.html")
+            log_page(browser, work + "/log.html")
             tick_rules(browser, table)
             hostile_page(browser, work + "/hostile.html")
         finally:

@@ -1,6 +1,7 @@
 // Prints the pictures' ticks for a spread of ranges as JSON, for the browser
 // test to compare with the page script's port of the same rules: number
-// ranges of every scale and sign, and date ranges from minutes to centuries.
+// ranges of every scale and sign, log ranges from within a decade to
+// hundreds of decades, and date ranges from minutes to centuries.
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -29,6 +30,13 @@ int main() {
       {-1e-9, 1e-9}, {98.5, 101.25},   {-250, -10},  {1959, 2023},    {0, 0.3},
       {5, 5},        {123456, 123457}, {-0.5, 1e5},  {2.5, 2.75},     {1e15, 1e16},
       {3.1, 3.2},    {-7e-5, 4.2e-4},  {0.95, 1.05}, {4, 19},         {17.5, 1e3}};
+  // Inside one decade (nice fallback), a few decades (multiples of each
+  // power), many (powers every few decades), at the ends of double, and
+  // bounds a log axis cannot take.
+  const std::vector<Range> logs = {
+      {1, 10},     {2, 9},          {1, 1000},        {0.03, 70},       {5e-5, 2e-2}, {1, 1e12},
+      {3e-7, 4e9}, {1e-300, 1e300}, {4e-320, 1e-310}, {1e300, 1.7e308}, {0.95, 1.05}, {7, 7},
+      {-5, 100},   {0, 0},          {12.5, 13.5},     {1e15, 1e16}};
   const double day = 86400;
   const double y2000 = fromCivil(2000, 1, 1);
   const std::vector<Range> dates = {{fromCivil(1959, 1, 1), fromCivil(2023, 1, 1)},
@@ -55,6 +63,15 @@ int main() {
       printValues(t.values);
       std::printf("}");
       first = false;
+    }
+    for (const Range& r : logs) {
+      const chartxml::render::Ticks t = chartxml::render::logTicks(r.lo, r.hi, target);
+      std::printf(
+          ",\n{\"kind\":\"log\",\"lo\":%.17g,\"hi\":%.17g,\"target\":%d,\"digits\":%d,"
+          "\"values\":",
+          r.lo, r.hi, target, t.fractionDigits);
+      printValues(t.values);
+      std::printf("}");
     }
     for (const Range& r : dates) {
       const chartxml::render::DateTicks t = chartxml::render::dateTicks(r.lo, r.hi, target);
