@@ -206,6 +206,25 @@ TEST(HtmlPage, EveryKindOfMarkCarriesItsValuesAndGroup) {
   }
 }
 
+// A line's points are hover targets of its page, carrying their values,
+// and nothing of them is drawn in a picture.
+TEST(HtmlPage, LinePointsAreHoverTargetsOnlyInThePage) {
+  const std::string doc = document(variable("vx", "X", false) + variable("vy", "Y", false),
+                                   rendertest::kAxes +
+                                       "<element id=\"e\" type=\"line\"><x variable=\"vx\"/>"
+                                       "<y variable=\"vy\"/></element>");
+  const std::string csv = "X,Y\n1,2\n2,5\n3,4\n";
+  const std::string data = dataBlock(page(doc, csv));
+  EXPECT_NE(data.find("\"count\":3"), std::string::npos) << data;
+  EXPECT_NE(data.find("\"title\":\"vy\""), std::string::npos) << data;
+  ChartRenderer renderer;
+  ASSERT_TRUE(renderer.loadText(doc, "test.xml", [&](const std::string&) { return csv; }));
+  const std::string svg = renderer.picture(PictureFormat::kSvg).value_or("");
+  EXPECT_NE(svg.find("mark line"), std::string::npos);
+  EXPECT_EQ(svg.find("mark vertex"), std::string::npos);
+  EXPECT_EQ(count(svg, "<circle"), 0u);
+}
+
 // A renderer told that no page will be drawn keeps no cases, and says so
 // when a page is asked all the same; pictures are drawn as ever.
 TEST(HtmlPage, IsRefusedWhenTheCasesWereNotKept) {

@@ -350,7 +350,7 @@ double arcSweep(bool forward, double angle1, double angle2) {
 }
 
 bool drawable(const PointBatch& batch) {
-  return std::isfinite(batch.size) && batch.size > 0 && !batch.palette.empty();
+  return !batch.pageOnly && std::isfinite(batch.size) && batch.size > 0 && !batch.palette.empty();
 }
 
 std::size_t pointCount(const PointBatch& batch) {

@@ -386,7 +386,8 @@ class HtmlWriter {
     number(scene_.height);
     std::size_t marks = 0;
     for (const SceneItem& item : scene_.items) {
-      if (const auto* b = std::get_if<PointBatch>(&item); b && b->role == "mark point") {
+      if (const auto* b = std::get_if<PointBatch>(&item);
+          b && (b->role == "mark point" || b->pageOnly)) {
         marks += device::pointCount(*b);
       }
     }
@@ -408,7 +409,7 @@ class HtmlWriter {
         continue;
       }
       const auto* b = std::get_if<PointBatch>(&item);
-      if (b == nullptr || b->role != "mark point") continue;
+      if (b == nullptr || (b->role != "mark point" && !b->pageOnly)) continue;
       if (!first) out_ += ',';
       first = false;
       batch(*b, group);

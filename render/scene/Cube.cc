@@ -478,6 +478,7 @@ std::size_t groupCount(const Layer& layer) {
 struct CubeMark {
   double depth;
   std::uint32_t layer;
+  std::uint32_t point;  // its case in the layer's order
   float x, y;
   MarkerShape shape;
   double size;
@@ -520,8 +521,8 @@ void CubeLayout::drawPoints(Scene& scene, double unsized) const {
         color.a = static_cast<std::uint8_t>(
             std::lround(color.a * alphaOfStep(alphaStep(layer->pointAlpha[p])) / 255.0));
       }
-      marks.push_back({q.depth, static_cast<std::uint32_t>(l), static_cast<float>(px.x),
-                       static_cast<float>(px.y), shape, size, color});
+      marks.push_back({q.depth, static_cast<std::uint32_t>(l), static_cast<std::uint32_t>(p),
+                       static_cast<float>(px.x), static_cast<float>(px.y), shape, size, color});
     }
   }
   // Farthest first, so nearer markers cover farther ones; ties keep the data's order.
@@ -539,6 +540,11 @@ void CubeLayout::drawPoints(Scene& scene, double unsized) const {
     batch = {};
     paletteIndex.clear();
   };
+  // Each layer's cases once, shared by its batches; a marker names its case.
+  std::vector<std::shared_ptr<const CaseTable>> cases(content_.layers.size());
+  for (std::size_t l = 0; l < content_.layers.size(); ++l) {
+    if (content_.layers[l] != nullptr) cases[l] = casesOf(scene, *content_.layers[l]);
+  }
   for (const CubeMark& mark : marks) {
     if (batch.x.empty() || mark.layer != batchLayer || mark.shape != batch.shape ||
         mark.size != batch.size || batch.palette.size() == kPaletteLimit) {
@@ -547,6 +553,7 @@ void CubeLayout::drawPoints(Scene& scene, double unsized) const {
       batch.shape = mark.shape;
       batch.size = mark.size;
       batch.role = "mark point";
+      batch.cases = cases[mark.layer];
       if (content_.look.outlined) batch.outline = {kOutline, 0.6, {}, false};
     }
     const Color& c = mark.color;
@@ -558,6 +565,7 @@ void CubeLayout::drawPoints(Scene& scene, double unsized) const {
     batch.x.push_back(mark.x);
     batch.y.push_back(mark.y);
     batch.colorIndex.push_back(entry->second);
+    if (batch.cases) batch.caseIndex.push_back(mark.point);
   }
   flush();
 }

@@ -85,53 +85,6 @@ void dressBatch(PointBatch& batch, const Layer& layer, const PointLook& look, st
   if (look.outlined || layer.sizes) batch.outline = {Color{255, 255, 255, 255}, 0.6, {}, false};
 }
 
-// The tooltips' columns of a layer's points: x, y, then each aesthetic's
-// values, in the layer's point order; none when the scene keeps no cases.
-std::shared_ptr<const CaseTable> casesOf(const Scene& scene, const Layer& layer) {
-  if (!scene.keepsCases) return nullptr;
-  auto table = std::make_shared<CaseTable>();
-  const std::size_t n = layer.px.size();
-  const auto column = [&](const BoundColumn* bound, std::string title) -> CaseColumn& {
-    CaseColumn& out = table->columns.emplace_back();
-    out.title = std::move(title);
-    if (bound != nullptr) {
-      if (out.title.empty()) out.title = bound->variable->title();
-      out.format = bound->variable->format;
-      out.categorical = bound->categorical;
-      if (bound->categorical) out.labels = bound->categories.labels;
-    }
-    out.values.resize(n);
-    return out;
-  };
-  const auto copy = [&](CaseColumn& out, const auto& values) {
-    const std::size_t count = std::min<std::size_t>(n, values.size());
-    for (std::size_t i = 0; i < count; ++i) out.values[i] = static_cast<double>(values[i]);
-    for (std::size_t i = count; i < n; ++i) out.values[i] = std::nan("");
-    if (!out.categorical) return;
-    for (double& v : out.values) {
-      if (!(v >= 0 && v < static_cast<double>(out.labels.size()))) v = std::nan("");
-    }
-  };
-  if (layer.x != nullptr) copy(column(layer.x, ""), layer.px);
-  if (layer.countsOnY) {
-    copy(column(nullptr, "Count"), layer.py);
-  } else if (layer.y != nullptr) {
-    copy(column(layer.y, ""), layer.py);
-  }
-  if (layer.groups != nullptr) {
-    table->groupColumn = static_cast<int>(table->columns.size());
-    copy(column(layer.groups, ""), layer.pointGroup);
-  }
-  if (layer.styles != nullptr && layer.styles != layer.groups) {
-    copy(column(layer.styles, ""), layer.pointStyle);
-  }
-  if (layer.sizes != nullptr && !layer.sizesCount) copy(column(layer.sizes, ""), layer.pointSize);
-  if (layer.shades != nullptr && layer.shades != layer.groups) {
-    copy(column(layer.shades, ""), layer.pointShade);
-  }
-  return table;
-}
-
 // The pixels along one side of a panel of a linear (or date) scale's
 // values: as PanelView places them, one value after another.
 void placeLinear(const Coordinates& values, const AxisScale& scale, double start, double length,
@@ -361,6 +314,48 @@ std::string errorBarTip(const Layer& layer, const ErrorBar& bar) {
          shownValue(y, bar.high);
 }
 
+// A line's vertices as hover targets of a page, each showing its place on
+// x, the value it stands for and its group; pictures draw nothing of them.
+void addVertices(Scene& scene, const Layer& layer, const Series& series, const PanelView& view,
+                 Color color) {
+  auto table = std::make_shared<CaseTable>();
+  table->columns.reserve(3);  // x, y and group: the pointers below stay valid
+  const auto column = [&](const BoundColumn* bound, std::string title) -> CaseColumn& {
+    CaseColumn& out = table->columns.emplace_back();
+    out.title = std::move(title);
+    if (bound != nullptr && bound->variable != nullptr) {
+      if (out.title.empty()) out.title = bound->variable->title();
+      out.format = bound->variable->format;
+      out.categorical = bound->categorical;
+      if (bound->categorical) out.labels = bound->categories.labels;
+    }
+    return out;
+  };
+  PointBatch vertices;
+  vertices.pageOnly = true;
+  vertices.role = "mark vertex";
+  vertices.size = 9;
+  vertices.palette = {withAlpha(color, 0)};
+  CaseColumn* x = layer.x ? &column(layer.x, "") : nullptr;
+  CaseColumn& y = column(layer.countsOnY ? nullptr : layer.y, valueTitle(layer));
+  CaseColumn* group = nullptr;
+  if (layer.groups != nullptr) {
+    table->groupColumn = static_cast<int>(table->columns.size());
+    group = &column(layer.groups, "");
+  }
+  for (std::size_t i = 0; i < series.x.size() && i < series.y.size(); ++i) {
+    if (!std::isfinite(series.y[i])) continue;
+    vertices.x.push_back(static_cast<float>(view.px(series.x[i], series.y[i])));
+    vertices.y.push_back(static_cast<float>(view.py(series.x[i], series.y[i])));
+    if (x) x->values.push_back(series.x[i]);
+    y.values.push_back(series.y[i]);
+    if (group) group->values.push_back(series.group);
+  }
+  if (vertices.x.empty()) return;
+  vertices.cases = std::move(table);
+  scene.items.emplace_back(std::move(vertices));
+}
+
 void drawLines(Scene& scene, const Layer& layer, const PanelView& view) {
   for (const Series& series : layer.series) {
     ShapeItem line;
@@ -371,7 +366,10 @@ void drawLines(Scene& scene, const Layer& layer, const PanelView& view) {
     if (layer.groups) line.group = series.group;
     line.tip = groupLine(layer, series.group);
     if (!line.tip.empty()) line.tip.pop_back();
-    if (!line.path.empty()) scene.items.emplace_back(std::move(line));
+    const Color color = line.stroke.color;
+    if (line.path.empty()) continue;
+    scene.items.emplace_back(std::move(line));
+    if (scene.keepsCases) addVertices(scene, layer, series, view, color);
   }
 }
 
@@ -719,6 +717,52 @@ void drawLabels(Scene& scene, const Layer& layer, const PanelView& view, LabelRo
 }
 
 }  // namespace
+
+std::shared_ptr<const CaseTable> casesOf(const Scene& scene, const Layer& layer) {
+  if (!scene.keepsCases) return nullptr;
+  auto table = std::make_shared<CaseTable>();
+  const std::size_t n = layer.px.size();
+  const auto column = [&](const BoundColumn* bound, std::string title) -> CaseColumn& {
+    CaseColumn& out = table->columns.emplace_back();
+    out.title = std::move(title);
+    if (bound != nullptr && bound->variable != nullptr) {
+      if (out.title.empty()) out.title = bound->variable->title();
+      out.format = bound->variable->format;
+      out.categorical = bound->categorical;
+      if (bound->categorical) out.labels = bound->categories.labels;
+    }
+    out.values.resize(n);
+    return out;
+  };
+  const auto copy = [&](CaseColumn& out, const auto& values) {
+    const std::size_t count = std::min<std::size_t>(n, values.size());
+    for (std::size_t i = 0; i < count; ++i) out.values[i] = static_cast<double>(values[i]);
+    for (std::size_t i = count; i < n; ++i) out.values[i] = std::nan("");
+    if (!out.categorical) return;
+    for (double& v : out.values) {
+      if (!(v >= 0 && v < static_cast<double>(out.labels.size()))) v = std::nan("");
+    }
+  };
+  if (layer.x != nullptr) copy(column(layer.x, ""), layer.px);
+  if (layer.countsOnY) {
+    copy(column(nullptr, "Count"), layer.py);
+  } else if (layer.y != nullptr) {
+    copy(column(layer.y, ""), layer.py);
+  }
+  if (layer.z != nullptr) copy(column(layer.z, ""), layer.pz);
+  if (layer.groups != nullptr) {
+    table->groupColumn = static_cast<int>(table->columns.size());
+    copy(column(layer.groups, ""), layer.pointGroup);
+  }
+  if (layer.styles != nullptr && layer.styles != layer.groups) {
+    copy(column(layer.styles, ""), layer.pointStyle);
+  }
+  if (layer.sizes != nullptr && !layer.sizesCount) copy(column(layer.sizes, ""), layer.pointSize);
+  if (layer.shades != nullptr && layer.shades != layer.groups) {
+    copy(column(layer.shades, ""), layer.pointShade);
+  }
+  return table;
+}
 
 MarkerShape styleShape(const Layer& layer, std::size_t style) {
   if (layer.styleCycle != nullptr && !layer.styleCycle->empty()) {

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <unordered_map>
 #include <vector>
 
@@ -87,5 +88,10 @@ void drawLayer(Scene& scene, const Layer& layer, const PanelView& view, const Po
 // A pie's slices in `area`: the largest circle that fits, slices clockwise
 // from twelve o'clock in group order.
 void drawSlices(Scene& scene, const Layer& layer, const Rect& area);
+
+// The tooltips' columns of a layer's points: x, y (z), then each
+// aesthetic's values, in the layer's point order; none when the scene keeps
+// no cases.
+std::shared_ptr<const CaseTable> casesOf(const Scene& scene, const Layer& layer);
 
 }  // namespace chartxml::render

@@ -108,6 +108,7 @@ struct PointBatch {
   // caseIndex[i] of the table, or case i when caseIndex is empty.
   std::shared_ptr<const CaseTable> cases;
   LargeVector<std::uint32_t> caseIndex;
+  bool pageOnly = false;  // a page's hover targets (a line's vertices): pictures draw none
 };
 
 struct Font {

@@ -221,6 +221,26 @@ def bar_page(browser, page):
            % (expected, tip))
 
 
+def hover_tip(browser, page, node):
+    """The tooltip shown while the pointer is on `node` of `page`."""
+    browser.open(page)
+    browser.mouse("mouseMoved", *centre_of(browser, node))
+    browser.settle()
+    return browser.evaluate("document.getElementById('chart-tip').hidden ? '' :"
+                            " document.getElementById('chart-tip').textContent")
+
+
+def point_tips(browser, demo):
+    """A line's points and a 3-D chart's markers tell their cases too."""
+    # The annual mean CO2 of 1990 (the 32nd year from 1959) was 354.45 ppm.
+    tip = hover_tip(browser, demo + "/chart-0003.html", "document.querySelectorAll('[data-i]')[31]")
+    expect("01-Jan-1990" in tip and "354.45" in tip,
+           "a point of the line shows its date and value, got %r" % tip)
+    tip = hover_tip(browser, demo + "/chart-0008.html", "document.querySelector('[data-i]')")
+    expect(tip.count(": ") == 3 and "Growth of CO2" in tip,
+           "a 3-D marker shows its x, y and z, got %r" % tip)
+
+
 def date_page(browser, page):
     """A line over dates zooms too: calendar ticks, labelled finer as they
     close in, and back to the picture's on Escape."""
@@ -468,6 +488,7 @@ def main():
             scatter_page(browser, work + "/demo/chart-0001.html")
             bar_page(browser, work + "/demo/chart-0002.html")
             date_page(browser, work + "/demo/chart-0003.html")
+            point_tips(browser, work + "/demo")
             pie_page(browser, work + "/demo/chart-0006.html")
             panels_page(browser, work + "/demo/chart-0007.html")
             panels_page(browser, work + "/demo/chart-0002.html")
