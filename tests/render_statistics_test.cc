@@ -274,7 +274,7 @@ std::vector<Bar> barsOf(const std::string& modifier, const std::string& method) 
 }
 
 TEST(RenderLayers, GroupsStandSideBySideOrStacked) {
-  // Dodged: each category's band holds a slot per group it has, left to right.
+  // Dodged: each category's band holds a slot per group, left to right.
   const std::vector<Bar> dodged = barsOf("dodge", "mean");
   ASSERT_EQ(dodged.size(), 3u);
   EXPECT_NEAR(dodged[0].x0, -0.4, 1e-12);  // a, p: mean 3
@@ -282,8 +282,16 @@ TEST(RenderLayers, GroupsStandSideBySideOrStacked) {
   EXPECT_EQ(dodged[0].y1, 3);
   EXPECT_NEAR(dodged[1].x0, 0.0, 1e-12);  // a, q: 2
   EXPECT_EQ(dodged[1].y1, 2);
-  EXPECT_NEAR(dodged[2].x0, 0.6, 1e-12);  // b, p: 3, alone in its band
-  EXPECT_NEAR(dodged[2].x1, 1.4, 1e-12);
+  EXPECT_NEAR(dodged[2].x0, 0.6, 1e-12);  // b, p: 3, in p's slot though q has none
+  EXPECT_NEAR(dodged[2].x1, 1.0, 1e-12);
+  // Coloured by their own category, bars keep their whole band.
+  const auto own = layerOf(
+      "<element id=\"e\" type=\"interval\" positionModifier=\"dodge\"><statistic "
+      "method=\"mean\"/><x variable=\"c\"/><y variable=\"y\"/><color variable=\"c\"/></element>",
+      "C,G,Y\na,p,1\nb,q,3\n");
+  ASSERT_TRUE(own->layer && own->layer->bars.size() == 2u);
+  EXPECT_NEAR(own->layer->bars[1].x0, 0.6, 1e-12);
+  EXPECT_NEAR(own->layer->bars[1].x1, 1.4, 1e-12);
   // Stacked sums: q sits on p in category a.
   const auto find = [](const std::vector<Bar>& bars, double x0, std::uint16_t group) {
     for (const Bar& bar : bars) {

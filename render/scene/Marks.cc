@@ -314,6 +314,20 @@ std::string errorBarTip(const Layer& layer, const ErrorBar& bar) {
          shownValue(y, bar.high);
 }
 
+// A new column of `table` for the values of `bound` (null: plain numbers),
+// titled `title` or else by its variable, shown in its variable's format.
+CaseColumn& addCaseColumn(CaseTable& table, const BoundColumn* bound, std::string title) {
+  CaseColumn& out = table.columns.emplace_back();
+  out.title = std::move(title);
+  if (bound != nullptr && bound->variable != nullptr) {
+    if (out.title.empty()) out.title = bound->variable->title();
+    out.format = bound->variable->format;
+    out.categorical = bound->categorical;
+    if (bound->categorical) out.labels = bound->categories.labels;
+  }
+  return out;
+}
+
 // A line's vertices as hover targets of a page, each showing its place on
 // x, the value it stands for and its group; pictures draw nothing of them.
 void addVertices(Scene& scene, const Layer& layer, const Series& series, const PanelView& view,
@@ -321,15 +335,7 @@ void addVertices(Scene& scene, const Layer& layer, const Series& series, const P
   auto table = std::make_shared<CaseTable>();
   table->columns.reserve(3);  // x, y and group: the pointers below stay valid
   const auto column = [&](const BoundColumn* bound, std::string title) -> CaseColumn& {
-    CaseColumn& out = table->columns.emplace_back();
-    out.title = std::move(title);
-    if (bound != nullptr && bound->variable != nullptr) {
-      if (out.title.empty()) out.title = bound->variable->title();
-      out.format = bound->variable->format;
-      out.categorical = bound->categorical;
-      if (bound->categorical) out.labels = bound->categories.labels;
-    }
-    return out;
+    return addCaseColumn(*table, bound, std::move(title));
   };
   PointBatch vertices;
   vertices.pageOnly = true;
@@ -723,14 +729,7 @@ std::shared_ptr<const CaseTable> casesOf(const Scene& scene, const Layer& layer)
   auto table = std::make_shared<CaseTable>();
   const std::size_t n = layer.px.size();
   const auto column = [&](const BoundColumn* bound, std::string title) -> CaseColumn& {
-    CaseColumn& out = table->columns.emplace_back();
-    out.title = std::move(title);
-    if (bound != nullptr && bound->variable != nullptr) {
-      if (out.title.empty()) out.title = bound->variable->title();
-      out.format = bound->variable->format;
-      out.categorical = bound->categorical;
-      if (bound->categorical) out.labels = bound->categories.labels;
-    }
+    CaseColumn& out = addCaseColumn(*table, bound, std::move(title));
     out.values.resize(n);
     return out;
   };

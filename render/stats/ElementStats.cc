@@ -5,7 +5,6 @@
 #include <cmath>
 #include <limits>
 #include <map>
-#include <set>
 #include <span>
 #include <tuple>
 #include <unordered_set>
@@ -822,17 +821,18 @@ class LayerMaker {
       }
       return;
     }
-    // Side by side, each place shared among the groups it has, in group
-    // order: a category coloured by itself keeps its whole width and stays
-    // over its tick, rather than a slot of its own among empty ones.
-    std::map<double, std::set<std::uint16_t>> present;  // place → its groups
-    for (const Bar& bar : bars) present[bar.x0].insert(bar.group);
-    const double width = bar0Width(bars);
+    // Side by side, a slot per group in group order, so that a group keeps
+    // its place in every category; but when no place holds two groups (a
+    // category coloured by itself), each bar keeps its whole band, over
+    // its tick, rather than a slot among empty ones.
+    std::map<double, int> groupsAt;  // place → how many groups it holds
+    for (const Bar& bar : bars) ++groupsAt[bar.x0];
+    const bool alone = std::all_of(groupsAt.begin(), groupsAt.end(),
+                                   [](const auto& place) { return place.second == 1; });
+    if (alone) return;
+    const double slot = (bar0Width(bars)) / static_cast<double>(cellCount());
     for (Bar& bar : bars) {
-      const std::set<std::uint16_t>& groups = present[bar.x0];
-      const double slot = width / static_cast<double>(groups.size());
-      const auto rank = static_cast<double>(std::distance(groups.begin(), groups.find(bar.group)));
-      bar.x0 = bar.x0 + slot * rank;
+      bar.x0 = bar.x0 + slot * bar.group;
       bar.x1 = bar.x0 + slot;
     }
   }
