@@ -190,6 +190,42 @@ TEST_F(DataSourceTest, TypesColumnsAndGuessesFormatsWithoutADictionary) {
   EXPECT_EQ(source->GetString(0, 7), "");
 }
 
+// Cells are typed as they are read; a column found to be text late must
+// still give back every earlier cell as written, past quoted fields of
+// other columns that hold delimiters, quotes and line breaks.
+TEST_F(DataSourceTest, ColumnFoundToBeTextLateKeepsEveryCellAsWritten) {
+  std::string csv = "late,note,num,early\r\n";
+  std::vector<std::string> late, note;
+  for (int r = 0; r < 40; ++r) {
+    late.push_back(r % 7 == 0 ? "" : r % 5 == 0 ? " 1.50 " : std::to_string(r * 3));
+    note.push_back(r % 3 == 0 ? "a,\"b\"\r\nc" : "n" + std::to_string(r));
+    const std::string quoted = r % 3 == 0 ? "\"a,\"\"b\"\"\r\nc\"" : note.back();
+    csv +=
+        late.back() + "," + quoted + "," + std::to_string(r) + "," + (r == 2 ? "x" : "7") + "\r\n";
+  }
+  late.push_back("1e999x");
+  note.push_back("last");
+  csv += "1e999x,last,40,8\r\n";
+  Source source = load(csv);
+  ASSERT_NE(source, nullptr) << lastReport();
+  ASSERT_EQ(source->RowCount(), 41);
+  EXPECT_TRUE(source->GetVariable(0)->IsString());
+  EXPECT_TRUE(source->GetVariable(1)->IsString());
+  EXPECT_FALSE(source->GetVariable(2)->IsString());
+  EXPECT_TRUE(source->GetVariable(3)->IsString());
+  for (int r = 0; r < 41; ++r) {
+    EXPECT_EQ(source->GetString(r, 0), late[r]) << r;
+    EXPECT_EQ(source->GetString(r, 1), note[r]) << r;
+    EXPECT_EQ(source->GetNumber(r, 2), r) << r;
+    EXPECT_EQ(source->GetString(r, 3), r == 2 ? "x" : r == 40 ? "8" : "7") << r;
+  }
+  // Rows begin a line further on after each quoted line break.
+  EXPECT_EQ(source->LineOfRow(0), 2);
+  EXPECT_EQ(source->LineOfRow(1), 4);
+  EXPECT_EQ(source->LineOfRow(40), 2 + 40 + 14);
+  EXPECT_EQ(source->GetVariable(0)->GetFormatEx(), (VORN_Format{1, 6, 0}));
+}
+
 TEST_F(DataSourceTest, ReadsInfinitiesAsNumbersAndQuotedFieldsAsTexts) {
   constexpr double kInf = std::numeric_limits<double>::infinity();
   Source source = load(

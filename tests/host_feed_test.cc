@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <bit>
+#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -244,6 +245,55 @@ TEST(VarDataProcessor, WritesShortestExactNumbersAndQuotesTextsThatReadAsNumbers
             ",\n"
             ",12a\n"
             "123456789.0125,\"+7\"\n");
+}
+
+// The feed writes numbers faster than std::to_chars where it can; the text
+// must still be to_chars' own. Values with few decimals at every magnitude,
+// whole numbers with trailing zeros (some shorter in scientific form),
+// values at the edges of the quicker way, and arbitrary bit patterns.
+TEST(VarDataProcessor, WritesEveryNumberAsToCharsDoes) {
+  std::vector<double> values;
+  std::uint64_t state = 0x9E3779B97F4A7C15u;
+  const auto next = [&state] {
+    state ^= state << 13;
+    state ^= state >> 7;
+    state ^= state << 17;
+    return state;
+  };
+  for (int decimals = 0; decimals <= 12; ++decimals) {
+    for (double scale = 1e-6; scale < 1e13; scale *= 10) {
+      for (int i = 0; i < 40; ++i) {
+        const double digits = static_cast<double>(next() % 100000000);
+        values.push_back((i % 2 ? -1 : 1) * std::round(digits * scale) / std::pow(10, decimals));
+      }
+    }
+  }
+  for (const double edge : {1e-3, 0.00099999, 1e9, 999999999.5, 1e5, 1.2e5, 1.2e7, 1e4, -1e5,
+                            1125899906842.62, 0.1 + 0.2, 0.5, 2.5e-3, 123456789.0125}) {
+    values.push_back(edge);
+    values.push_back(std::nextafter(edge, 0.0));
+    values.push_back(std::nextafter(edge, 2 * edge));
+  }
+  for (int i = 0; i < 20000; ++i) {
+    const double any = std::bit_cast<double>(next());
+    if (std::isfinite(any)) values.push_back(any);
+  }
+  Feed f(static_cast<int>(values.size()));
+  Record* num = f.add("num");
+  std::string expected = "num\n";
+  for (std::uint32_t row = 0; row < values.size(); ++row) {
+    ASSERT_TRUE(f.feed.SetVariableValue(num, row, values[row]));
+    char text[64];
+    expected.append(text, std::to_chars(text, text + sizeof text, values[row]).ptr);
+    expected += '\n';
+  }
+  const std::string written = f.feed.ToCsv("s");
+  ASSERT_EQ(written.size(), expected.size());
+  // The first line that differs, not a megabyte of text.
+  for (std::size_t at = 0, end; at < expected.size(); at = end + 1) {
+    end = expected.find('\n', at);
+    ASSERT_EQ(written.substr(at, end - at), expected.substr(at, end - at));
+  }
 }
 
 }  // namespace

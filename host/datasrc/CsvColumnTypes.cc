@@ -69,6 +69,8 @@ int decimalsOf(std::string_view text) {
   return static_cast<int>(std::clamp(decimals, 0L, static_cast<long>(kMaxDecimals)));
 }
 
+}  // namespace
+
 // What the date values of a column have in common.
 class DateColumn {
  public:
@@ -140,8 +142,6 @@ class DateColumn {
   bool moreForms_ = false;
 };
 
-}  // namespace
-
 bool parseNumber(std::string_view text, double& value, bool infinities) {
   text = trimBlanks(text);
   if (!text.empty() && text.front() == '+') {
@@ -167,97 +167,110 @@ DateOrder Wanted::dateOrder(DateOrder given) const {
   return type == kDateMdy ? DateOrder::MonthFirst : DateOrder::DayFirst;
 }
 
-bool typeColumn(const std::string& file, const std::string& name, CsvColumn& column,
-                const std::vector<int>& lines, const QuotedCells& quoted, char delimiter,
-                const Wanted& wanted, DateOrder order, Typed& typed) {
-  enum class Seen { Nothing, Numbers, Dates };
-  Seen seen = Seen::Nothing;
-  const std::size_t rows = lines.size();
-  bool texts = false;
-  std::vector<double> numbers;
-  numbers.reserve(rows);
-  double largest = 0;
-  bool negative = false;
-  int decimals = 0;
-  DateColumn dates;
-  for (std::size_t row = 0; row < rows && !texts; ++row) {
-    const std::string_view cell = trimBlanks(column.cell(row));
-    DateValue date;
-    std::string problem;
-    if (row < quoted.size() && quoted[row] && !wanted.strict()) {
-      if (seen != Seen::Numbers && cell.find(delimiter) != std::string_view::npos &&
-          parseDate(cell, order, date) && dates.add(date, problem)) {
-        seen = Seen::Dates;
-        numbers.push_back(date.seconds);
-        continue;
-      }
-      texts = true;
-      break;
+ColumnTyper::ColumnTyper(const std::string& file, const std::string& name, char delimiter,
+                         const Wanted& wanted, DateOrder order, std::size_t rowsAtMost)
+    : file_(file), name_(name), delimiter_(delimiter), wanted_(wanted), order_(order) {
+  numbers_.reserve(rowsAtMost);
+}
+
+ColumnTyper::ColumnTyper(ColumnTyper&&) noexcept = default;
+ColumnTyper::~ColumnTyper() = default;
+
+ColumnTyper::Step ColumnTyper::add(std::string_view cell, bool quoted, int line) {
+  cell = trimBlanks(cell);
+  DateValue date;
+  std::string problem;
+  // Dates go to a column of texts as they were written when the dictionary
+  // gives the string format: a date makes such a column text either way.
+  const auto addDate = [&] {
+    if (!dates_) dates_ = std::make_unique<DateColumn>();
+    if (!dates_->add(date, problem)) return false;
+    if (wanted_.kind == Wanted::Kind::Text) {
+      text_ = true;
+      return true;
     }
-    if (isMissingToken(cell)) {
-      numbers.push_back(kVornMissingValue);
-      continue;
+    seen_ = Seen::Dates;
+    numbers_.push_back(date.seconds);
+    return true;
+  };
+  if (quoted && !wanted_.strict()) {
+    if (seen_ != Seen::Numbers && cell.find(delimiter_) != std::string_view::npos &&
+        parseDate(cell, order_, date) && addDate()) {
+      return text_ ? Step::Text : Step::Typed;
     }
-    double value;
-    if (seen != Seen::Dates && parseNumber(cell, value, true)) {
-      seen = Seen::Numbers;
-      numbers.push_back(value);
-      if (!std::isfinite(value)) continue;
-      largest = std::max(largest, std::fabs(value));
-      negative = negative || std::signbit(value);
-      decimals = std::max(decimals, decimalsOf(cell));
-      continue;
-    }
-    if (seen != Seen::Numbers && parseDate(cell, order, date) && dates.add(date, problem)) {
-      seen = Seen::Dates;
-      numbers.push_back(date.seconds);
-      continue;
-    }
-    if (!wanted.strict()) {
-      texts = true;
-      break;
-    }
-    if (problem.empty()) {
-      const bool dateExpected =
-          seen == Seen::Dates || (seen == Seen::Nothing && wanted.kind == Wanted::Kind::Date);
-      problem = dateExpected ? "is not a date" : "is not a number";
-    }
-    refuse(file, lines[row],
-           "variable \"" + name + "\": \"" + std::string(cell) + "\" " + problem +
-               "; the dictionary gives it " +
-               (wanted.kind == Wanted::Kind::Date ? "date" : "numeric") + " format type " +
-               std::to_string(wanted.type));
-    return false;
+    text_ = true;
+    return Step::Text;
   }
-  // The string format keeps dates the texts they were written as.
-  if (seen == Seen::Dates && wanted.kind == Wanted::Kind::Text) texts = true;
-  if (texts) {
+  double value;
+  // A number first: missing-value tokens never read as numbers (NaN is refused).
+  if (seen_ != Seen::Dates && parseNumber(cell, value, true)) {
+    seen_ = Seen::Numbers;
+    numbers_.push_back(value);
+    if (std::isfinite(value)) {
+      largest_ = std::max(largest_, std::fabs(value));
+      negative_ = negative_ || std::signbit(value);
+      decimals_ = std::max(decimals_, decimalsOf(cell));
+    }
+    return Step::Typed;
+  }
+  if (isMissingToken(cell)) {
+    numbers_.push_back(kVornMissingValue);
+    return Step::Typed;
+  }
+  if (seen_ != Seen::Numbers && parseDate(cell, order_, date) && addDate()) {
+    return text_ ? Step::Text : Step::Typed;
+  }
+  if (!wanted_.strict()) {
+    text_ = true;
+    return Step::Text;
+  }
+  return refuse(cell, line, std::move(problem));
+}
+
+ColumnTyper::Step ColumnTyper::refuse(std::string_view cell, int line, std::string problem) const {
+  if (problem.empty()) {
+    const bool dateExpected =
+        seen_ == Seen::Dates || (seen_ == Seen::Nothing && wanted_.kind == Wanted::Kind::Date);
+    problem = dateExpected ? "is not a date" : "is not a number";
+  }
+  csv::refuse(file_, line,
+              "variable \"" + name_ + "\": \"" + std::string(cell) + "\" " + problem +
+                  "; the dictionary gives it " +
+                  (wanted_.kind == Wanted::Kind::Date ? "date" : "numeric") + " format type " +
+                  std::to_string(wanted_.type));
+  return Step::Refused;
+}
+
+void ColumnTyper::finish(CsvColumn& column, Typed& typed) {
+  if (text_) {
+    std::vector<double>().swap(numbers_);
     std::size_t longest = 1;
-    for (std::size_t r = 0; r < rows; ++r) longest = std::max(longest, column.cell(r).size());
+    for (std::size_t row = 0; row < column.ends.size(); ++row) {
+      longest = std::max(longest, column.cell(row).size());
+    }
     typed.numeric = false;
     typed.format =
         VORN_Format(VORN_Format::kStringType,
                     static_cast<std::uint16_t>(std::min<std::size_t>(longest, kMaxStringWidth)), 0);
     typed.kind = "text";
-    return true;
+    return;
   }
-  column.numbers = std::move(numbers);
+  column.numbers = std::move(numbers_);
   column.text = std::string();
   column.ends = std::vector<std::size_t>();
   typed.numeric = true;
-  if (seen == Seen::Dates) {
-    typed.format = dates.format();
-    typed.kind = dates.kind();
-    return true;
+  if (seen_ == Seen::Dates) {
+    typed.format = dates_->format();
+    typed.kind = dates_->kind();
+    return;
   }
-  const int printed = std::snprintf(nullptr, 0, "%.*f", decimals, largest) + (negative ? 1 : 0);
+  const int printed = std::snprintf(nullptr, 0, "%.*f", decimals_, largest_) + (negative_ ? 1 : 0);
   const int width = std::clamp(printed, kMinGuessedWidth, static_cast<int>(VORN_Format::kMaxWidth));
   typed.format = VORN_Format(kFixedType, static_cast<std::uint16_t>(width),
-                             static_cast<std::uint8_t>(decimals));
-  typed.kind = seen == Seen::Nothing ? "number (all missing)"
-                                     : "number (" + std::to_string(decimals) +
-                                           (decimals == 1 ? " decimal)" : " decimals)");
-  return true;
+                             static_cast<std::uint8_t>(decimals_));
+  typed.kind = seen_ == Seen::Nothing ? "number (all missing)"
+                                      : "number (" + std::to_string(decimals_) +
+                                            (decimals_ == 1 ? " decimal)" : " decimals)");
 }
 
 }  // namespace cxhost::csv

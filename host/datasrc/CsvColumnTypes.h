@@ -12,6 +12,7 @@
 #ifndef CHARTXML_HOST_DATASRC_CSVCOLUMNTYPES_H_
 #define CHARTXML_HOST_DATASRC_CSVCOLUMNTYPES_H_
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -55,17 +56,56 @@ struct Typed {
   std::string kind;  // as CsvDataSource::ColumnKinds() words it
 };
 
-// Types `column` (named `name`; its rows begin on `lines` of the file
-// reports call `file`). Without a wish of the dictionary it is numeric when
-// every value is a number or an infinity, or every value a date, apart from
-// missing values; else text. A quoted field is a text, unless its quotes
-// were needed for the delimiter inside a date ("January 1, 2000"). A column
-// the dictionary wants numeric or of dates must be so, quoted or not: false
-// (reported) at its first value that is not. Numeric columns keep their
-// numbers only.
-bool typeColumn(const std::string& file, const std::string& name, CsvColumn& column,
-                const std::vector<int>& lines, const QuotedCells& quoted, char delimiter,
-                const Wanted& wanted, DateOrder order, Typed& typed);
+class DateColumn;
+
+// Types one column cell by cell, as the reader meets them, so that a column
+// of numbers or dates is never kept as text. Without a wish of the
+// dictionary the column is numeric when every value is a number or an
+// infinity, or every value a date, apart from missing values; else text. A
+// quoted field is a text, unless its quotes were needed for the delimiter
+// inside a date ("January 1, 2000"). A column the dictionary wants numeric
+// or of dates must be so, quoted or not: refused (reported) at its first
+// value that is not.
+class ColumnTyper {
+ public:
+  // `file` names the data in reports, `name` the column (both outlive the
+  // typer); `rowsAtMost` bounds the rows, for room taken once.
+  ColumnTyper(const std::string& file, const std::string& name, char delimiter,
+              const Wanted& wanted, DateOrder order, std::size_t rowsAtMost);
+  ColumnTyper(ColumnTyper&&) noexcept;
+  ~ColumnTyper();
+
+  enum class Step {
+    Typed,    // taken; go on
+    Text,     // the column is text, this cell and those before it too: it
+              // wants no more cells, the reader keeps their texts instead
+    Refused,  // not what the dictionary wants (reported)
+  };
+  // Takes the next cell, its quotes removed; `line` is its row's file line.
+  Step add(std::string_view cell, bool quoted, int line);
+
+  // Once every row is added, or add() said Text: the column's type, its
+  // numbers moved into `column` (whose texts are cleared) when it is
+  // numeric; a text column keeps the texts the reader gave it.
+  void finish(CsvColumn& column, Typed& typed);
+
+ private:
+  enum class Seen { Nothing, Numbers, Dates };
+  Step refuse(std::string_view cell, int line, std::string problem) const;
+
+  const std::string& file_;
+  const std::string& name_;
+  char delimiter_;
+  Wanted wanted_;
+  DateOrder order_;
+  Seen seen_ = Seen::Nothing;
+  bool text_ = false;
+  std::vector<double> numbers_;
+  double largest_ = 0;
+  bool negative_ = false;
+  int decimals_ = 0;
+  std::unique_ptr<DateColumn> dates_;
+};
 
 }  // namespace cxhost::csv
 

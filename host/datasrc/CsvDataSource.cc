@@ -44,15 +44,11 @@ std::unique_ptr<CsvDataSource> CsvDataSource::Open(const std::string& path,
   const char delimiter = options.delimiter != 0 ? options.delimiter : csv::detectDelimiter(content);
   std::unique_ptr<CsvDataSource> source(new CsvDataSource(path));
   std::vector<std::string> names;
-  std::vector<csv::QuotedCells> quoted;
-  if (!csv::readTable(name, content, delimiter, names, source->columns_, quoted, source->lines_,
-                      source->rows_)) {
-    return nullptr;
-  }
-  std::string().swap(content);
+  csv::Body body;
+  if (!csv::readHeader(name, content, delimiter, names, body)) return nullptr;
 
-  // The dictionary is read before the columns are typed: its formats say
-  // which columns must be numbers or dates.
+  // The dictionary is read before the rows: its formats say which columns
+  // must be numbers or dates, and the rows are typed as they are read.
   const std::string dictionaryPath = path + kDictionarySuffix;
   std::unique_ptr<CsvDictionary> dictionary;
   std::error_code ec;
@@ -60,16 +56,25 @@ std::unique_ptr<CsvDataSource> CsvDataSource::Open(const std::string& path,
     dictionary = CsvDictionary::Load(dictionaryPath);
     if (!dictionary) return nullptr;
   }
+  const std::size_t rowsAtMost = csv::rowsAtMost(content, body);
+  std::vector<csv::ColumnTyper> typers;
+  typers.reserve(names.size());
+  for (const std::string& column : names) {
+    const csv::Wanted wanted =
+        csv::Wanted::byFormatType(dictionary ? dictionary->formatType(column) : 0);
+    typers.emplace_back(name, column, delimiter, wanted, wanted.dateOrder(options.dateOrder),
+                        rowsAtMost);
+  }
+  if (!csv::readRows(name, content, delimiter, body, rowsAtMost, typers, source->columns_,
+                     source->lines_, source->rows_)) {
+    return nullptr;
+  }
+  std::string().swap(content);
 
   source->variables_.reserve(names.size());
   for (std::size_t i = 0; i < names.size(); ++i) {
-    const csv::Wanted wanted =
-        csv::Wanted::byFormatType(dictionary ? dictionary->formatType(names[i]) : 0);
     csv::Typed typed;
-    if (!csv::typeColumn(name, names[i], source->columns_[i], source->lines_, quoted[i], delimiter,
-                         wanted, wanted.dateOrder(options.dateOrder), typed)) {
-      return nullptr;
-    }
+    typers[i].finish(source->columns_[i], typed);
     source->kinds_ += oneLine(names[i]) + ": " + typed.kind + "\n";
     VORN_Variable& variable = source->variables_.emplace_back(std::move(names[i]), !typed.numeric);
     variable.SetFormat(typed.format);

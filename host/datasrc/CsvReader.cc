@@ -2,6 +2,7 @@
 #include "datasrc/CsvReader.h"
 
 #include <algorithm>
+#include <bit>
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
@@ -9,6 +10,7 @@
 #include <limits>
 #include <unordered_map>
 
+#include "datasrc/CsvColumnTypes.h"
 #include "datasrc/CsvEncoding.h"
 #include "datasrc/CsvSupport.h"
 #include "platform/FileIo.h"
@@ -67,21 +69,26 @@ class FieldReader {
  public:
   enum class After { Delimiter, EndOfRecord };
 
-  FieldReader(std::string_view data, const std::string& name, char delimiter)
-      : data_(data), name_(name), delimiter_(delimiter) {}
+  FieldReader(std::string_view data, const std::string& name, char delimiter,
+              const Body& from = Body())
+      : data_(data), name_(name), delimiter_(delimiter), pos_(from.offset), line_(from.line) {}
 
   bool atEnd() const { return pos_ >= data_.size(); }
+  Body at() const { return {pos_, line_}; }
   std::int64_t line() const { return line_; }
   bool onlyLineBreaksLeft() const {
     return data_.find_first_not_of("\r\n", pos_) == std::string_view::npos;
   }
 
-  // Appends the next field's text to `out`, tells what ended it and whether
-  // it was quoted. False (reported) when the field is malformed.
-  bool nextField(std::string& out, After& after, bool& quoted) {
+  // The next field's text in `out`: a view of the data, or of `unquoted`
+  // (cleared first) where quotes had to be taken out. Tells what ended the
+  // field and whether it was quoted; false (reported) when it is malformed.
+  bool nextField(std::string_view& out, std::string& unquoted, After& after, bool& quoted) {
     quoted = pos_ < data_.size() && data_[pos_] == '"';
     if (quoted) {
-      if (!quotedField(out)) return false;
+      unquoted.clear();
+      if (!quotedField(unquoted)) return false;
+      out = unquoted;
     } else {
       // A plain loop: find_first_of looks each byte up in the set through a
       // call, and this runs over every byte of the file.
@@ -89,8 +96,8 @@ class FieldReader {
       const char* const last = data_.data() + data_.size();
       const char* end = begin;
       while (end != last && *end != delimiter_ && *end != '\r' && *end != '\n') ++end;
-      out.append(begin, end);
-      pos_ += static_cast<std::size_t>(end - begin);
+      out = std::string_view(begin, static_cast<std::size_t>(end - begin));
+      pos_ += out.size();
     }
     return delimiter(after);
   }
@@ -188,9 +195,8 @@ bool readText(const std::string& path, const std::string& name, const std::strin
   return decodeToHostCodePage(name, content, encoding);
 }
 
-bool readTable(const std::string& name, std::string_view data, char delimiter,
-               std::vector<std::string>& names, std::vector<CsvColumn>& columns,
-               std::vector<QuotedCells>& quotedCells, std::vector<int>& lines, int& rows) {
+bool readHeader(const std::string& name, std::string_view data, char delimiter,
+                std::vector<std::string>& names, Body& body) {
   if (data.find_first_not_of("\r\n") == std::string_view::npos) {
     refuse(name, 1, "empty file; a header row of variable names is needed");
     return false;
@@ -199,12 +205,14 @@ bool readTable(const std::string& name, std::string_view data, char delimiter,
   FieldReader::After after;
   bool quoted;
   std::vector<std::int64_t> nameLines;
+  std::string unquoted;
   do {
     nameLines.push_back(reader.line());
-    std::string text;
-    if (!reader.nextField(text, after, quoted)) return false;
-    names.push_back(std::move(text));
+    std::string_view text;
+    if (!reader.nextField(text, unquoted, after, quoted)) return false;
+    names.emplace_back(text);
   } while (after == FieldReader::After::Delimiter);
+  body = reader.at();
 
   std::unordered_map<std::string_view, std::size_t> seen;
   for (std::size_t i = 0; i < names.size(); ++i) {
@@ -226,22 +234,102 @@ bool readTable(const std::string& name, std::string_view data, char delimiter,
       return false;
     }
   }
+  return true;
+}
 
-  const std::size_t width = names.size();
-  columns.resize(width);
-  // Room for every row at once: a million rows grown step by step are
-  // copied over and over. A line end per row bounds the rows; the bytes
-  // left, shared out, roughly the columns' texts.
-  const auto rowsAtMost = static_cast<std::size_t>(std::count(data.begin(), data.end(), '\n') +
-                                                   std::count(data.begin(), data.end(), '\r')) +
-                          1;
-  lines.reserve(rowsAtMost);
-  for (CsvColumn& column : columns) {
-    column.ends.reserve(rowsAtMost);
-    column.text.reserve(data.size() / width);
+namespace {
+
+// How many times `byte` occurs in `text`, eight bytes at a time: this runs
+// over the whole file before its rows are read.
+std::size_t countByte(std::string_view text, char byte) {
+  constexpr std::uint64_t kLow7 = 0x7F7F7F7F7F7F7F7Fu;
+  const std::uint64_t pattern = 0x0101010101010101u * static_cast<unsigned char>(byte);
+  std::size_t count = 0;
+  std::size_t at = 0;
+  for (; at + 8 <= text.size(); at += 8) {
+    std::uint64_t word;
+    std::memcpy(&word, text.data() + at, 8);
+    const std::uint64_t zeroWhereEqual = word ^ pattern;
+    // The high bit of each byte that is zero, and of no other.
+    const std::uint64_t zeros = ~(((zeroWhereEqual & kLow7) + kLow7) | zeroWhereEqual | kLow7);
+    count += static_cast<std::size_t>(std::popcount(zeros));
   }
-  quotedCells.assign(width, QuotedCells());
-  std::string surplus;
+  for (; at < text.size(); ++at) count += text[at] == byte ? 1 : 0;
+  return count;
+}
+
+}  // namespace
+
+std::size_t rowsAtMost(std::string_view data, const Body& body) {
+  const std::string_view rest = data.substr(std::min(body.offset, data.size()));
+  const bool carriageReturns = rest.find('\r') != std::string_view::npos;
+  return countByte(rest, '\n') + (carriageReturns ? countByte(rest, '\r') : 0) + 1;
+}
+
+namespace {
+
+// A column's cells as texts, once its typer has found it is text: those of
+// the rows read before are read again from the body's start.
+class TextColumns {
+ public:
+  TextColumns(std::string_view data, const std::string& name, char delimiter, const Body& body,
+              std::size_t rowsAtMost, std::vector<CsvColumn>& columns)
+      : data_(data),
+        name_(name),
+        delimiter_(delimiter),
+        body_(body),
+        rowsAtMost_(rowsAtMost),
+        columns_(columns) {}
+
+  void keep(std::size_t index, std::size_t rowsBefore) {
+    CsvColumn& column = columns_[index];
+    column.ends.reserve(rowsAtMost_);
+    column.text.reserve(data_.size() / columns_.size());
+    FieldReader reader(data_, name_, delimiter_, body_);
+    FieldReader::After after;
+    bool quoted;
+    std::string_view text;
+    std::string unquoted;
+    for (std::size_t row = 0; row < rowsBefore; ++row) {
+      std::size_t field = 0;
+      do {
+        // These rows were read once already: they cannot fail now.
+        reader.nextField(text, unquoted, after, quoted);
+        if (field++ == index) add(column, text);
+      } while (after == FieldReader::After::Delimiter);
+    }
+  }
+
+  static void add(CsvColumn& column, std::string_view text) {
+    column.text.append(text);
+    column.ends.push_back(column.text.size());
+  }
+
+ private:
+  std::string_view data_;
+  const std::string& name_;
+  char delimiter_;
+  Body body_;
+  std::size_t rowsAtMost_;
+  std::vector<CsvColumn>& columns_;
+};
+
+}  // namespace
+
+bool readRows(const std::string& name, std::string_view data, char delimiter, const Body& body,
+              std::size_t rowsAtMost, std::vector<ColumnTyper>& typers,
+              std::vector<CsvColumn>& columns, std::vector<int>& lines, int& rows) {
+  const std::size_t width = typers.size();
+  columns.assign(width, CsvColumn());
+  lines.reserve(rowsAtMost);
+  // Whether each column is still being typed; the others keep texts.
+  std::vector<char> typing(width, 1);
+  TextColumns texts(data, name, delimiter, body, rowsAtMost, columns);
+  FieldReader reader(data, name, delimiter, body);
+  FieldReader::After after;
+  bool quoted;
+  std::string_view text;
+  std::string unquoted;
   std::int64_t count = 0;
   while (!reader.atEnd()) {
     // With several columns an empty line cannot be a case, so blank lines at
@@ -249,21 +337,25 @@ bool readTable(const std::string& name, std::string_view data, char delimiter,
     // case and an empty one a missing value.
     if (width > 1 && reader.onlyLineBreaksLeft()) break;
     const std::int64_t startLine = reader.line();
+    const int line = csv::reportLine(startLine);
     std::size_t fields = 0;
     do {
-      std::string* out = &surplus;
+      if (!reader.nextField(text, unquoted, after, quoted)) return false;
       if (fields < width) {
-        out = &columns[fields].text;
-      } else {
-        surplus.clear();
-      }
-      if (!reader.nextField(*out, after, quoted)) return false;
-      if (fields < width) {
-        columns[fields].ends.push_back(out->size());
-        if (quoted) {
-          QuotedCells& cells = quotedCells[fields];
-          cells.resize(static_cast<std::size_t>(count) + 1, false);
-          cells.back() = true;
+        if (!typing[fields]) {
+          TextColumns::add(columns[fields], text);
+        } else {
+          switch (typers[fields].add(text, quoted, line)) {
+            case ColumnTyper::Step::Typed:
+              break;
+            case ColumnTyper::Step::Text:
+              typing[fields] = 0;
+              texts.keep(fields, static_cast<std::size_t>(count));
+              TextColumns::add(columns[fields], text);
+              break;
+            case ColumnTyper::Step::Refused:
+              return false;
+          }
         }
       }
       ++fields;
@@ -278,7 +370,7 @@ bool readTable(const std::string& name, std::string_view data, char delimiter,
       refuse(name, startLine, "more rows than a data source can hold");
       return false;
     }
-    lines.push_back(csv::reportLine(startLine));
+    lines.push_back(line);
   }
   rows = static_cast<int>(count);
   return true;

@@ -6,8 +6,8 @@
 // the variables: none may be empty, hold a NUL byte or repeat another. Every
 // later record must have as many fields as the header; blank lines after the
 // last record end the file unless there is a single column, where each line
-// is a case. Every cell is kept as the text read, with a note of the quoted
-// ones: typing them is CsvColumnTypes.h's work.
+// is a case. Cells are typed as they are read (CsvColumnTypes.h): only the
+// columns that turn out to be text keep their cells' texts.
 #ifndef CHARTXML_HOST_DATASRC_CSVREADER_H_
 #define CHARTXML_HOST_DATASRC_CSVREADER_H_
 
@@ -51,15 +51,32 @@ bool readText(const std::string& path, const std::string& name, const std::strin
 // respected); on a tie the first of ',', ';' and tab.
 char detectDelimiter(std::string_view text);
 
-// Which cells of a column were quoted; rows past the end were not.
-using QuotedCells = std::vector<bool>;
+class ColumnTyper;
 
-// Reads the header into `names` and every row into text columns, noting
-// the quoted cells and the file line on which each row begins; false
-// (reported under `name`) when the file is malformed.
-bool readTable(const std::string& name, std::string_view data, char delimiter,
-               std::vector<std::string>& names, std::vector<CsvColumn>& columns,
-               std::vector<QuotedCells>& quotedCells, std::vector<int>& lines, int& rows);
+// Where the rows begin: the byte after the header record, and its line.
+struct Body {
+  std::size_t offset = 0;
+  std::int64_t line = 1;
+};
+
+// Reads the header record into `names`; false (reported under `name`) when
+// the file is empty, the header malformed, or a name empty, holding a NUL
+// byte or given twice.
+bool readHeader(const std::string& name, std::string_view data, char delimiter,
+                std::vector<std::string>& names, Body& body);
+
+// A bound on the rows of the body, for room taken once: a line end a row.
+std::size_t rowsAtMost(std::string_view data, const Body& body);
+
+// Reads every row after the header (at most `rowsAtMost`, as rowsAtMost()
+// counts them), noting the file line on which each begins. Each column's
+// cells go to its typer (one a column) while it types them, and are kept as
+// texts in `columns` (sized here) from the moment its typer finds the column
+// is text, with those read before. False (reported under `name`) when a row
+// is malformed or a typer refuses a value.
+bool readRows(const std::string& name, std::string_view data, char delimiter, const Body& body,
+              std::size_t rowsAtMost, std::vector<ColumnTyper>& typers,
+              std::vector<CsvColumn>& columns, std::vector<int>& lines, int& rows);
 
 }  // namespace csv
 

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <cstdlib>
 
 namespace chartxml::render {
 namespace {
@@ -21,27 +22,23 @@ std::size_t rounded(std::size_t bytes) {
 void* allocateLarge(std::size_t bytes) {
   const std::size_t size = rounded(bytes);
   if (size < bytes) throw std::bad_alloc();
-  // One huge page more than asked, so that an aligned block fits; the ends
-  // beyond it go back at once.
-  void* mapped = mmap(nullptr, size + kHugePage, PROT_READ | PROT_WRITE,
-                      MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-  if (mapped == MAP_FAILED) throw std::bad_alloc();
-  const auto start = reinterpret_cast<std::uintptr_t>(mapped);
-  const std::uintptr_t aligned = (start + kHugePage - 1) & ~(std::uintptr_t{kHugePage} - 1);
-  if (aligned > start) munmap(mapped, aligned - start);
-  const std::uintptr_t tail = start + size + kHugePage - (aligned + size);
-  if (tail > 0) munmap(reinterpret_cast<void*>(aligned + size), tail);
+  // From the C library's heap, not straight from the kernel: where the
+  // process keeps big blocks there, the memory of data read and dropped
+  // before (the file's text, another program stage's columns) is used
+  // again instead of faulting in fresh pages.
+  void* block = std::aligned_alloc(kHugePage, size);
+  if (block == nullptr) throw std::bad_alloc();
   // Only a wish: without huge pages the block is ordinary memory.
-  madvise(reinterpret_cast<void*>(aligned), size, MADV_HUGEPAGE);
+  madvise(block, size, MADV_HUGEPAGE);
   const std::size_t now = live += size;
   for (std::size_t most = peak; now > most && !peak.compare_exchange_weak(most, now);) {
   }
-  return reinterpret_cast<void*>(aligned);
+  return block;
 }
 
 void releaseLarge(void* block, std::size_t bytes) noexcept {
   if (block == nullptr) return;
-  munmap(block, rounded(bytes));
+  std::free(block);
   live -= rounded(bytes);
 }
 

@@ -1,9 +1,9 @@
 // Storage for the millions: a data column, a layer's positions, a file's
 // text. Elements are not zeroed when a vector grows by resize() (its owner
-// writes each before reading it), and large blocks come straight from the
-// kernel as huge pages where it offers them: ten million numbers then fault
-// in 40 times instead of 20,000, which on a virtual machine is most of the
-// cost of touching them.
+// writes each before reading it), and large blocks are aligned to huge pages
+// and ask for them where the kernel offers them: ten million numbers then
+// fault in 40 times instead of 20,000, which on a virtual machine is most of
+// the cost of touching them.
 #pragma once
 
 #include <cstddef>

@@ -449,6 +449,46 @@ int writeIntoFolder(const std::string& out, const std::vector<PictureFormat>& pi
   return kExitOk;
 }
 
+// Reads the data, builds the chart and sends it: kExitOk, or the status of
+// the refusal made. The data and the library instance are gone when it
+// returns, so that drawing the chart reuses their memory.
+int readAndSend(PlotSetup& setup, const Parsed& parsed, const std::string& out) {
+  std::string error;
+  auto session = Session::open(parsed.positional.front(), setup.reading(), error);
+  if (!session) return complain("plot", error, kExitFailure);
+  if (parsed.has("verbose")) {
+    std::istringstream kinds(session->columnKinds());
+    for (std::string line; std::getline(kinds, line);) {
+      std::fprintf(stderr, "chartxml plot: %s: %s\n", session->name().c_str(), line.c_str());
+    }
+  }
+  const Table table = session->table();
+  if (table.rows() == 0) {
+    return complain("plot", table.path() + ": has a header but no rows; nothing to chart",
+                    kExitFailure);
+  }
+  if (auto refusal = setup.checkColumns(table)) {
+    return complain("plot", refusal->message, refusal->status);
+  }
+  if (auto refusal = setup.fitCurve(table)) {
+    return complain("plot", refusal->message, refusal->status);
+  }
+  setup.describe(table);
+
+  if (setup.output()) {
+    // Kept in memory only: the tool writes the files under the names given.
+    ::unsetenv("CHARTXML_OUTPUT");
+    cxh_set_output_dir(nullptr);
+  } else if (!useOutputFolder(out, error)) {
+    return complain("plot", error, kExitFailure);
+  }
+  if (!session->start(parsed.value("lang").value_or(""), error)) {
+    return complain("plot", error, kExitFailure);
+  }
+  if (!session->send(table, setup.request(), error)) return complain("plot", error, kExitFailure);
+  return kExitOk;
+}
+
 }  // namespace
 
 int runPlot(std::span<char* const> args) {
@@ -477,39 +517,8 @@ int runPlot(std::span<char* const> args) {
     return complain("plot", refusal->message, refusal->status);
   }
 
-  auto session = Session::open(parsed->positional.front(), setup.reading(), error);
-  if (!session) return complain("plot", error, kExitFailure);
-  if (parsed->has("verbose")) {
-    std::istringstream kinds(session->columnKinds());
-    for (std::string line; std::getline(kinds, line);) {
-      std::fprintf(stderr, "chartxml plot: %s: %s\n", session->name().c_str(), line.c_str());
-    }
-  }
-  const Table table = session->table();
-  if (table.rows() == 0) {
-    return complain("plot", table.path() + ": has a header but no rows; nothing to chart",
-                    kExitFailure);
-  }
-  if (auto refusal = setup.checkColumns(table)) {
-    return complain("plot", refusal->message, refusal->status);
-  }
-  if (auto refusal = setup.fitCurve(table)) {
-    return complain("plot", refusal->message, refusal->status);
-  }
-  setup.describe(table);
-
   const std::string out = parsed->value("out").value_or("out");
-  if (setup.output()) {
-    // Kept in memory only: the tool writes the files under the names given.
-    ::unsetenv("CHARTXML_OUTPUT");
-    cxh_set_output_dir(nullptr);
-  } else if (!useOutputFolder(out, error)) {
-    return complain("plot", error, kExitFailure);
-  }
-  if (!session->start(parsed->value("lang").value_or(""), error)) {
-    return complain("plot", error, kExitFailure);
-  }
-  if (!session->send(table, setup.request(), error)) return complain("plot", error, kExitFailure);
+  if (const int status = readAndSend(setup, *parsed, out); status != kExitOk) return status;
   return setup.output() ? writeOutputFiles(setup.outputFiles()) : writeIntoFolder(out, pictures);
 }
 

@@ -1,5 +1,6 @@
 #include "cli/Table.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <limits>
@@ -83,8 +84,22 @@ const std::string& Table::labelOf(std::size_t column) const {
 }
 
 std::size_t Table::distinctNumbers(std::size_t column, std::size_t limit) const {
+  const std::vector<double>& numbers = columns_[column].numbers;
+  // The usual question is whether a column holds a handful of values: a
+  // short list looked through beats hashing each of a million of them.
+  constexpr std::size_t kListed = 16;
+  if (limit < kListed) {
+    double seen[kListed];
+    std::size_t count = 0;
+    for (const double value : numbers) {
+      if (std::isnan(value) || std::find(seen, seen + count, value) != seen + count) continue;
+      seen[count++] = value;
+      if (count > limit) break;
+    }
+    return count;
+  }
   std::unordered_set<double> seen;
-  for (const double value : columns_[column].numbers) {
+  for (const double value : numbers) {
     if (std::isnan(value)) continue;
     seen.insert(value);
     if (seen.size() > limit) break;

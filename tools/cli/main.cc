@@ -1,6 +1,7 @@
 // chartxml: charts of data files through the chartxml library's flat CX_
 // entry points, written out as the reference host is sent them.
 #include <dlfcn.h>
+#include <malloc.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -72,17 +73,21 @@ void* loadCommandsModule(std::string& why) {
 constexpr std::uintmax_t kLargeInput = std::uintmax_t{16} << 20;
 constexpr std::string_view kHugePages = "glibc.malloc.hugetlb=1";
 
-void startAgainWithHugePagesForLargeFiles(int argc, char** argv) {
+bool hasLargeInput(int argc, char** argv) {
+  for (int i = 2; i < argc; ++i) {
+    std::error_code error;
+    if (argv[i][0] != '-' && std::filesystem::is_regular_file(argv[i], error) &&
+        std::filesystem::file_size(argv[i], error) >= kLargeInput && !error) {
+      return true;
+    }
+  }
+  return false;
+}
+
+void startAgainWithHugePages(char** argv) {
   const char* tunables = std::getenv("GLIBC_TUNABLES");
   // Set already (by this tool or by the user, who then decides).
   if (tunables != nullptr && std::strstr(tunables, "glibc.malloc.hugetlb") != nullptr) return;
-  bool large = false;
-  for (int i = 2; i < argc && !large; ++i) {
-    std::error_code error;
-    large = argv[i][0] != '-' && std::filesystem::is_regular_file(argv[i], error) &&
-            std::filesystem::file_size(argv[i], error) >= kLargeInput && !error;
-  }
-  if (!large) return;
   const std::string before = tunables != nullptr ? tunables : "";
   const std::string value =
       before.empty() ? std::string(kHugePages) : before + ":" + std::string(kHugePages);
@@ -94,6 +99,18 @@ void startAgainWithHugePagesForLargeFiles(int argc, char** argv) {
   } else {
     ::unsetenv("GLIBC_TUNABLES");
   }
+}
+
+// A big plot passes its data from stage to stage (the file's text, the
+// host's columns, the tool's copy, the chart's feed, the renderer's), each
+// tens of megabytes freed before the next is made. Blocks that big come
+// from the kernel and go back to it on release, so every stage faults in
+// fresh pages; kept in the heap instead (as large as the C library lets a
+// heap block be), each stage reuses the memory of the one before.
+void keepLargeBlocksInTheHeap() {
+  constexpr int kLargestHeapBlock = 32 << 20;
+  mallopt(M_MMAP_THRESHOLD, kLargestHeapBlock);
+  mallopt(M_TRIM_THRESHOLD, 2 * kLargestHeapBlock);
 }
 
 // Runs one of the commands of the commands module, loaded now. The module
@@ -141,7 +158,10 @@ int main(int argc, char** argv) {
   }
   if (command == "render") return runRender(rest);
   if (command == "demo" || command == "plot" || command == "check") {
-    if (command == "plot") startAgainWithHugePagesForLargeFiles(argc, argv);
+    if (command == "plot" && hasLargeInput(argc, argv)) {
+      startAgainWithHugePages(argv);
+      keepLargeBlocksInTheHeap();
+    }
     return runFromModule(command, rest);
   }
   std::fprintf(stderr,
