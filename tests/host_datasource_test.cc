@@ -2,6 +2,10 @@
 // procedure's view through a dictionary.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <bit>
+#include <charconv>
+#include <cstdint>
 #include <cstdio>
 
 #include <filesystem>
@@ -224,6 +228,43 @@ TEST_F(DataSourceTest, ColumnFoundToBeTextLateKeepsEveryCellAsWritten) {
   EXPECT_EQ(source->LineOfRow(1), 4);
   EXPECT_EQ(source->LineOfRow(40), 2 + 40 + 14);
   EXPECT_EQ(source->GetVariable(0)->GetFormatEx(), (VORN_Format{1, 6, 0}));
+}
+
+// Plain decimals of up to 15 digits are read the quick way: they must read
+// as std::from_chars reads them, bit for bit, and count their decimals for
+// the guessed format as longer ones do.
+TEST_F(DataSourceTest, DecimalsReadAsFromCharsReadsThem) {
+  std::uint64_t state = 0x5EEDu;
+  const auto next = [&state] {
+    state = state * 6364136223846793005u + 1442695040888963407u;
+    return state >> 33;
+  };
+  std::vector<std::string> texts;
+  std::string csv = "n\n";
+  int most = 0;
+  for (int i = 0; i < 20000; ++i) {
+    const int digits = 1 + static_cast<int>(next() % 17);
+    const int point = static_cast<int>(next() % static_cast<std::uint64_t>(digits + 1));
+    std::string text = next() % 3 == 0 ? "-" : "";
+    for (int d = 0; d < digits; ++d) {
+      if (d == point && d > 0) text += '.';
+      text += static_cast<char>('0' + next() % 10);
+    }
+    if (point > 0 && point < digits) most = std::max(most, digits - point);
+    texts.push_back(text);
+    csv += text + "\n";
+  }
+  Source source = load(csv);
+  ASSERT_NE(source, nullptr) << lastReport();
+  ASSERT_EQ(source->RowCount(), 20000);
+  for (int r = 0; r < 20000; ++r) {
+    double want = 0;
+    std::from_chars(texts[r].data(), texts[r].data() + texts[r].size(), want);
+    ASSERT_EQ(std::bit_cast<std::uint64_t>(source->GetNumber(r, 0)),
+              std::bit_cast<std::uint64_t>(want))
+        << texts[r];
+  }
+  EXPECT_EQ(source->GetVariable(0)->GetFormatEx().decimals, std::min(most, 16));
 }
 
 TEST_F(DataSourceTest, ReadsInfinitiesAsNumbersAndQuotedFieldsAsTexts) {

@@ -120,6 +120,44 @@ TEST(RenderCsvNumbers, ShortestTextsOfRandomDoublesReadBackBitForBit) {
   EXPECT_EQ(wrong, 0);
 }
 
+// Decimal texts as data holds them: up to 17 digits (15 and fewer are read
+// the quick way), the point anywhere or nowhere, leading zeros, signs.
+std::vector<std::string> randomDecimals(int count) {
+  std::mt19937_64 random(0xdec1);
+  std::vector<std::string> texts;
+  for (int i = 0; i < count; ++i) {
+    const int digits = 1 + static_cast<int>(random() % 17);
+    std::string text = random() % 3 == 0 ? "-" : "";
+    const int point = static_cast<int>(random() % (digits + 2)) - 1;  // -1: none
+    for (int d = 0; d < digits; ++d) {
+      if (d == point) text += '.';
+      text += static_cast<char>('0' + random() % 10);
+    }
+    if (point == digits) text += '.';
+    texts.push_back(text);
+  }
+  return texts;
+}
+
+TEST(RenderCsvNumbers, DecimalsReadAsFromCharsReadsThem) {
+  const std::vector<std::string> texts = randomDecimals(200000);
+  std::string csv = "a,b\n";
+  for (std::size_t i = 0; i < texts.size(); ++i) csv += texts[i] + (i % 2 == 0 ? "," : "\n");
+  std::string error;
+  const auto table = readCsv(csv, "d.csv", error);
+  ASSERT_TRUE(table) << error;
+  int wrong = 0;
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    double want = 0;
+    std::from_chars(texts[i].data(), texts[i].data() + texts[i].size(), want);
+    const double got = table->columns[i % 2].numbers[i / 2];
+    if (bitsOf(got) != bitsOf(want) && ++wrong <= 5) {
+      ADD_FAILURE() << texts[i] << " read as " << got;
+    }
+  }
+  EXPECT_EQ(wrong, 0);
+}
+
 // A file of `rows` rows "i,i/4,cell" with CR LF ends, a blank line before
 // every 1000th row and the texts "t0", "t1", "t2" in column c of every
 // 7919th row from `firstText` on (numbers elsewhere).

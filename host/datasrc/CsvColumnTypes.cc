@@ -11,6 +11,7 @@
 #include "chartxml/codes.h"
 #include "chartxml/host/Platform.h"
 #include "datasrc/CsvSupport.h"
+#include "platform/PlainDecimal.h"
 
 namespace cxhost::csv {
 
@@ -201,17 +202,19 @@ ColumnTyper::Step ColumnTyper::add(std::string_view cell, bool quoted, int line)
     text_ = true;
     return Step::Text;
   }
-  double value;
   // A number first: missing-value tokens never read as numbers (NaN is refused).
-  if (seen_ != Seen::Dates && parseNumber(cell, value, true)) {
-    seen_ = Seen::Numbers;
-    numbers_.push_back(value);
-    if (std::isfinite(value)) {
-      largest_ = std::max(largest_, std::fabs(value));
-      negative_ = negative_ || std::signbit(value);
-      decimals_ = std::max(decimals_, decimalsOf(cell));
+  if (seen_ != Seen::Dates) {
+    double value = 0;
+    int decimals = 0;
+    const char* const end = cell.data() + cell.size();
+    if (cxio::scanPlainDecimal(cell.data(), end, value, decimals) == end && !cell.empty()) {
+      addNumber(value, decimals);
+      return Step::Typed;
     }
-    return Step::Typed;
+    if (parseNumber(cell, value, true)) {
+      addNumber(value, std::isfinite(value) ? decimalsOf(cell) : 0);
+      return Step::Typed;
+    }
   }
   if (isMissingToken(cell)) {
     numbers_.push_back(kVornMissingValue);
@@ -225,6 +228,15 @@ ColumnTyper::Step ColumnTyper::add(std::string_view cell, bool quoted, int line)
     return Step::Text;
   }
   return refuse(cell, line, std::move(problem));
+}
+
+void ColumnTyper::addNumber(double value, int decimals) {
+  seen_ = Seen::Numbers;
+  numbers_.push_back(value);
+  if (!std::isfinite(value)) return;
+  largest_ = std::max(largest_, std::fabs(value));
+  negative_ = negative_ || std::signbit(value);
+  decimals_ = std::max(decimals_, decimals);
 }
 
 ColumnTyper::Step ColumnTyper::refuse(std::string_view cell, int line, std::string problem) const {

@@ -91,6 +91,7 @@ class ColumnTyper {
 
  private:
   enum class Seen { Nothing, Numbers, Dates };
+  void addNumber(double value, int decimals);
   Step refuse(std::string_view cell, int line, std::string problem) const;
 
   const std::string& file_;
