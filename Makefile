@@ -50,9 +50,11 @@ SANITIZER_ENV = ASAN_OPTIONS=detect_leaks=1:abort_on_error=1:fast_unwind_on_mall
   LSAN_OPTIONS=suppressions=$(CURDIR)/tests/lsan.supp:print_suppressions=0 \
   UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 
+# Line tables are all the debug information a sanitizer's report needs, and
+# the rest is a tenth of the build's time.
 test-sanitize: deps
 	cmake -S . -B $(ASAN_BUILD) -DCMAKE_BUILD_TYPE=Debug -DCHARTXML_SANITIZE=ON -DCHARTXML_BUILD_BENCH=OFF \
-	  -DCHARTXML_WERROR=$(WERROR)
+	  -DCMAKE_C_FLAGS_DEBUG=-g1 -DCMAKE_CXX_FLAGS_DEBUG=-g1 -DCHARTXML_WERROR=$(WERROR)
 	cmake --build $(ASAN_BUILD) -j $(JOBS)
 	$(SANITIZER_ENV) ctest --test-dir $(ASAN_BUILD) --output-on-failure -j $(JOBS)
 
@@ -60,14 +62,21 @@ test-sanitize: deps
 # from gcc's: under AddressSanitizer and UndefinedBehaviorSanitizer too. The
 # fuzz targets share this build (the libraries carry the fuzzer's coverage
 # instrumentation as well), so that CI compiles everything with clang once.
+# Line tables only, as for the gcc sanitizer build (a quarter of clang's
+# time). The slowest tests (the demo run twice over, every allocation
+# failing in turn, the browser's pages) have run under the gcc sanitizer
+# build already and are left out here.
+CLANG_DEBUG_INFO = -O2 -gline-tables-only -DNDEBUG
 CLANG_FLAGS = -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
-  -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCHARTXML_SANITIZE=ON -DCHARTXML_FUZZ=ON \
+  -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_C_FLAGS_RELWITHDEBINFO="$(CLANG_DEBUG_INFO)" \
+  -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="$(CLANG_DEBUG_INFO)" -DCHARTXML_SANITIZE=ON -DCHARTXML_FUZZ=ON \
   -DCHARTXML_BUILD_BENCH=OFF -DCHARTXML_WERROR=$(WERROR)
+CLANG_SKIPPED = EveryDemoFileIsTheSameOnEveryRun|AllocationFaults\.|browser_pages|WideChartsAreBuiltAndCompleted|GalleryOpensInABrowser
 
 test-clang: deps
 	cmake -S . -B $(CLANG_BUILD) $(CLANG_FLAGS)
 	cmake --build $(CLANG_BUILD) -j $(JOBS)
-	$(SANITIZER_ENV) ctest --test-dir $(CLANG_BUILD) --output-on-failure -j $(JOBS)
+	$(SANITIZER_ENV) ctest --test-dir $(CLANG_BUILD) --output-on-failure -j $(JOBS) -E '$(CLANG_SKIPPED)'
 
 # libFuzzer targets (fuzz/): the CX_ call sequences, the CSV reader and its
 # dictionary, and the document check. Built with clang in $(FUZZ_BUILD)/ (the
