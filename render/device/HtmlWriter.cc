@@ -386,8 +386,7 @@ class HtmlWriter {
     number(scene_.height);
     std::size_t marks = 0;
     for (const SceneItem& item : scene_.items) {
-      if (const auto* b = std::get_if<PointBatch>(&item);
-          b && (b->role == "mark point" || b->pageOnly)) {
+      if (const auto* b = std::get_if<PointBatch>(&item); b && b->hoverable()) {
         marks += device::pointCount(*b);
       }
     }
@@ -409,7 +408,7 @@ class HtmlWriter {
         continue;
       }
       const auto* b = std::get_if<PointBatch>(&item);
-      if (b == nullptr || (b->role != "mark point" && !b->pageOnly)) continue;
+      if (b == nullptr || !b->hoverable()) continue;
       if (!first) out_ += ',';
       first = false;
       batch(*b, group);

@@ -515,7 +515,7 @@ class SvgWriter {
   }
 
   void writeBatch(const PointBatch& batch) {
-    if (forPage_ && (batch.role == "mark point" || batch.pageOnly)) {
+    if (forPage_ && batch.hoverable()) {
       // The page's script draws these; the group keeps their place.
       out_ += "<g";
       role(batch.role);

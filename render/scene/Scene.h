@@ -109,6 +109,10 @@ struct PointBatch {
   std::shared_ptr<const CaseTable> cases;
   LargeVector<std::uint32_t> caseIndex;
   bool pageOnly = false;  // a page's hover targets (a line's vertices): pictures draw none
+
+  // Whether a page gives each point a hover target with its case (a
+  // scatter's markers, a line's vertices), not only a picture.
+  bool hoverable() const { return role == "mark point" || pageOnly; }
 };
 
 struct Font {
