@@ -99,6 +99,15 @@ class SentCharts {
 
 }  // namespace
 
+bool useCompactFonts() {
+  try {
+    return render::TextEngine::makeCompactFontsCurrent();
+  } catch (...) {
+    // The fonts stay as fontconfig has them: slower to start, the same pictures.
+    return false;
+  }
+}
+
 std::optional<PictureFormat> pictureFormatOf(std::string_view path) {
   const std::size_t dot = path.rfind('.');
   if (dot == std::string_view::npos) return std::nullopt;

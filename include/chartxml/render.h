@@ -88,7 +88,7 @@ namespace chartxml {
 
 /// The picture formats the renderer writes.
 enum class PictureFormat {
-  kPng,  ///< PNG through cairo, compressed by zlib
+  kPng,  ///< PNG drawn by cairo, compressed by the renderer's own deflate encoder
   kSvg,  ///< SVG by the renderer's own writer
   kPdf,  ///< PDF through cairo
   kHtml  ///< a self-contained interactive HTML page: the SVG inline and a script
@@ -97,6 +97,18 @@ enum class PictureFormat {
 /// The format an output file's extension names (.png, .svg, .pdf, .html or
 /// .htm; any case).
 CHARTXML_RENDER_EXPORT std::optional<PictureFormat> pictureFormatOf(std::string_view path);
+
+/// For a program in which nothing but the renderer uses fontconfig (a
+/// command-line tool that draws a chart and ends): makes the renderer's
+/// compact font set fontconfig's current configuration, so that the first
+/// text does not wait for the system's whole configuration to be read;
+/// texts the set cannot draw still get their fonts, from the whole
+/// configuration read when first needed. Pictures are the same either way.
+/// Call it before anything in the process uses fontconfig: the
+/// configuration it replaces is freed. False, changing nothing, when the
+/// environment chooses the fonts (FONTCONFIG_FILE, FONTCONFIG_PATH,
+/// FONTCONFIG_SYSROOT) or the usual font folders lack the renderer's fonts.
+CHARTXML_RENDER_EXPORT bool useCompactFonts();
 
 /// The picture's size in pixels (points for PDF) and, for PNG, the factor its
 /// pixels are multiplied by; as cxr_options, with its defaults.

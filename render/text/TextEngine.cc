@@ -1,11 +1,16 @@
 #include "text/TextEngine.h"
 
+#include <fontconfig/fontconfig.h>
 #include <pango/pangocairo.h>
+#include <pango/pangofc-fontmap.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -66,42 +71,117 @@ Cjk cjkOf(const std::string& text) {
   return han ? Cjk::kChinese : Cjk::kNone;
 }
 
-std::string cacheKey(std::string_view text, const Font& font) {
-  std::string key(sizeof font.size + 1, '\0');
-  std::memcpy(key.data(), &font.size, sizeof font.size);
-  key.back() = font.bold ? 'b' : 'r';
-  key.append(text);
-  return key;
+// The fonts fontconfig offers to most texts: the faces of the families the
+// engine names before its generic one, from the usual font folders, read
+// through their caches. The system's whole configuration is dozens of files
+// of rules, read in milliseconds and applied to every font size's lookup;
+// the rules change nothing for a text these faces draw, as the named
+// families come first (the tests compare the two). A text they cannot
+// draw, and a Chinese or Korean one (whose face the rules choose), is laid
+// out with the whole configuration.
+constexpr const char* kCompactConfig = R"(<?xml version="1.0"?>
+<fontconfig>
+  <dir>/usr/share/fonts</dir>
+  <dir>/usr/local/share/fonts</dir>
+  <dir prefix="xdg">fonts</dir>
+  <dir>~/.fonts</dir>
+  <cachedir>/var/cache/fontconfig</cachedir>
+  <cachedir prefix="xdg">fontconfig</cachedir>
+  <cachedir>~/.fontconfig</cachedir>
+  <selectfont>
+    <rejectfont><pattern/></rejectfont>
+    <acceptfont>
+      <pattern><patelt name="family"><string>DejaVu Sans</string></patelt></pattern>
+      <pattern><patelt name="family"><string>Noto Sans CJK JP</string></patelt></pattern>
+    </acceptfont>
+  </selectfont>
+</fontconfig>
+)";
+
+// The family the compact set must hold to be used at all: the first one the
+// engine asks for.
+constexpr const char* kFirstFamily = "DejaVu Sans";
+
+// A user who points fontconfig elsewhere chooses the fonts: then only the
+// configuration fontconfig reads by itself is used.
+bool environmentChoosesFonts() {
+  for (const char* name : {"FONTCONFIG_FILE", "FONTCONFIG_PATH", "FONTCONFIG_SYSROOT"}) {
+    const char* value = std::getenv(name);
+    if (value != nullptr && *value != '\0') return true;
+  }
+  return false;
 }
 
-}  // namespace
+bool holdsFamily(FcConfig* config, const char* family) {
+  FcFontSet* fonts = FcConfigGetFonts(config, FcSetSystem);
+  if (fonts == nullptr) return false;
+  for (int i = 0; i < fonts->nfont; ++i) {
+    FcChar8* name = nullptr;
+    for (int n = 0; FcPatternGetString(fonts->fonts[i], FC_FAMILY, n, &name) == FcResultMatch;
+         ++n) {
+      if (std::strcmp(reinterpret_cast<const char*>(name), family) == 0) return true;
+    }
+  }
+  return false;
+}
 
-struct TextEngine::Impl {
+// The process's font configurations, shared by every engine and never freed
+// (fontconfig keeps its own default to the end as well).
+struct FontConfigs {
+  std::once_flag compactOnce;
+  FcConfig* compact = nullptr;  // null: none (the environment chose, or no such fonts)
+  std::once_flag wholeOnce;
+  FcConfig* whole = nullptr;
+  // The compact set is fontconfig's current configuration (makeCompactFontsCurrent).
+  std::atomic<bool> compactIsCurrent{false};
+};
+
+FontConfigs& fontConfigs() {
+  static FontConfigs* configs = new FontConfigs;
+  return *configs;
+}
+
+FcConfig* compactConfig() {
+  FontConfigs& configs = fontConfigs();
+  std::call_once(configs.compactOnce, [&] {
+#if FC_VERSION >= 21291
+    if (environmentChoosesFonts()) return;
+    FcConfig* config = FcConfigCreate();
+    if (config == nullptr) return;
+    if (FcConfigParseAndLoadFromMemory(config, reinterpret_cast<const FcChar8*>(kCompactConfig),
+                                       FcFalse) &&
+        FcConfigBuildFonts(config) && holdsFamily(config, kFirstFamily)) {
+      configs.compact = config;
+    } else {
+      FcConfigDestroy(config);
+    }
+#endif
+  });
+  return configs.compact;
+}
+
+// The configuration for texts the compact set cannot draw: null for
+// fontconfig's current one, unless the compact set has taken its place.
+FcConfig* wholeConfig() {
+  FontConfigs& configs = fontConfigs();
+  if (!configs.compactIsCurrent.load()) return nullptr;
+  std::call_once(configs.wholeOnce, [&] { configs.whole = FcInitLoadConfigAndFonts(); });
+  return configs.whole;
+}
+
+// A font map with its context and layout, set up alike for every device.
+struct Shaper {
   PangoFontMap* fontMap = nullptr;
   PangoContext* context = nullptr;
   PangoLayout* layout = nullptr;
-  PangoFontDescription* description = nullptr;
 
-  std::unordered_map<std::string, TextBox> cache;
-
-  // What `layout` holds: the key of the text and font it was given (empty
-  // when nothing is laid out), the cleaned text and its box.
-  std::string laidKey;
-  std::string laidText;
-  TextBox laidBox;
-  PangoRectangle laidLogical{};
-
-  std::vector<TextLine> lines;
-  std::vector<PangoLayoutLine*> layoutLines;
-
-  // The families Chinese and Korean texts ask for: a face fontconfig
-  // holds for the language ahead of the Japanese one, when it has such a
-  // face; else the common list. Found on first use.
-  std::string chineseFamilies, koreanFamilies;
-  bool familiesFound = false;
-
-  Impl() {
-    fontMap = pango_cairo_font_map_new();
+  // Takes `map` (a new one when null) over; `config` null: fontconfig's
+  // current configuration.
+  Shaper(PangoFontMap* map, FcConfig* config) : fontMap(map) {
+    if (fontMap == nullptr) fontMap = pango_cairo_font_map_new();
+    if (config != nullptr && PANGO_IS_FC_FONT_MAP(fontMap)) {
+      pango_fc_font_map_set_config(PANGO_FC_FONT_MAP(fontMap), config);
+    }
     // 72 dpi: a size in points is a size in pixels.
     pango_cairo_font_map_set_resolution(PANGO_CAIRO_FONT_MAP(fontMap), 72);
     context = pango_font_map_create_context(fontMap);
@@ -125,16 +205,76 @@ struct TextEngine::Impl {
     // Alignment stays ours (TextLine::left): lines are drawn one by one, so
     // pango's flipping of a right-to-left paragraph's alignment never shows.
     pango_layout_set_auto_dir(layout, TRUE);
+  }
 
+  ~Shaper() {
+    g_object_unref(layout);
+    g_object_unref(context);
+    g_object_unref(fontMap);
+  }
+
+  Shaper(const Shaper&) = delete;
+  Shaper& operator=(const Shaper&) = delete;
+};
+
+std::string cacheKey(std::string_view text, const Font& font) {
+  std::string key(sizeof font.size + 1, '\0');
+  std::memcpy(key.data(), &font.size, sizeof font.size);
+  key.back() = font.bold ? 'b' : 'r';
+  key.append(text);
+  return key;
+}
+
+}  // namespace
+
+struct TextEngine::Impl {
+  // Texts are laid out with the compact set when there is one and it draws
+  // them, else with the whole configuration (made when first needed).
+  std::unique_ptr<Shaper> compact;
+  std::unique_ptr<Shaper> whole;
+  PangoFontDescription* description = nullptr;
+
+  std::unordered_map<std::string, TextBox> cache;
+
+  // What `laid` holds: the key of the text and font it was given (empty
+  // when nothing is laid out), the cleaned text and its box.
+  std::string laidKey;
+  Shaper* laid = nullptr;
+  std::string laidText;
+  TextBox laidBox;
+  PangoRectangle laidLogical{};
+
+  std::vector<TextLine> lines;
+  std::vector<PangoLayoutLine*> layoutLines;
+
+  // The families Chinese and Korean texts ask for: a face fontconfig
+  // holds for the language ahead of the Japanese one, when it has such a
+  // face; else the common list. Found on first use.
+  std::string chineseFamilies, koreanFamilies;
+  bool familiesFound = false;
+
+  explicit Impl(Fonts fonts) {
+    // The first font map starts pango's reading of fontconfig's own
+    // configuration on a thread of its own, to be waited for at the first
+    // text: it runs while the compact set is read here.
+    std::unique_ptr<PangoFontMap, decltype(&g_object_unref)> map(pango_cairo_font_map_new(),
+                                                                 &g_object_unref);
+    FcConfig* config = fonts == Fonts::kCompactFirst ? compactConfig() : nullptr;
+    // Allocated before the map is handed over: a failure leaks nothing.
+    if (config != nullptr) {
+      compact.reset(new Shaper(map.release(), config));
+    } else {
+      whole.reset(new Shaper(map.release(), wholeConfig()));
+    }
     description = pango_font_description_new();
     pango_font_description_set_family(description, familyList());
   }
 
-  ~Impl() {
-    pango_font_description_free(description);
-    g_object_unref(layout);
-    g_object_unref(context);
-    g_object_unref(fontMap);
+  ~Impl() { pango_font_description_free(description); }
+
+  Shaper& wholeShaper() {
+    if (!whole) whole = std::make_unique<Shaper>(nullptr, wholeConfig());
+    return *whole;
   }
 
   // Lays `text` out in `font` unless the layout holds it already. False when
@@ -151,21 +291,19 @@ struct TextEngine::Impl {
     const Cjk cjk = cjkOf(laidText);
     const char* language = cjk == Cjk::kChinese ? "zh-cn" : cjk == Cjk::kKorean ? "ko" : nullptr;
     pango_font_description_set_family(description, familiesFor(cjk));
-    // The language also picks among a face's regional glyph forms.
-    PangoAttrList* attributes = pango_attr_list_new();
-    if (language != nullptr) {
-      pango_attr_list_insert(attributes,
-                             pango_attr_language_new(pango_language_from_string(language)));
-    }
-    pango_layout_set_attributes(layout, attributes);
-    pango_attr_list_unref(attributes);
     pango_font_description_set_absolute_size(description,
                                              std::min(font.size, kMaxFontSize) * PANGO_SCALE);
     pango_font_description_set_weight(description,
                                       font.bold ? PANGO_WEIGHT_BOLD : PANGO_WEIGHT_NORMAL);
-    pango_layout_set_font_description(layout, description);
-    pango_layout_set_text(layout, laidText.data(), static_cast<int>(laidText.size()));
+    Shaper* shaper = compact && language == nullptr ? compact.get() : &wholeShaper();
+    setUp(*shaper, language);
+    if (shaper == compact.get() && pango_layout_get_unknown_glyphs_count(shaper->layout) > 0) {
+      shaper = &wholeShaper();
+      setUp(*shaper, language);
+    }
+    laid = shaper;
 
+    PangoLayout* layout = shaper->layout;
     pango_layout_get_extents(layout, nullptr, &laidLogical);
     laidBox.width = fromPango(laidLogical.width);
     laidBox.height = fromPango(laidLogical.height);
@@ -174,6 +312,20 @@ struct TextEngine::Impl {
     laidBox.missingGlyphs = pango_layout_get_unknown_glyphs_count(layout) > 0;
     laidKey = std::move(key);
     return true;
+  }
+
+  // Gives `shaper`'s layout the cleaned text, `description` and `language`
+  // (null: none; it also picks among a face's regional glyph forms).
+  void setUp(Shaper& shaper, const char* language) {
+    PangoAttrList* attributes = pango_attr_list_new();
+    if (language != nullptr) {
+      pango_attr_list_insert(attributes,
+                             pango_attr_language_new(pango_language_from_string(language)));
+    }
+    pango_layout_set_attributes(shaper.layout, attributes);
+    pango_attr_list_unref(attributes);
+    pango_layout_set_font_description(shaper.layout, description);
+    pango_layout_set_text(shaper.layout, laidText.data(), static_cast<int>(laidText.size()));
   }
 
   const char* familiesFor(Cjk cjk) {
@@ -192,8 +344,8 @@ struct TextEngine::Impl {
   std::string familiesWith(const char* language, gunichar sample) {
     const std::string common = familyList();
     PangoFontDescription* generic = pango_font_description_from_string("sans-serif");
-    PangoFontset* fontset =
-        pango_context_load_fontset(context, generic, pango_language_from_string(language));
+    PangoFontset* fontset = pango_context_load_fontset(wholeShaper().context, generic,
+                                                       pango_language_from_string(language));
     pango_font_description_free(generic);
     if (fontset == nullptr) return common;
     std::string family;
@@ -216,7 +368,7 @@ struct TextEngine::Impl {
     lines.clear();
     layoutLines.clear();
     const double fraction = std::isfinite(hAlign) ? std::clamp(hAlign, 0.0, 1.0) : 0.0;
-    PangoLayoutIter* iter = pango_layout_get_iter(layout);
+    PangoLayoutIter* iter = pango_layout_get_iter(laid->layout);
     do {
       PangoLayoutLine* line = pango_layout_iter_get_line_readonly(iter);
       PangoRectangle logical;
@@ -238,7 +390,18 @@ struct TextEngine::Impl {
   }
 };
 
-TextEngine::TextEngine() : impl_(std::make_unique<Impl>()) {}
+TextEngine::TextEngine(Fonts fonts) : impl_(std::make_unique<Impl>(fonts)) {}
+
+bool TextEngine::makeCompactFontsCurrent() {
+  FontConfigs& configs = fontConfigs();
+  FcConfig* compact = compactConfig();
+  if (compact == nullptr) return false;
+  if (!configs.compactIsCurrent.exchange(true) && !FcConfigSetCurrent(compact)) {
+    configs.compactIsCurrent = false;
+    return false;
+  }
+  return true;
+}
 
 TextEngine::~TextEngine() = default;
 

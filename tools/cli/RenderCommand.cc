@@ -102,6 +102,9 @@ int runRender(std::span<char* const> args) {
   }
 
   options.pageCases = draw && pictureFormatOf(out) == PictureFormat::kHtml;
+  // Nothing else in this process uses fontconfig: the first text need not
+  // wait for the system's whole font configuration.
+  useCompactFonts();
   ChartRenderer renderer(options);
   if (!renderer.loadFile(document, parsed->value("data").value_or(""))) {
     return complain("render", renderer.error(), kExitFailure);
