@@ -55,12 +55,19 @@ bool isMissingToken(std::string_view text) {
 // Decimals that fixed-point notation needs to show a number spelled as
 // `text` (already known to be a number): "1.50" needs 2, "2.5e-3" needs 4.
 int decimalsOf(std::string_view text) {
-  const std::size_t exponentAt = text.find_first_of("eE");
-  const std::string_view mantissa = text.substr(0, exponentAt);
-  const std::size_t point = mantissa.find('.');
-  long decimals =
-      point == std::string_view::npos ? 0 : static_cast<long>(mantissa.size() - point - 1);
-  if (exponentAt != std::string_view::npos) {
+  // One pass: find_first_of would look each character up in the set
+  // through a call, and this runs on every number of a file.
+  std::size_t exponentAt = text.size();
+  std::size_t point = text.size();
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == 'e' || text[i] == 'E') {
+      exponentAt = i;
+      break;
+    }
+    if (text[i] == '.') point = i;
+  }
+  long decimals = point < exponentAt ? static_cast<long>(exponentAt - point - 1) : 0;
+  if (exponentAt < text.size()) {
     long exponent = 0;
     std::string_view digits = text.substr(exponentAt + 1);
     if (!digits.empty() && digits.front() == '+') digits.remove_prefix(1);
