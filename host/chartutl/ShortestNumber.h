@@ -6,8 +6,9 @@
 
 namespace cxhost {
 
-// Room writeShortest needs at most.
-inline constexpr int kShortestNumberRoom = 32;
+// Room writeShortest needs at most: more than the longest text (24
+// characters), for it writes in blocks of fixed size.
+inline constexpr int kShortestNumberRoom = 48;
 
 // Writes `value` at `pos` (kShortestNumberRoom bytes free) exactly as
 // std::to_chars(pos, end, value) does, and returns the end of the text.

@@ -5,12 +5,17 @@
 #include <bit>
 #include <charconv>
 #include <cmath>
+#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
 #include <limits>
 #include <memory>
+#include <mutex>
 #include <new>
+#include <string>
+#include <system_error>
+#include <thread>
 #include <type_traits>
 #include <unordered_map>
 #include <unordered_set>
@@ -363,6 +368,17 @@ class CsvBuffer {
     return *this;
   }
 
+  // Hands the buffer over, then `bytes` (formatted elsewhere) in slices no
+  // bigger than the buffer.
+  bool flushWith(std::string_view bytes) {
+    flush();
+    const std::size_t slice = static_cast<std::size_t>(end_ - begin_);
+    for (; ok_ && !bytes.empty(); bytes.remove_prefix(std::min(slice, bytes.size()))) {
+      ok_ = sink_.Drain(bytes.substr(0, slice));
+    }
+    return ok_;
+  }
+
   // Hands the buffer over (and empties it, whatever the sink said).
   bool flush() {
     if (ok_ && pos_ != begin_) {
@@ -380,10 +396,155 @@ class CsvBuffer {
   bool ok_ = true;
 };
 
-// Room for a separator, the longest shortest double (24 characters) and a
-// line end, with some to spare.
-constexpr std::size_t kNumberCellRoom = 40;
+// Room for a separator, the room writeShortest takes (more than the longest
+// shortest double) and a line end.
+constexpr std::size_t kNumberCellRoom = 64;
 static_assert(kNumberCellRoom > cxhost::kShortestNumberRoom);
+
+// A block of rows formatted away from the sink, with the buffer's
+// interface; it grows as a block needs and is reused for the next.
+class BlockBuffer {
+ public:
+  bool ok() const { return true; }
+  bool room(std::size_t bytes) {
+    if (bytes_.size() - used_ < bytes) bytes_.resize(std::max(2 * bytes_.size(), used_ + bytes));
+    return true;
+  }
+  char* pos() { return bytes_.data() + used_; }
+  void advance(char* to) { used_ = static_cast<std::size_t>(to - bytes_.data()); }
+  BlockBuffer& operator+=(char c) {
+    room(1);
+    bytes_[used_++] = c;
+    return *this;
+  }
+  BlockBuffer& operator+=(std::string_view text) {
+    room(text.size());
+    std::copy_n(text.data(), text.size(), bytes_.data() + used_);
+    used_ += text.size();
+    return *this;
+  }
+  std::string_view text() const { return std::string_view(bytes_.data(), used_); }
+  void clear() { used_ = 0; }
+
+ private:
+  std::string bytes_;
+  std::size_t used_ = 0;
+};
+
+// Appends rows [from, to) to `out` (a CsvBuffer or a BlockBuffer): one rule
+// for both. `decimals` holds each column's decimals so far, the guess that
+// makes numbers quick to write. False when the sink refused bytes.
+template <typename Out>
+bool appendRows(const std::vector<std::unique_ptr<VarDataProcessor::Column>>& columns,
+                std::uint32_t from, std::uint32_t to, std::vector<int>& decimals, Out& out) {
+  using CellKind = VarDataProcessor::CellKind;
+  for (std::uint32_t row = from; row < to && out.ok(); ++row) {
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+      if (!out.room(kNumberCellRoom)) return false;
+      if (i > 0) out += ',';
+      const VarDataProcessor::Column& column = *columns[i];
+      switch (column.kind(row)) {
+        case CellKind::Number: {
+          // NaN and the host's missing value are both missing cells to
+          // every reader; anything else in the shortest text that reads
+          // back to the same double ("inf" and "-inf" for infinities),
+          // whatever the process locale.
+          const double value = column.number(row);
+          if (std::isnan(value) || value == kVornMissingValue) break;
+          out.advance(cxhost::writeShortest(out.pos(), value, decimals[i]));
+          break;
+        }
+        case CellKind::String:
+          appendCsvField(out, column.text(row));
+          break;
+        case CellKind::Missing:
+          break;
+      }
+    }
+    out += '\n';
+  }
+  return out.ok();
+}
+
+// Rows a block: what one thread formats and hands over whole.
+constexpr std::uint32_t kBlockRows = 16384;
+// Fewer rows than this are not worth a second thread.
+constexpr std::uint32_t kRowsForTwoThreads = 4 * kBlockRows;
+
+// Writes rows [0, rows) to `out` on two threads: a helper formats the odd
+// blocks, one at a time, while this thread formats the even ones straight
+// into `out` and hands the helper's over after each (so the sink is called
+// on this thread only, in row order). False when the sink refused bytes or
+// the helper could not grow its block; nothing written when no thread could
+// be started (`started` false).
+bool appendRowsOnTwoThreads(const std::vector<std::unique_ptr<VarDataProcessor::Column>>& columns,
+                            std::uint32_t rows, CsvBuffer& out, bool& started) {
+  const std::uint32_t blocks = (rows + kBlockRows - 1) / kBlockRows;
+  const auto rowsOf = [&](std::uint32_t block) {
+    return std::pair(block * kBlockRows, std::min(rows, (block + 1) * kBlockRows));
+  };
+  std::mutex mutex;
+  std::condition_variable changed;
+  BlockBuffer helperBlock;
+  bool blockReady = false;  // helperBlock holds the next odd block
+  bool stop = false, helperFailed = false;
+  const auto helper = [&] {
+    std::vector<int> decimals(columns.size(), 0);
+    for (std::uint32_t block = 1; block < blocks; block += 2) {
+      {
+        std::unique_lock lock(mutex);
+        changed.wait(lock, [&] { return !blockReady || stop; });
+        if (stop) return;
+      }
+      bool formatted = true;
+      try {
+        helperBlock.clear();
+        const auto [from, to] = rowsOf(block);
+        appendRows(columns, from, to, decimals, helperBlock);
+      } catch (const std::bad_alloc&) {
+        formatted = false;
+      }
+      std::lock_guard lock(mutex);
+      helperFailed = !formatted;
+      blockReady = formatted;
+      changed.notify_all();
+      if (!formatted) return;
+    }
+  };
+  std::thread thread;
+  try {
+    thread = std::thread(helper);
+  } catch (const std::system_error&) {
+    started = false;
+    return false;
+  }
+  started = true;
+  std::vector<int> decimals(columns.size(), 0);
+  bool ok = true;
+  for (std::uint32_t block = 0; block < blocks && ok; block += 2) {
+    const auto [from, to] = rowsOf(block);
+    ok = appendRows(columns, from, to, decimals, out);
+    if (!ok || block + 1 == blocks) break;
+    std::unique_lock lock(mutex);
+    changed.wait(lock, [&] { return blockReady || helperFailed; });
+    if (helperFailed) {
+      ok = false;
+      break;
+    }
+    lock.unlock();
+    ok = out.flushWith(helperBlock.text());
+    lock.lock();
+    blockReady = false;
+    changed.notify_all();
+  }
+  {
+    std::lock_guard lock(mutex);
+    stop = true;
+    changed.notify_all();
+  }
+  thread.join();
+  return ok;
+}
 
 class StringSink final : public VarDataProcessor::CsvSink {
  public:
@@ -417,33 +578,13 @@ bool VarDataProcessor::WriteCsv(const std::string& source, CsvSink& sink) const 
   }
   out += '\n';
   const std::uint32_t rows = GetRowCount(source);
-  // Each column's decimals so far: the guess that makes numbers quick to write.
-  std::vector<int> decimals(s->columns.size(), 0);
-  for (std::uint32_t row = 0; row < rows && out.ok(); ++row) {
-    for (std::size_t i = 0; i < s->columns.size(); ++i) {
-      if (!out.room(kNumberCellRoom)) return false;
-      if (i > 0) out += ',';
-      const Column& column = *s->columns[i];
-      switch (column.kind(row)) {
-        case CellKind::Number: {
-          // NaN and the host's missing value are both missing cells to
-          // every reader; anything else in the shortest text that reads
-          // back to the same double ("inf" and "-inf" for infinities),
-          // whatever the process locale.
-          const double value = column.number(row);
-          if (std::isnan(value) || value == kVornMissingValue) break;
-          out.advance(cxhost::writeShortest(out.pos(), value, decimals[i]));
-          break;
-        }
-        case CellKind::String:
-          appendCsvField(out, column.text(row));
-          break;
-        case CellKind::Missing:
-          break;
-      }
-    }
-    out += '\n';
+  if (rows >= kRowsForTwoThreads) {
+    bool started = false;
+    const bool ok = appendRowsOnTwoThreads(s->columns, rows, out, started);
+    if (started) return ok && out.flush();
   }
+  std::vector<int> decimals(s->columns.size(), 0);
+  if (!appendRows(s->columns, 0, rows, decimals, out)) return false;
   return out.flush();
 }
 

@@ -2,12 +2,16 @@
 // entry points, written out as the reference host is sent them.
 #include <dlfcn.h>
 #include <malloc.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <limits>
 #include <span>
 #include <string>
 #include <string_view>
@@ -64,53 +68,49 @@ void* loadCommandsModule(std::string& why) {
   return nullptr;
 }
 
-// A data file this large is read into blocks of tens of megabytes. Where
-// the kernel gives huge pages only to memory that asks for them, each 4 KiB
-// page of those blocks costs a fault of its own, which on a virtual machine
-// is most of the time of a big plot (halved with huge pages). The C library
-// asks for them when its tunable says so, and reads tunables only as a
-// process starts: for such a file the tool starts itself again with it.
+// A data file this large is read into blocks of tens of megabytes, passed
+// from stage to stage (the file's text, the host's columns, the tool's
+// copy, the chart's feed, the renderer's), each freed before the next is
+// made.
+// - Blocks that big come from the kernel and go back to it on release, so
+//   every stage would fault in fresh pages. They are kept in the heap
+//   instead (none mapped on its own, none given back), where each stage
+//   reuses the memory of the one before.
+// - Where the kernel gives huge pages only to memory that asks for them,
+//   each 4 KiB page costs a fault of its own, which on a virtual machine is
+//   most of the time of a big plot (halved with huge pages). So the heap
+//   grows at once by room for every stage, and that room asks for them.
 constexpr std::uintmax_t kLargeInput = std::uintmax_t{16} << 20;
-constexpr std::string_view kHugePages = "glibc.malloc.hugetlb=1";
+// Room for a plot's stages a byte of its data file: its peak was about 4.
+constexpr std::uintmax_t kRoomPerInputByte = 8;
 
-bool hasLargeInput(int argc, char** argv) {
-  for (int i = 2; i < argc; ++i) {
+// The size of the largest regular file among the arguments.
+std::uintmax_t largestInput(std::span<char* const> words) {
+  std::uintmax_t largest = 0;
+  for (const char* word : words) {
     std::error_code error;
-    if (argv[i][0] != '-' && std::filesystem::is_regular_file(argv[i], error) &&
-        std::filesystem::file_size(argv[i], error) >= kLargeInput && !error) {
-      return true;
-    }
+    if (word[0] == '-' || !std::filesystem::is_regular_file(word, error)) continue;
+    const std::uintmax_t size = std::filesystem::file_size(word, error);
+    if (!error) largest = std::max(largest, size);
   }
-  return false;
+  return largest;
 }
 
-void startAgainWithHugePages(char** argv) {
-  const char* tunables = std::getenv("GLIBC_TUNABLES");
-  // Set already (by this tool or by the user, who then decides).
-  if (tunables != nullptr && std::strstr(tunables, "glibc.malloc.hugetlb") != nullptr) return;
-  const std::string before = tunables != nullptr ? tunables : "";
-  const std::string value =
-      before.empty() ? std::string(kHugePages) : before + ":" + std::string(kHugePages);
-  if (::setenv("GLIBC_TUNABLES", value.c_str(), 1) != 0) return;
-  ::execv("/proc/self/exe", argv);
-  // Not started again: go on as this process, as it was.
-  if (tunables != nullptr) {
-    ::setenv("GLIBC_TUNABLES", before.c_str(), 1);
-  } else {
-    ::unsetenv("GLIBC_TUNABLES");
-  }
-}
-
-// A big plot passes its data from stage to stage (the file's text, the
-// host's columns, the tool's copy, the chart's feed, the renderer's), each
-// tens of megabytes freed before the next is made. Blocks that big come
-// from the kernel and go back to it on release, so every stage faults in
-// fresh pages; kept in the heap instead (as large as the C library lets a
-// heap block be), each stage reuses the memory of the one before.
-void keepLargeBlocksInTheHeap() {
-  constexpr int kLargestHeapBlock = 32 << 20;
-  mallopt(M_MMAP_THRESHOLD, kLargestHeapBlock);
-  mallopt(M_TRIM_THRESHOLD, 2 * kLargestHeapBlock);
+void keepLargeBlocksInAHugePagedHeap(std::uintmax_t inputBytes) {
+  const int room = static_cast<int>(
+      std::min<std::uintmax_t>(inputBytes * kRoomPerInputByte, std::numeric_limits<int>::max()));
+  mallopt(M_MMAP_MAX, 0);
+  mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
+  mallopt(M_TOP_PAD, room);
+  // The heap is too small for this block, so grows by it and the room.
+  constexpr std::size_t kProbe = std::size_t{1} << 20;
+  void* probe = std::malloc(kProbe);
+  if (probe == nullptr) return;
+  constexpr std::uintptr_t kPage = 4096;
+  const std::uintptr_t from = reinterpret_cast<std::uintptr_t>(probe) & ~(kPage - 1);
+  const auto top = reinterpret_cast<std::uintptr_t>(::sbrk(0));
+  if (top > from) ::madvise(reinterpret_cast<void*>(from), top - from, MADV_HUGEPAGE);
+  std::free(probe);
 }
 
 // Runs one of the commands of the commands module, loaded now. The module
@@ -158,9 +158,10 @@ int main(int argc, char** argv) {
   }
   if (command == "render") return runRender(rest);
   if (command == "demo" || command == "plot" || command == "check") {
-    if (command == "plot" && hasLargeInput(argc, argv)) {
-      startAgainWithHugePages(argv);
-      keepLargeBlocksInTheHeap();
+    if (command == "plot") {
+      if (const std::uintmax_t size = largestInput(rest); size >= kLargeInput) {
+        keepLargeBlocksInAHugePagedHeap(size);
+      }
     }
     return runFromModule(command, rest);
   }

@@ -232,11 +232,10 @@ class CHARTXML_HOST_EXPORT VarDataProcessor {
   // source.
   std::string ToCsv(const std::string& source) const;
 
-  // Where WriteCsv puts the CSV: it fills a buffer of kCsvBufferBytes and
-  // hands it over whenever it is full and once at the end, so no more than
-  // that is held at once. Drain returns false to stop the writing (the sink
-  // keeps its own account of why); the bytes it was given are then the
-  // last. Called on the writing thread only.
+  // Where WriteCsv puts the CSV: at most kCsvBufferBytes at a time, in row
+  // order. Drain returns false to stop the writing (the sink keeps its own
+  // account of why); the bytes it was given are then the last. Called on
+  // the thread that called WriteCsv only.
   class CHARTXML_HOST_EXPORT CsvSink {
    public:
     virtual ~CsvSink() = default;
@@ -245,7 +244,10 @@ class CHARTXML_HOST_EXPORT VarDataProcessor {
   static constexpr std::size_t kCsvBufferBytes = 64 * 1024;
   // Writes the source's CSV, the very bytes of ToCsv (which is this into a
   // string), to `sink`; nothing for an unknown source. False when the sink
-  // refused bytes. Allocates nothing; the buffer is on the stack.
+  // refused bytes (or memory ran out). A source of tens of thousands of rows
+  // is formatted on two threads, a second thread formatting every other
+  // block of rows into a buffer of its own (a few hundred KiB, kept for the
+  // call); smaller ones allocate nothing, their buffer on the stack.
   bool WriteCsv(const std::string& source, CsvSink& sink) const;
 
   // ---- Accounting -----------------------------------------------------------
