@@ -42,6 +42,11 @@ class CxTest : public cxtest::FacadeTest {
     FacadeTest::TearDown();
     cxh_close(dictionary);
   }
+  // The reports since the last check are `expected`; the log starts anew.
+  void expectReported(const Messages& expected) {
+    EXPECT_EQ(messages(), expected);
+    cxh_clear_reports();
+  }
 
   // The address of a new input value, stable for the whole test.
   const int64_t* in(int64_t value) { return &inputs.emplace_back(value); }
@@ -75,7 +80,7 @@ TEST_F(CxTest, ChartsComeWithSourceAndFramesAndTheClippingResultsInTheOutputs) {
   EXPECT_EQ(cxtest::attr(byId(1, u"frame_pie_1"), u"clip"), "true");
   EXPECT_FALSE(byId(1, u"frame_graph_1")->hasAttribute(u"clip"));
   EXPECT_EQ(std::make_tuple(pieSource, outer, inner), std::make_tuple(1, 2, 3));
-  EXPECT_EQ(messages(), Messages{});
+  expectReported({});
 }
 
 TEST_F(CxTest, IntegersReadTheLow32BitsAndLogicalsAll64) {
@@ -112,12 +117,12 @@ TEST_F(CxTest, UnusableArgumentsAreRefusedAndReported) {
   EXPECT_EQ(out, -9);
   EXPECT_EQ(xml(), before);
   EXPECT_EQ(cx->CreateChart(), 1);  // no chart was made by the refused call
-  EXPECT_EQ(messages(), (Messages{"null argument address for CX_ADDFRAME",
-                                  "negative text length for CX_NSTRINGNOTRANSLATE",
-                                  "null argument address for CX_NSTRINGNOTRANSLATE",
-                                  "null argument address for CX_ADDXYELEMENTEX",
-                                  "null argument address for CX_CREATECHARTEX"}));
   EXPECT_EQ(std::string(cxh_report_source(0)), "backend/chartxml/src/chartxml");
+  expectReported((Messages{"null argument address for CX_ADDFRAME",
+                           "negative text length for CX_NSTRINGNOTRANSLATE",
+                           "null argument address for CX_NSTRINGNOTRANSLATE",
+                           "null argument address for CX_ADDXYELEMENTEX",
+                           "null argument address for CX_CREATECHARTEX"}));
   EXPECT_EQ(CX_DUMPXML(nullptr, nullptr, nullptr), -1);
   EXPECT_EQ(CX_STATISTICSSUMMARY(), -1);
 }
@@ -138,6 +143,11 @@ class CxDataTest : public CxTest {
     incomeName = names[0];
     cityName = names[1];
   }
+  // What a test leaves in the report log went unchecked: nothing may be there.
+  void TearDown() override {
+    EXPECT_EQ(messages(), Messages{}) << "reported and never checked";
+    CxTest::TearDown();
+  }
   VarDataProcessor& feed() { return *cx->getDataProcessor(static_cast<int>(chart)); }
   std::optional<double> number(std::uint32_t row) {
     return feed().Number("source0", incomeName, row);
@@ -150,42 +160,36 @@ class CxDataTest : public CxTest {
   std::string incomeName, cityName;
 };
 
-TEST_F(CxDataTest, NullAddressesAreRefusedAndReported) {
+// Null addresses are reported; unknown charts and absent values are not.
+// Either way nothing is counted or stored.
+TEST_F(CxDataTest, NullAddressesAreReportedAndUnknownChartsRefusedQuietly) {
   EXPECT_EQ(CX_ADDROW(nullptr, in(source)), -1);
   EXPECT_EQ(CX_ADDROW(in(chart), nullptr), -1);
   EXPECT_EQ(CX_ADDDOUBLEDATAVALUE(in(chart), in(source), in(income), nullptr), -1);
   EXPECT_EQ(CX_ADDDOUBLEDATAVALUE(in(chart), nullptr, in(income), real(1)), -1);
   EXPECT_EQ(CX_ADDDATAVALUE(in(chart), in(source), nullptr, in(paris)), -1);
   EXPECT_EQ(CX_ADDDATAVALUE(nullptr, in(source), in(city), in(paris)), -1);
-  EXPECT_EQ(messages(),
-            (Messages{"null argument address for CX_ADDROW", "null argument address for CX_ADDROW",
-                      "null argument address for CX_ADDDOUBLEDATAVALUE",
-                      "null argument address for CX_ADDDOUBLEDATAVALUE",
-                      "null argument address for CX_ADDDATAVALUE",
-                      "null argument address for CX_ADDDATAVALUE"}));
-  EXPECT_EQ(CX_ADDROW(in(chart), in(source)), 2);  // nothing counted a row
-  EXPECT_EQ(feed().GetRowCount("source0"), 0u);    // nothing stored
-}
-
-TEST_F(CxDataTest, UnknownChartsAndAbsentValuesAreRefusedQuietly) {
   EXPECT_EQ(CX_ADDROW(in(7), in(source)), -1);
   EXPECT_EQ(CX_ADDDOUBLEDATAVALUE(in(7), in(source), in(income), real(1)), -1);
   EXPECT_EQ(CX_ADDDATAVALUE(in(-1), in(source), in(city), in(paris)), -1);
   EXPECT_EQ(CX_ADDDATAVALUE(in(chart), in(source), in(city), in(-1)), -1);  // no value
-  EXPECT_EQ(messages(), Messages{});
-  EXPECT_EQ(CX_ADDROW(in(chart), in(source)), 2);
+  const std::string null = "null argument address for CX_";
+  expectReported(
+      (Messages{null + "ADDROW", null + "ADDROW", null + "ADDDOUBLEDATAVALUE",
+                null + "ADDDOUBLEDATAVALUE", null + "ADDDATAVALUE", null + "ADDDATAVALUE"}));
+  EXPECT_EQ(CX_ADDROW(in(chart), in(source)), 2);  // nothing counted a row
+  EXPECT_EQ(feed().GetRowCount("source0"), 0u);    // nothing stored
 }
 
 TEST_F(CxDataTest, ABadVariableDiscardsTheChartWithAReport) {
   EXPECT_EQ(CX_ADDDOUBLEDATAVALUE(in(chart), in(source), in(999), real(1)), -1);
-  EXPECT_EQ(messages(), Messages{"chart 0 discarded: handle 999 names no data-source variable "
-                                 "of the chart"});
-  cxh_clear_reports();
+  expectReported(
+      Messages{"chart 0 discarded: handle 999 names no data-source variable "
+               "of the chart"});
   // Gone for every later call, quietly; a text for a non-variable was never an error.
   EXPECT_EQ(CX_ADDROW(in(chart), in(source)), -1);
   EXPECT_EQ(CX_ADDDOUBLEDATAVALUE(in(chart), in(source), in(income), real(1)), -1);
   EXPECT_EQ(CX_ADDDATAVALUE(in(chart), in(source), in(city), in(paris)), -1);
-  EXPECT_EQ(messages(), Messages{});
 }
 
 TEST_F(CxDataTest, AFailedChartRefusesRowsAndIsDiscardedByAValue) {
@@ -193,12 +197,10 @@ TEST_F(CxDataTest, AFailedChartRefusesRowsAndIsDiscardedByAValue) {
   EXPECT_EQ(CX_ADDDATAVALUE(in(chart), in(source), in(city), in(paris)), 0);  // remembered
   cx->SetFatalError(static_cast<int>(chart));
   EXPECT_EQ(CX_ADDROW(in(chart), in(source)), -1);
-  EXPECT_EQ(messages(), Messages{});
+  expectReported({});
   EXPECT_EQ(CX_ADDDATAVALUE(in(chart), in(source), in(city), in(paris)), -1);
-  EXPECT_EQ(messages(),
-            Messages{"chart 0 discarded: a data value came after the chart's fatal error"});
+  expectReported(Messages{"chart 0 discarded: a data value came after the chart's fatal error"});
   EXPECT_EQ(CX_ADDDOUBLEDATAVALUE(in(chart), in(source), in(income), real(1)), -1);
-  EXPECT_EQ(messages().size(), 1u);
 }
 
 TEST_F(CxDataTest, KilledChartsAndAGoneInstanceRefuse) {
@@ -211,7 +213,6 @@ TEST_F(CxDataTest, KilledChartsAndAGoneInstanceRefuse) {
   EXPECT_EQ(CX_ADDROW(in(again), in(source)), 1);
   EXPECT_EQ(CX_TERMINATE(), 0);
   EXPECT_EQ(CX_ADDROW(in(again), in(source)), -1);  // a new instance has no such chart
-  EXPECT_EQ(messages(), Messages{});
   cx = ChartXml::Initialize();
 }
 
@@ -230,7 +231,6 @@ TEST_F(CxDataTest, ValuesLandAsTheFullPathStoresThem) {
   EXPECT_EQ(number(2), -inf);
   EXPECT_EQ(cityText(0), "Paris");
   EXPECT_EQ(cityText(1), "Paris");
-  EXPECT_EQ(messages(), Messages{});
 }
 
 TEST_F(CxDataTest, RowsReportProgressEveryTenThousand) {
@@ -260,8 +260,8 @@ TEST_F(CxTest, DimensionAxesAndTheirLimits) {
   ASSERT_GT(dim, 0);
   EXPECT_EQ(text(style), "axisy_1");
   xercesc::DOMElement* dimension = elementAt(0, static_cast<int>(dim));
-  EXPECT_EQ(cxtest::attr(dimension, u"upperMargin"), "7%");
-  EXPECT_EQ(cxtest::attr(dimension, u"lowerMapping"), "7%");
+  EXPECT_EQ(cxtest::attr(dimension, u"upperMargin") + cxtest::attr(dimension, u"lowerMapping"),
+            "7%7%");
   EXPECT_FALSE(dimension->hasAttribute(u"lowerMargin"));
   EXPECT_EQ(cxtest::childTags(elementAt(0, static_cast<int>(axis))), "majorTicks");
 
@@ -270,10 +270,11 @@ TEST_F(CxTest, DimensionAxesAndTheirLimits) {
                                                  in(1), &s1, &a1, &s2, &a2);
   EXPECT_EQ(x, CX_GETDIMENSION(in(chart), in(data), in(CX_ROLE_X)));
   EXPECT_EQ(text(s1) + " " + text(s2), "axisx_1 axisy_1");
-  EXPECT_EQ(cxtest::attr(elementAt(0, static_cast<int>(x)), u"lowerMargin"), "0%");
-  EXPECT_EQ(cxtest::attr(elementAt(0, static_cast<int>(x)), u"sameRatio"), "trueCentered");
-  EXPECT_EQ(cxtest::attr(dimension, u"sameRatio"), "trueCentered");
-  EXPECT_EQ(cxtest::attr(dimension, u"lowerMargin"), "0%");  // the y dimension is shared
+  // The y dimension is shared.
+  for (const xercesc::DOMElement* made : {elementAt(0, static_cast<int>(x)), dimension}) {
+    EXPECT_EQ(cxtest::attr(made, u"lowerMargin") + " " + cxtest::attr(made, u"sameRatio"),
+              "0% trueCentered");
+  }
 }
 
 TEST_F(CxTest, DomainsAnswerWithTheSortMethodsStatus) {
@@ -307,7 +308,7 @@ TEST_F(CxTest, FramesWithLabelsLegendsAndElements) {
             legend);
   EXPECT_EQ(text(style), "legend_3");
   EXPECT_TRUE(contains(xml(), "aesthetic=\"color\""));
-  EXPECT_EQ(messages(), Messages{});
+  expectReported({});
   // Frame, legend and style come first and are written back whatever the
   // target step answers.
   CX_ADDLEGENDFRAMEEX(in(chart), in(graph), in(element), in(4), in(-1), &style, &legend);
@@ -328,8 +329,7 @@ TEST_F(CxTest, ScatterMatrixListsTheSecondAxisInReverse) {
   const std::string doc = xml();
   EXPECT_TRUE(contains(doc, "expression=\"" + id[0] + " + " + id[1] + " + " + id[2] + "\""));
   EXPECT_TRUE(contains(doc, "expression=\"" + id[2] + " + " + id[1] + " + " + id[0] + "\""));
-  EXPECT_TRUE(contains(doc, "upperMargin=\"15%\""));
-  EXPECT_TRUE(contains(doc, "matrixscatterdiagonal"));
+  EXPECT_TRUE(contains(doc, "upperMargin=\"15%\"") && contains(doc, "matrixscatterdiagonal"));
   EXPECT_EQ(cxtest::childTags(elementAt(0, static_cast<int>(element))), "facetStyle x y");
 }
 
@@ -339,10 +339,10 @@ TEST_F(CxTest, BackPlanesAndWireFrame) {
             "facetLabeling coordinateTransform guide guide guide");
   EXPECT_EQ(CX_ADDXYZWIREFRAME(in(chart), in(graph)), graph);
   const std::string doc = xml();
-  EXPECT_TRUE(contains(doc, "value=\"-35\""));
-  EXPECT_TRUE(contains(doc, "name=\"dy\" value=\"0.1\""));
-  EXPECT_TRUE(contains(doc, "name=\"complete\" value=\"false\""));
-  EXPECT_TRUE(contains(doc, "name=\"normal\" value=\"z\""));
+  for (const char* part : {"value=\"-35\"", "name=\"dy\" value=\"0.1\"",
+                           "name=\"complete\" value=\"false\"", "name=\"normal\" value=\"z\""}) {
+    EXPECT_TRUE(contains(doc, part)) << part;
+  }
 }
 
 TEST_F(CxTest, DescriptiveTexts) {
@@ -373,7 +373,7 @@ TEST_F(CxTest, DescriptiveTexts) {
   EXPECT_EQ(cx->getHandle(0, byId(0, u"frame_subtitle_1")), frame);
   EXPECT_TRUE(contains(xml(), "Oslo\nParis</label>"));
   EXPECT_EQ(CX_SPLITLIST(in(chart), in(3), in(2), real(0), "Oslo", in(-4), in(0)), -1);
-  EXPECT_EQ(messages(), Messages{"negative text length for CX_SPLITLIST"});
+  expectReported(Messages{"negative text length for CX_SPLITLIST"});
 }
 
 TEST_F(CxTest, ProcedureOperationsOfTheFacade) {

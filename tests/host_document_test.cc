@@ -205,35 +205,34 @@ TEST_F(ChartDocument, PrinterKeepsEveryCharacterOfLongTextsAndManyNames) {
     EXPECT_EQ(i, values.size());
   }
 }
-TEST_F(ChartDocument, PrinterHandlesTreesDeeperThanTheCallStack) {
-  // Built from the bottom up: appending a detached chain keeps each DOM
-  // insertion's ancestor check short.
-  Doc d;
+// A chain of `levels` nested <g> elements under the root, built from the
+// bottom up: appending a detached chain keeps each DOM insertion's ancestor
+// check short.
+void addChain(const Doc& d, int levels) {
   DOMElement* chain = d.doc->createElement(u"g");
-  std::string open, close;
-  for (int i = 1; i < 200000; ++i, open += "<g>", close += "</g>") {
+  for (int i = 1; i < levels; ++i) {
     DOMElement* parent = d.doc->createElement(u"g");
     parent->appendChild(chain);
     chain = parent;
   }
   d.root()->appendChild(chain);
-  // Not EXPECT_EQ: a failure would print megabytes.
-  EXPECT_TRUE(print(d.doc, false) == "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<visualization>" +
-                                         open + "<g/>" + close + "</visualization>");
 }
 
-TEST_F(ChartDocument, IndentationStopsGrowingBelowTheDeepestReadableLevel) {
-  // No deeper document reads back, and indenting on would make the text grow
-  // with the square of the depth: gigabytes for 100,000 levels.
-  constexpr int kLevels = 2000;
+// Trees deeper than the call stack print; indentation stops growing below
+// the deepest level that reads back, or the text would grow with the square
+// of the depth: gigabytes for 100,000 levels. (Not EXPECT_EQ: a failure
+// would print megabytes.)
+TEST_F(ChartDocument, PrinterHandlesTreesDeeperThanTheCallStackAndCapsIndentation) {
   Doc d;
-  DOMElement* chain = d.doc->createElement(u"g");
-  for (int i = 1; i < kLevels; ++i) {
-    DOMElement* parent = d.doc->createElement(u"g");
-    parent->appendChild(chain);
-    chain = parent;
-  }
-  d.root()->appendChild(chain);
+  addChain(d, 200000);
+  std::string open, close;
+  for (int i = 1; i < 200000; ++i) open += "<g>", close += "</g>";
+  EXPECT_TRUE(print(d.doc, false) == "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<visualization>" +
+                                         open + "<g/>" + close + "</visualization>");
+
+  constexpr int kLevels = 2000;
+  Doc indented;
+  addChain(indented, kLevels);
   auto indent = [](int level) {
     return std::string(2 * static_cast<std::size_t>(std::min(level, ChartBase::kMaxDepth)), ' ');
   };
@@ -242,7 +241,7 @@ TEST_F(ChartDocument, IndentationStopsGrowingBelowTheDeepestReadableLevel) {
   expected += indent(kLevels) + "<g/>\n";
   for (int level = kLevels - 1; level >= 1; --level) expected += indent(level) + "</g>\n";
   expected += "</visualization>\n";
-  EXPECT_TRUE(print(d.doc, true) == expected);  // a failure would print megabytes
+  EXPECT_TRUE(print(indented.doc, true) == expected);
 }
 
 TEST_F(ChartDocument, ValidXmlAcceptsWellFormedTextAndRefusesDoctypes) {

@@ -19,6 +19,13 @@ using Kind = VarDataProcessor::CellKind;
 using Record = VarDataProcessor::_varinfo;
 using Cells = std::vector<std::string>;
 
+// A number as a cell shows it: every digit a double holds.
+std::string numberCell(double number) {
+  char digits[40];
+  std::snprintf(digits, sizeof digits, "n:%.17g", number);
+  return digits;
+}
+
 // A feed with one source "s" of the given first capacity.
 struct Feed {
   explicit Feed(int initialRows = 4) { EXPECT_TRUE(feed.AddDataSource("s", initialRows)); }
@@ -38,9 +45,7 @@ struct Feed {
     if (kind != Kind::Number || !number || text) {
       return kind == Kind::Missing && !number && !text ? "-" : "readers disagree";
     }
-    char digits[40];
-    std::snprintf(digits, sizeof digits, "n:%.17g", *number);
-    return digits;
+    return numberCell(*number);
   }
   Cells cells(const std::string& variable, std::uint32_t rows) const {
     Cells out;
@@ -176,14 +181,7 @@ TEST(VarDataProcessor, WholeNumbersReadTheSameAfterTheColumnWidens) {
     ASSERT_TRUE(f.feed.SetVariableValue(n, 5, 0));
     ASSERT_TRUE(f.feed.SetStringVariableValue(n, 5, "over"));  // a string replaces a number
     const Cells before = f.cells("n", 7);
-    EXPECT_EQ(
-        f.cell("n", 4), "n:" +
-                            [&] {
-                              char digits[40];
-                              std::snprintf(digits, sizeof digits, "%.17g", edge);
-                              return std::string(digits);
-                            }())
-        << edge;
+    EXPECT_EQ(f.cell("n", 4), numberCell(edge)) << edge;
     EXPECT_EQ(std::signbit(*f.feed.Number("s", "n", 4)), std::signbit(edge));
     ASSERT_TRUE(f.feed.SetVariableValue(n, 6, 0.25));
     Cells widened = before;
@@ -195,7 +193,7 @@ TEST(VarDataProcessor, WholeNumbersReadTheSameAfterTheColumnWidens) {
   }
 }
 
-TEST(VarDataProcessor, WritesCsvWithQuoting) {
+TEST(VarDataProcessor, WritesCsvWithQuotingAndShortestExactNumbers) {
   Feed f;
   Record* num = f.add("num");
   Record* text = f.add("a,b");
@@ -216,13 +214,13 @@ TEST(VarDataProcessor, WritesCsvWithQuoting) {
             "-35,\"two\nlines\",\n"
             ",\"cr\rhere\",1000\n"
             "1e+21,plain,\n");
-}
 
-TEST(VarDataProcessor, WritesShortestExactNumbersAndQuotesTextsThatReadAsNumbers) {
+  // Numbers in the fewest digits that read back exactly; texts that would
+  // read as numbers are quoted.
   constexpr double kInf = std::numeric_limits<double>::infinity();
-  Feed f;
-  Record* num = f.add("num");
-  Record* text = f.add("text");
+  Feed g;
+  Record* exact = g.add("num");
+  Record* quoted = g.add("text");
   const double values[] = {0.1 + 0.2,     std::numeric_limits<double>::max(),
                            5e-324,        -0.0,
                            kInf,          -kInf,
@@ -230,11 +228,11 @@ TEST(VarDataProcessor, WritesShortestExactNumbersAndQuotesTextsThatReadAsNumbers
                            123456789.0125};
   const char* const texts[] = {"123", "1e5", "inf", " 12", "-Infinity", "NaN", "", "12a", "+7"};
   for (std::uint32_t row = 0; row < 9; ++row) {
-    f.feed.SetVariableValue(num, row, values[row]);
-    f.feed.SetStringVariableValue(text, row, texts[row]);
+    g.feed.SetVariableValue(exact, row, values[row]);
+    g.feed.SetStringVariableValue(quoted, row, texts[row]);
   }
   // NaN and the host's missing value both write a missing cell.
-  EXPECT_EQ(f.feed.ToCsv("s"),
+  EXPECT_EQ(g.feed.ToCsv("s"),
             "num,text\n"
             "0.30000000000000004,\"123\"\n"
             "1.7976931348623157e+308,\"1e5\"\n"
