@@ -122,6 +122,15 @@ TEST_F(RenderChart, ScatterHasAPointPerCaseAndALegendInCategoryOrder) {
                                         "(2 cases)."),
             std::string::npos)
       << renderer.description();
+  // Group 1 takes the palette's first colour (orange), 2 its second (blue);
+  // x grows to the right and y upwards.
+  const std::vector<Dot> at = dots(picture);
+  ASSERT_EQ(at.size(), 6u) << picture;
+  const std::string png = this->png();
+  EXPECT_EQ(pixel(png, {at[0].x, at[0].y}), 0x0072B2u) << "(0, 0) of group 2";
+  EXPECT_EQ(pixel(png, {at[1].x, at[1].y}), 0xE69F00u) << "(2, 4) of group 1";
+  EXPECT_LT(at[0].x, at[1].x);
+  EXPECT_GT(at[0].y, at[1].y);
 }
 
 TEST_F(RenderChart, BarsStandOnZeroAndReachTheirValue) {
@@ -139,8 +148,7 @@ TEST_F(RenderChart, BarsStandOnZeroAndReachTheirValue) {
   ASSERT_TRUE(y) << picture;
   const std::vector<std::pair<double, double>> bars = barSpans(picture);
   ASSERT_EQ(bars.size(), 2u);
-  const std::string png = renderer.picture(PictureFormat::kPng).value_or("");
-  ASSERT_FALSE(png.empty()) << renderer.error();
+  const std::string png = this->png();
   // Down the centre column of each bar, 3 pixels inside and outside its top
   // (a at 5, b at 10), and just above the zero line.
   const unsigned blue = 0x0072B2;  // the colour of an uncoloured chart's marks
@@ -153,29 +161,8 @@ TEST_F(RenderChart, BarsStandOnZeroAndReachTheirValue) {
   }
 }
 
-TEST_F(RenderChart, PointsHaveTheirGroupsColourWhereTheirDataPuts) {
-  const std::string xml = document(kXY + variable("vg", "G", true),
-                                   kAxes + kPointXY + "<color variable=\"vg\"/></element>");
-  const std::string picture = draw(xml, "X,Y,G\n0,0,a\n10,10,b\n");
-  const std::string png = renderer.picture(PictureFormat::kPng).value_or("");
-  const std::vector<Dot> at = dots(picture);
-  ASSERT_EQ(at.size(), 2u) << picture;
-  // Group a takes the palette's first colour (orange), b its second (blue).
-  EXPECT_EQ(pixel(png, static_cast<int>(at[0].x), static_cast<int>(at[0].y)), 0xE69F00u);
-  EXPECT_EQ(pixel(png, static_cast<int>(at[1].x), static_cast<int>(at[1].y)), 0x0072B2u);
-  EXPECT_LT(at[0].x, at[1].x) << "x grows to the right";
-  EXPECT_GT(at[0].y, at[1].y) << "y grows upwards";
-}
-
 TEST_F(RenderChart, PieHasASliceForEachGroupWithCases) {
-  const std::string xml =
-      "<visualization><source id=\"source0\"/>" + variable("vc", "C", true) +
-      variable("vv", "V", false) +
-      "<frame id=\"frame_graph_1\"><frame id=\"frame_pie_1\">"
-      "<coordinateTransform method=\"polar\"/><dimension role=\"theta\"/>"
-      "<element id=\"e\" type=\"interval\" positionModifier=\"stack\"><statistic method=\"sum\"/>"
-      "<theta variable=\"vv\"/><color variable=\"vc\"/></element></frame></frame>"
-      "</visualization>";
+  const std::string xml = rendertest::pie(variable("vc", "C", true) + variable("vv", "V", false));
   const std::string picture = draw(xml, "C,V\nx,1\ny,2\ny,1\nz,\nw,0\n");
   // x 1, y 3; z has no value and w sums to 0: no slices of theirs.
   EXPECT_EQ(count(picture, "class=\"mark slice\""), 2u);
@@ -298,9 +285,9 @@ TEST_F(RenderChart, TitleSubtitleAndFootnoteTakeTheirPlaces) {
       "</frame>");
   const std::string picture = draw(xml, "X,Y\n1,2\n2,4\n");
   const auto rowOf = [&](const std::string& role) {
-    std::smatch at;
-    const std::regex text("<text class=\"" + role + "\"[^>]*><tspan x=\"[-0-9.]+\" y=\"([-0-9.]+)");
-    return std::regex_search(picture, at, text) ? std::stod(at[1].str()) : -1.0;
+    const auto at = rendertest::matches(
+        picture, "<text class=\"" + role + "\"[^>]*><tspan x=\"[-0-9.]+\" y=\"([-0-9.]+)");
+    return at.empty() ? -1.0 : std::stod(at[0]);
   };
   EXPECT_EQ(texts(picture, "subtitle"), std::vector<std::string>{"Second line"});
   EXPECT_EQ(texts(picture, "footnote"), std::vector<std::string>{"Source: a survey"});
@@ -317,10 +304,9 @@ TEST_F(RenderChart, TitleSubtitleAndFootnoteTakeTheirPlaces) {
       "Annual mean atmospheric carbon dioxide measured at the observatory, by year, with its "
       "growth on the previous year and the mean of every decade since measurements began";
   longTitle.replace(longTitle.find("The title"), 9, words);
-  const std::string wrappedPicture = draw(longTitle, "X,Y\n1,2\n2,4\n");
-  const std::size_t start = wrappedPicture.find("<text class=\"title\"");
-  const std::size_t end = wrappedPicture.find("</text>", start);
-  EXPECT_GE(count(wrappedPicture.substr(start, end - start), "<tspan"), 2u);
+  const auto wrapped = texts(draw(longTitle, "X,Y\n1,2\n2,4\n"), "title", "|");
+  ASSERT_EQ(wrapped.size(), 1u);
+  EXPECT_GE(count(wrapped[0], "|"), 1u);
 }
 
 TEST_F(RenderChart, ScaleColoursShadePointsAlongAGradientWithItsKey) {

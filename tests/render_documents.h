@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <initializer_list>
 #include <map>
 #include <optional>
 #include <regex>
@@ -15,6 +16,8 @@
 #include <vector>
 
 #include "chartxml/render.h"
+#include "model/ModelBuilder.h"
+#include "read/XmlTree.h"
 
 namespace rendertest {
 
@@ -29,6 +32,16 @@ inline std::string document(const std::string& variables, const std::string& bod
          "</frame>\n<frame id=\"frame_title_1\"><label id=\"label_title_1\">The title</label>"
          "</frame>\n" +
          extra + "</frame>\n" + top + "</visualization>\n";
+}
+
+// A pie of the sums of vv by vc, which `variables` declare.
+inline std::string pie(const std::string& variables) {
+  return "<visualization><source id=\"source0\"/>" + variables +
+         "<frame id=\"frame_graph_1\"><frame id=\"frame_pie_1\">"
+         "<coordinateTransform method=\"polar\"/><dimension role=\"theta\"/>"
+         "<element id=\"e\" type=\"interval\" positionModifier=\"stack\"><statistic "
+         "method=\"sum\"/><theta variable=\"vv\"/><color variable=\"vc\"/></element></frame>"
+         "</frame></visualization>";
 }
 
 inline std::string variable(const std::string& id, const std::string& column, bool categorical,
@@ -53,13 +66,25 @@ inline std::size_t count(const std::string& text, const std::string& piece) {
   return n;
 }
 
-// The texts of the <text> elements of class `role`, in document order.
-inline std::vector<std::string> texts(const std::string& svg, const std::string& role) {
+// Each match of `pattern`'s first group, in order.
+inline std::vector<std::string> matches(const std::string& text, const std::string& pattern) {
   std::vector<std::string> out;
-  const std::regex pattern("<text class=\"" + role + "\"[^>]*>(.*?)</text>");
-  for (auto it = std::sregex_iterator(svg.begin(), svg.end(), pattern);
-       it != std::sregex_iterator(); ++it) {
-    out.push_back(std::regex_replace((*it)[1].str(), std::regex("<[^>]*>"), ""));
+  const std::regex re(pattern);
+  for (auto it = std::sregex_iterator(text.begin(), text.end(), re); it != std::sregex_iterator();
+       ++it) {
+    out.push_back((*it)[1].str());
+  }
+  return out;
+}
+
+// The texts of the <text> elements of class `role`, in document order, their
+// lines joined by `lineBreak`.
+inline std::vector<std::string> texts(const std::string& svg, const std::string& role,
+                                      const std::string& lineBreak = "") {
+  std::vector<std::string> out;
+  for (std::string inner : matches(svg, "<text class=\"" + role + "\"[^>]*>(.*?)</text>")) {
+    inner = std::regex_replace(inner, std::regex("</tspan><tspan[^>]*>"), lineBreak);
+    out.push_back(std::regex_replace(inner, std::regex("<[^>]*>"), ""));
   }
   return out;
 }
@@ -67,17 +92,28 @@ inline std::vector<std::string> texts(const std::string& svg, const std::string&
 // The numbers of the path data of each <path> of class `role`, in order.
 inline std::vector<std::vector<double>> paths(const std::string& svg, const std::string& role) {
   std::vector<std::vector<double>> out;
-  const std::regex pattern("<path class=\"" + role + "\" d=\"([^\"]*)\"");
-  const std::regex number("-?[0-9]+(\\.[0-9]+)?");
-  for (auto it = std::sregex_iterator(svg.begin(), svg.end(), pattern);
-       it != std::sregex_iterator(); ++it) {
-    const std::string d = (*it)[1].str();
-    std::vector<double> numbers;
-    for (auto n = std::sregex_iterator(d.begin(), d.end(), number); n != std::sregex_iterator();
-         ++n) {
-      numbers.push_back(std::stod(n->str()));
+  for (const std::string& d : matches(svg, "<path class=\"" + role + "\" d=\"([^\"]*)\"")) {
+    out.emplace_back();
+    for (const std::string& n : matches(d, "(-?[0-9.]+(e[-+]?[0-9]+)?)")) {
+      out.back().push_back(std::stod(n));
     }
-    out.push_back(std::move(numbers));
+  }
+  return out;
+}
+
+// Every number of the paths of class `role`, one after another.
+inline std::vector<double> coordinates(const std::string& svg, const std::string& role) {
+  std::vector<double> out;
+  for (const auto& path : paths(svg, role)) out.insert(out.end(), path.begin(), path.end());
+  return out;
+}
+
+// The first point of each path of class `role`: "M<x> <y>".
+inline std::vector<std::pair<double, double>> starts(const std::string& svg,
+                                                     const std::string& role) {
+  std::vector<std::pair<double, double>> out;
+  for (const auto& path : paths(svg, role)) {
+    if (path.size() >= 2) out.emplace_back(path[0], path[1]);
   }
   return out;
 }
@@ -109,18 +145,16 @@ struct AxisMap {
 // The map of axis `axis` ("x" or "y") from its numeric tick labels.
 inline std::optional<AxisMap> axisMap(const std::string& svg, const std::string& axis) {
   const std::vector<std::string> labels = texts(svg, "tick-label " + axis);
-  std::vector<double> at;
-  const std::regex tick("<path class=\"tick " + axis + "\" d=\"M([-0-9.]+) ([-0-9.]+)");
-  for (auto it = std::sregex_iterator(svg.begin(), svg.end(), tick); it != std::sregex_iterator();
-       ++it) {
-    at.push_back(std::stod((*it)[axis == "x" ? 1 : 2].str()));
-  }
-  if (labels.size() != at.size() || labels.size() < 2) return std::nullopt;
+  const auto ticks = starts(svg, "tick " + axis);
+  if (labels.size() != ticks.size() || labels.size() < 2) return std::nullopt;
   const double v0 = std::stod(labels.front()), v1 = std::stod(labels.back());
   if (v0 == v1) return std::nullopt;
+  const auto at = [&](const std::pair<double, double>& p) {
+    return axis == "x" ? p.first : p.second;
+  };
   AxisMap map;
-  map.b = (at.back() - at.front()) / (v1 - v0);
-  map.a = at.front() - map.b * v0;
+  map.b = (at(ticks.back()) - at(ticks.front())) / (v1 - v0);
+  map.a = at(ticks.front()) - map.b * v0;
   return map;
 }
 
@@ -164,6 +198,21 @@ struct Image {
   std::vector<std::uint32_t> pixels;
 };
 
+// A pixel and the colour, 0xRRGGBB, it should have.
+struct Probe {
+  int x, y;
+  unsigned rgb;
+};
+
+// Expects each probe's colour in `image`, naming the pixel that differs.
+inline void expectPixels(const Image& image, std::initializer_list<Probe> probes) {
+  for (const Probe& p : probes) {
+    const unsigned got = image.rgb(p.x, p.y);
+    EXPECT_EQ(got, p.rgb) << "pixel (" << p.x << ", " << p.y << "): " << std::hex << got
+                          << " where " << p.rgb << " was due";
+  }
+}
+
 // The colour of pixel (x, y) of a PNG as 0xRRGGBB (0xFFFFFFFF when it does
 // not decode).
 inline unsigned pixel(const std::string& png, int x, int y) {
@@ -174,6 +223,16 @@ inline unsigned pixel(const std::string& png, int x, int y) {
 // The colour of the pixel at a mark's centre (x, y).
 inline unsigned pixel(const std::string& png, std::pair<double, double> at) {
   return pixel(png, static_cast<int>(at.first), static_cast<int>(at.second));
+}
+
+// The model of chart document `xml`, which must read.
+inline chartxml::render::ChartModel modelOf(const std::string& xml) {
+  std::string error;
+  const auto tree = chartxml::render::parseXml(xml, error);
+  EXPECT_TRUE(tree) << error;
+  auto model = tree ? chartxml::render::buildModel(*tree, error) : std::nullopt;
+  EXPECT_TRUE(model) << error;
+  return model ? std::move(*model) : chartxml::render::ChartModel{};
 }
 
 // A renderer loaded with a document and source0's data.

@@ -74,12 +74,19 @@ std::map<std::string, std::pair<double, double>> labelsAt(const std::string& svg
   return at;
 }
 
-// Two numeric variables and a point element of the one by the other, whose
-// `rest` (aesthetics) closes it.
+// Two numeric variables, or categories C and numbers Y, for the element of
+// `type` (and `attributes`) holding `inner` of `element`.
 const std::string kXY = variable("vx", "X", false) + variable("vy", "Y", false);
+const std::string kCY = variable("vc", "C", true) + variable("vy", "Y", false);
+const std::string kByX = "<x variable=\"vx\"/><y variable=\"vy\"/>";
+const std::string kByC = "<x variable=\"vc\"/><y variable=\"vy\"/>";
+std::string element(const std::string& type, const std::string& inner,
+                    const std::string& attributes = "") {
+  return kAxes + "<element id=\"e\" type=\"" + type + "\"" + attributes + ">" + inner +
+         "</element>";
+}
 std::string pointsWith(const std::string& rest) {
-  return kAxes + "<element id=\"e\" type=\"point\"><x variable=\"vx\"/><y variable=\"vy\"/>" +
-         rest + "</element>";
+  return element("point", kByX + rest);
 }
 
 // Expects the top and bottom of a path (its least and greatest pixel y) at
@@ -92,45 +99,70 @@ void expectSpan(const std::vector<double>& path, const AxisMap& y, double high, 
 class RenderElements : public ::testing::Test, public Drawn {};
 
 TEST_F(RenderElements, BoxPlotsShowHingesWhiskersOutliersAndExtremes) {
-  const std::string xml = document(variable("vc", "C", true) + variable("vy", "Y", false),
-                                   kAxes +
-                                       "<element id=\"e\" type=\"schema\"><x variable=\"vc\"/>"
-                                       "<y variable=\"vy\"/></element>");
   // a: 1..9, 20, 30: hinges 3.5 and 8.5 (halves 1..6 and 6..9, 20, 30),
   // median 6, whiskers 1 and 9 (inner fences -4 and 16), 20 an outlier,
-  // 30 beyond the outer fence 23.5. b: 2, 4, 6, 8: hinges 3 and 7, median 5.
-  std::string csv = "C,Y\n";
-  for (const int v : {1, 2, 3, 4, 5, 6, 7, 8, 9, 20, 30}) csv += "a," + std::to_string(v) + "\n";
-  for (const int v : {2, 4, 6, 8}) csv += "b," + std::to_string(v) + "\n";
-  const std::string picture = draw(xml, csv);
-  const auto y = axisMap(picture, "y");
-  const auto boxes = paths(picture, "mark box");
-  const auto medians = paths(picture, "mark box-median");
-  const auto whiskers = paths(picture, "mark whisker");
-  ASSERT_TRUE(y && boxes.size() == 2u && medians.size() == 2u && whiskers.size() == 2u) << picture;
-  expectSpan(boxes[0], *y, 8.5, 3.5);
-  expectSpan(whiskers[0], *y, 9, 1);
-  expectSpan(boxes[1], *y, 7, 3);
-  EXPECT_NEAR(minOdd(medians[0]), (*y)(6), 0.6);
-  EXPECT_NEAR(minOdd(medians[1]), (*y)(5), 0.6);
-  const auto outliers = circles(picture, "mark outlier");
-  ASSERT_EQ(outliers.size(), 1u);
-  EXPECT_NEAR(outliers[0].second, (*y)(20), 0.6);
-  EXPECT_EQ(count(picture, "<g class=\"mark extreme\""), 1u);
-  // Box a is the single colour at opacity 200/255 over white:
-  // 255 - (255 - c) * 200/255 for c = 0, 114, 178 gives 55, 144, 195.
-  const std::string png = this->png();
-  const int column = static_cast<int>((boxes[0][0] + boxes[0][2]) / 2);
-  EXPECT_TRUE(near(pixel(png, column, static_cast<int>((*y)(4.5))), 0x3790C3))
-      << std::hex << pixel(png, column, static_cast<int>((*y)(4.5)));
-  EXPECT_EQ(pixel(png, column - 12, static_cast<int>((*y)(14))), 0xFFFFFFu)
-      << "beside the whisker's end, above the box: background";
+  // 30 beyond the outer fence 23.5. b: 2, 4, 6, 8: hinges 3 and 7, median 5,
+  // whiskers 2 and 8. The same boxes weighted by W follow.
+  std::string csv = "C,Y,W\n";
+  for (const int v : {1, 2, 3, 4, 5, 6, 7, 8, 9, 20, 30}) csv += "a," + std::to_string(v) + ",1\n";
+  for (const int v : {2, 4, 6, 8}) csv += "b," + std::to_string(v) + ",1\n";
+  struct Box {
+    double upper, lower, median, high, low;  // hinges, median, whiskers
+  };
+  const struct {
+    std::string weight, csv;
+    Box a, b;
+    double outlier;
+  } cases[] = {
+      {"", csv, {8.5, 3.5, 6, 9, 1}, {7, 3, 5, 8, 2}, 20},
+      // a: 1, 2, 3 once and 4 five times, W = 8: median depth 4.5 (4 and 4),
+      // hinge depth 2.5: 2.5 and (depth 6.5) 4; the whisker reaches 1 (fence
+      // 2.5 - 2.25). Unweighted it would be 1.5, 2.5, 3.5.
+      // b: 10, 20 weigh a half, 30 two, W = 3: median depth 2 (30), hinge depth
+      // 1.5: (20 + 30) / 2 = 25 and, at depth 2.5, 30; 10 lies below the inner
+      // fence 17.5 but on the outer one (10): an outlier; its whiskers end at
+      // 20 and 30.
+      {"<weight variable=\"vw\"/>",
+       "C,Y,W\na,1,1\na,2,1\na,3,1\na,4,5\nb,10,0.5\nb,20,0.5\nb,30,2\n",
+       {4, 2.5, 4, 4, 1},
+       {30, 25, 30, 30, 20},
+       10},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.weight);
+    const std::string picture =
+        draw(document(kCY + variable("vw", "W", false), element("schema", kByC + c.weight)), c.csv);
+    const auto y = axisMap(picture, "y");
+    const auto boxes = paths(picture, "mark box");
+    const auto medians = paths(picture, "mark box-median");
+    const auto whiskers = paths(picture, "mark whisker");
+    ASSERT_TRUE(y && boxes.size() == 2u && medians.size() == 2u && whiskers.size() == 2u)
+        << picture;
+    for (std::size_t i = 0; i < 2; ++i) {
+      const Box& box = i == 0 ? c.a : c.b;
+      expectSpan(boxes[i], *y, box.upper, box.lower);
+      expectSpan(whiskers[i], *y, box.high, box.low);
+      EXPECT_NEAR(minOdd(medians[i]), (*y)(box.median), 0.6);
+    }
+    const auto outliers = circles(picture, "mark outlier");
+    ASSERT_EQ(outliers.size(), 1u);
+    EXPECT_NEAR(outliers[0].second, (*y)(c.outlier), 0.6);
+    EXPECT_EQ(count(picture, "<g class=\"mark extreme\""), c.weight.empty() ? 1u : 0u);
+    if (!c.weight.empty()) continue;
+    // Box a is the single colour at opacity 200/255 over white:
+    // 255 - (255 - c) * 200/255 for c = 0, 114, 178 gives 55, 144, 195.
+    const std::string png = this->png();
+    const int column = static_cast<int>((boxes[0][0] + boxes[0][2]) / 2);
+    EXPECT_TRUE(near(pixel(png, column, static_cast<int>((*y)(4.5))), 0x3790C3))
+        << std::hex << pixel(png, column, static_cast<int>((*y)(4.5)));
+    EXPECT_EQ(pixel(png, column - 12, static_cast<int>((*y)(14))), 0xFFFFFFu)
+        << "beside the whisker's end, above the box: background";
+  }
   // Without an x, one box of all cases stands in a category named after y:
   // 2, 4, 6, 8 has hinges 3 and 7.
-  const std::string lone =
-      document(variable("vy", "Y", false),
-               kAxes + "<element id=\"e\" type=\"schema\"><y variable=\"vy\"/></element>");
-  const std::string single = draw(lone, "Y\n2\n4\n6\n8\n");
+  const std::string single =
+      draw(document(variable("vy", "Y", false), element("schema", "<y variable=\"vy\"/>")),
+           "Y\n2\n4\n6\n8\n");
   EXPECT_EQ(texts(single, "tick-label x"), std::vector<std::string>{"vy"});
   const auto loneY = axisMap(single, "y");
   const auto loneBox = paths(single, "mark box");
@@ -138,46 +170,15 @@ TEST_F(RenderElements, BoxPlotsShowHingesWhiskersOutliersAndExtremes) {
   expectSpan(loneBox[0], *loneY, 7, 3);
 }
 
-TEST_F(RenderElements, WeightedBoxesTakeTukeysDepthsOverTheTotalWeight) {
-  const std::string xml =
-      document(variable("vc", "C", true) + variable("vy", "Y", false) + variable("vw", "W", false),
-               kAxes +
-                   "<element id=\"e\" type=\"schema\"><x variable=\"vc\"/>"
-                   "<y variable=\"vy\"/><weight variable=\"vw\"/></element>");
-  // a: 1, 2, 3 once and 4 five times, W = 8: median depth 4.5 (4 and 4),
-  // hinge depth 2.5: 2.5 and (depth 6.5) 4; the whisker reaches 1 (fence
-  // 2.5 - 2.25). Unweighted it would be 1.5, 2.5, 3.5.
-  // b: 10, 20 weigh a half, 30 two, W = 3: median depth 2 (30), hinge depth
-  // 1.5: (20 + 30) / 2 = 25 and, at depth 2.5, 30; 10 lies below the inner
-  // fence 17.5 but on the outer one (10): an outlier.
-  const std::string picture =
-      draw(xml, "C,Y,W\na,1,1\na,2,1\na,3,1\na,4,5\nb,10,0.5\nb,20,0.5\nb,30,2\n");
-  const auto y = axisMap(picture, "y");
-  const auto boxes = paths(picture, "mark box");
-  const auto medians = paths(picture, "mark box-median");
-  const auto whiskers = paths(picture, "mark whisker");
-  ASSERT_TRUE(y && boxes.size() == 2u && medians.size() == 2u && whiskers.size() == 2u) << picture;
-  EXPECT_NEAR(minOdd(boxes[0]), (*y)(4), 0.6);
-  EXPECT_NEAR(maxOdd(boxes[0]), (*y)(2.5), 0.6);
-  EXPECT_NEAR(minOdd(medians[0]), (*y)(4), 0.6);
-  EXPECT_NEAR(maxOdd(whiskers[0]), (*y)(1), 0.6);
-  EXPECT_NEAR(minOdd(boxes[1]), (*y)(30), 0.6);
-  EXPECT_NEAR(maxOdd(boxes[1]), (*y)(25), 0.6);
-  const auto outliers = circles(picture, "mark outlier");
-  ASSERT_EQ(outliers.size(), 1u);
-  EXPECT_NEAR(outliers[0].second, (*y)(10), 0.6);
-}
-
 TEST_F(RenderElements, ErrorBarsSpanTheMeanPlusMinusTwoStandardErrors) {
-  const std::string xml =
-      document(variable("vc", "C", true) + variable("vy", "Y", false),
-               kAxes +
-                   "<element id=\"e\" type=\"interval\"><statistic method=\"meanSE\">"
-                   "<parameter name=\"multiplier\" value=\"2\"/></statistic>"
-                   "<x variable=\"vc\"/><y variable=\"vy\"/></element>");
   // a: 4, 6: mean 5, deviation sqrt 2, error 1: 3 to 7. b: 10, 12, 14:
   // mean 12, deviation 2, error 2 / sqrt 3: 12 -+ 2.3094.
-  const std::string picture = draw(xml, "C,Y\na,4\na,6\nb,10\nb,12\nb,14\n");
+  const std::string picture =
+      draw(document(kCY, element("interval",
+                                 "<statistic method=\"meanSE\"><parameter "
+                                 "name=\"multiplier\" value=\"2\"/></statistic>" +
+                                     kByC)),
+           "C,Y\na,4\na,6\nb,10\nb,12\nb,14\n");
   const auto y = axisMap(picture, "y");
   const auto bars = paths(picture, "mark error-bar");
   ASSERT_TRUE(y && bars.size() == 2u) << picture;
@@ -194,15 +195,14 @@ TEST_F(RenderElements, ErrorBarsSpanTheMeanPlusMinusTwoStandardErrors) {
 }
 
 TEST_F(RenderElements, HistogramLinesAreFrequencyPolygons) {
-  const std::string xml =
-      document(variable("vx", "X", false),
-               kAxes +
-                   "<element id=\"e\" type=\"line\"><statistic method=\"histogram\">"
-                   "<parameter name=\"bin-width\" value=\"1\"/></statistic><x variable=\"vx\"/>"
-                   "</element>");
   // Bins [0, 1), [1, 2), [2, 3] hold 0.5 and 0.7; none; 2.5, 2.9 and 3:
   // counts 2, 0, 3 at the bins' middles 0.5, 1.5, 2.5.
-  const std::string picture = draw(xml, "X\n0.5\n0.7\n2.5\n2.9\n3\n");
+  const std::string picture = draw(
+      document(variable("vx", "X", false), element("line",
+                                                   "<statistic method=\"histogram\"><parameter "
+                                                   "name=\"bin-width\" value=\"1\"/></statistic>"
+                                                   "<x variable=\"vx\"/>")),
+      "X\n0.5\n0.7\n2.5\n2.9\n3\n");
   const auto x = axisMap(picture, "x"), y = axisMap(picture, "y");
   const auto lines = paths(picture, "mark line");
   ASSERT_TRUE(x && y && lines.size() == 1u) << picture;
@@ -217,10 +217,8 @@ TEST_F(RenderElements, HistogramLinesAreFrequencyPolygons) {
 
 TEST_F(RenderElements, PathsKeepDataOrderWhereLinesSortByX) {
   const auto firstXs = [&](const std::string& type) {
-    const std::string xml =
-        document(kXY, kAxes + "<element id=\"e\" type=\"" + type +
-                          "\"><x variable=\"vx\"/><y variable=\"vy\"/></element>");
-    const auto lines = paths(draw(xml, "X,Y\n0,0\n10,10\n5,0\n"), "mark line");
+    const auto lines =
+        paths(draw(document(kXY, element(type, kByX)), "X,Y\n0,0\n10,10\n5,0\n"), "mark line");
     std::vector<double> xs;
     if (lines.size() == 1) {
       for (std::size_t i = 0; i < lines[0].size(); i += 2) xs.push_back(lines[0][i]);
@@ -239,9 +237,7 @@ TEST_F(RenderElements, PathsKeepDataOrderWhereLinesSortByX) {
 TEST_F(RenderElements, TilesTakeTheGradientColourOfTheirMean) {
   const std::string xml =
       document(variable("vx", "X", true) + variable("vy", "Y", true) + variable("vv", "V", false),
-               kAxes +
-                   "<element id=\"e\" type=\"tile\"><x variable=\"vx\"/><y variable=\"vy\"/>"
-                   "<color variable=\"vv\"/></element>",
+               element("tile", kByX + "<color variable=\"vv\"/>"),
                "<frame id=\"frame_legend_1\"><legend id=\"legend_1\">"
                "<legendTarget aesthetic=\"color\" element=\"e\"/></legend></frame>");
   // Cells (a, p) 0, (a, q) 10, (b, p) mean of 4 and 6: 5; (b, q) has no case.
@@ -254,9 +250,7 @@ TEST_F(RenderElements, TilesTakeTheGradientColourOfTheirMean) {
 TEST_F(RenderElements, ContourLinesLieOnTheirLevelAndTheirLabelsNameIt) {
   const std::string xml =
       document(kXY + variable("vv", "V", false),
-               kAxes +
-                   "<element id=\"e\" type=\"contour\"><x variable=\"vx\"/><y variable=\"vy\"/>"
-                   "<color variable=\"vv\"/><labeling/></element>");
+               element("contour", kByX + "<color variable=\"vv\"/><labeling/>"));
   // V = X + Y over a 5 x 5 grid: every line is a diagonal x + y = level, and
   // the label of level k sits where x + y = k, on a backing of its own.
   std::string csv = "X,Y,V\n";
@@ -296,24 +290,30 @@ TEST_F(RenderElements, ContourLinesLieOnTheirLevelAndTheirLabelsNameIt) {
 }
 
 TEST_F(RenderElements, CollidingLabelsAreHiddenWhenTheElementSaysSo) {
-  const auto labelled = [&](const std::string& attribute) {
-    const std::string xml = document(
-        variable("vx", "X", false) + variable("vy", "Y", false) + variable("vn", "N", true),
-        kAxes + "<element id=\"e\" type=\"point\"" + attribute +
-            "><x variable=\"vx\"/><y variable=\"vy\"/><labeling variable=\"vn\"/></element>");
-    // A and B stand on one spot, C far from both.
-    EXPECT_TRUE(load(xml, "X,Y,N\n1,1,A\n1,1,B\n9,9,C\n")) << renderer.error();
-    EXPECT_EQ(renderer.skipped(), std::vector<std::string>{});
+  // A and B stand on one spot, C far from both.
+  const auto labelled = [&](const std::string& attributes) {
+    EXPECT_TRUE(load(document(kXY + variable("vn", "N", true),
+                              element("point", kByX + "<labeling variable=\"vn\"/>", attributes)),
+                     "X,Y,N\n1,1,A\n1,1,B\n9,9,C\n"))
+        << renderer.error();
     return texts(svg(), "mark-label");
   };
-  EXPECT_EQ(labelled(""), (std::vector<std::string>{"A", "B", "C"}));
-  EXPECT_EQ(labelled(" showCollidingLabels=\"false\""), (std::vector<std::string>{"A", "C"}));
-  EXPECT_EQ(labelled(" labelCollisionHandling=\"hide\""), (std::vector<std::string>{"A", "C"}));
-  EXPECT_EQ(labelled(" labelCollisionHandling=\"normal\""),
-            (std::vector<std::string>{"A", "B", "C"}));
-  // Shifted, B leaves A's place above the point for the one below it.
-  EXPECT_EQ(labelled(" labelCollisionHandling=\"shift\" showCollidingLabels=\"false\""),
-            (std::vector<std::string>{"A", "B", "C"}));
+  // A way of handling collisions that is not drawn is said.
+  labelled(" labelCollisionHandling=\"scatter\"");
+  EXPECT_EQ(renderer.skipped(),
+            std::vector<std::string>{"label collision handling 'scatter' of element e"});
+  const std::pair<std::string, std::vector<std::string>> cases[] = {
+      {"", {"A", "B", "C"}},
+      {" showCollidingLabels=\"false\"", {"A", "C"}},
+      {" labelCollisionHandling=\"hide\"", {"A", "C"}},
+      {" labelCollisionHandling=\"normal\"", {"A", "B", "C"}},
+      // Shifted, B leaves A's place above the point for the one below it.
+      {" labelCollisionHandling=\"shift\" showCollidingLabels=\"false\"", {"A", "B", "C"}},
+  };
+  for (const auto& [attributes, shown] : cases) {
+    EXPECT_EQ(labelled(attributes), shown) << attributes;
+    EXPECT_EQ(renderer.skipped(), std::vector<std::string>{}) << attributes;
+  }
   const std::string picture = svg();
   auto at = labelsAt(picture);
   ASSERT_EQ(at.size(), 3u) << picture;
@@ -324,27 +324,15 @@ TEST_F(RenderElements, CollidingLabelsAreHiddenWhenTheElementSaysSo) {
   EXPECT_LT(at["A"].second, points[0].second - 5 + 0.5);
   EXPECT_GT(at["B"].second, points[0].second + 5 + 9);
   EXPECT_NEAR(at["A"].first, at["B"].first, 0.5);  // both centred on the point
-  // A way of handling collisions that is not drawn is said.
-  ASSERT_TRUE(load(document(kXY + variable("vn", "N", true),
-                            kAxes + "<element id=\"e\" type=\"point\" "
-                                    "labelCollisionHandling=\"scatter\"><x variable=\"vx\"/>"
-                                    "<y variable=\"vy\"/><labeling variable=\"vn\"/></element>"),
-                   "X,Y,N\n1,1,A\n"));
-  EXPECT_EQ(renderer.skipped(),
-            std::vector<std::string>{"label collision handling 'scatter' of element e"});
 }
 
 // Labels of marks on the panel's edge stay inside it, where the panel would
 // clip them: the top one goes below its point, the side ones along the edge.
 TEST_F(RenderElements, LabelsAtThePanelsEdgeMoveInside) {
-  const std::string edges =
-      "<dimension role=\"x\"><axis id=\"axis_x\"><majorTicks/></axis></dimension>"
-      "<dimension role=\"y\"><axis id=\"axis_y\"><majorTicks/></axis></dimension>";
-  const std::string xml =
-      document(kXY + variable("vn", "N", true),
-               edges +
-                   "<element id=\"e\" type=\"point\"><x variable=\"vx\"/><y variable=\"vy\"/>"
-                   "<labeling variable=\"vn\"/></element>");
+  // Without the axes' margins, the points lie on the panel's corners.
+  const std::string xml = std::regex_replace(
+      document(kXY + variable("vn", "N", true), pointsWith("<labeling variable=\"vn\"/>")),
+      std::regex(" lowerMargin=\"8%\" upperMargin=\"8%\""), "");
   const std::string picture = draw(xml, "X,Y,N\n0,0,Lowest\n10,10,Highest\n");
   std::smatch clip;
   ASSERT_TRUE(
@@ -365,51 +353,45 @@ TEST_F(RenderElements, LabelsAtThePanelsEdgeMoveInside) {
 }
 
 TEST_F(RenderElements, LabelsShowTheValueEachMarkDraws) {
-  const std::string bars = document(variable("vc", "C", true) + variable("vy", "Y", false),
-                                    kAxes +
-                                        "<element id=\"e\" type=\"interval\">"
-                                        "<statistic method=\"mean\"/><x variable=\"vc\"/>"
-                                        "<y variable=\"vy\"/><labeling/></element>");
-  // Means: a (4 + 6) / 2 = 5, b 10.5 and 9.5: 10.
-  EXPECT_EQ(texts(draw(bars, "C,Y\na,4\na,6\nb,10.5\nb,9.5\n"), "mark-label"),
-            (std::vector<std::string>{"5", "10"}));
-  // Points labelled by a variable show its value in their row.
-  const std::string points =
-      document(kXY + variable("vn", "N", true), pointsWith("<labeling variable=\"vn\"/>"));
-  EXPECT_EQ(texts(draw(points, "X,Y,N\n1,1,Ann\n2,3,Bob\n"), "mark-label"),
-            (std::vector<std::string>{"Ann", "Bob"}));
+  const std::string labelled = "<labeling variable=\"vn\"/>";
+  const std::string pie =
+      "<coordinateTransform method=\"polar\"/><dimension role=\"theta\"/>"
+      "<element id=\"e\" type=\"interval\"><color variable=\"vg\"/>"
+      "<labeling/></element>";
+  const struct {
+    std::string xml, csv;
+    std::vector<std::string> labels;
+  } cases[] = {
+      // Means: a (4 + 6) / 2 = 5, b 10.5 and 9.5: 10.
+      {document(kCY, element("interval", "<statistic method=\"mean\"/>" + kByC + "<labeling/>")),
+       "C,Y\na,4\na,6\nb,10.5\nb,9.5\n",
+       {"5", "10"}},
+      // Points labelled by a variable show its value in their row.
+      {document(kXY + variable("vn", "N", true), pointsWith(labelled)),
+       "X,Y,N\n1,1,Ann\n2,3,Bob\n",
+       {"Ann", "Bob"}},
+      // A pie's slices: counts 3 and 1.
+      {document(variable("vg", "G", true), pie), "G\na\na\na\nb\n", {"3", "1"}},
+  };
+  for (const auto& c : cases) EXPECT_EQ(texts(draw(c.xml, c.csv), "mark-label"), c.labels);
   // A size in the labeling sizes each point's text by its value, 8 to 16
   // pixels; labels of summarised marks cannot take one, and say so.
   const std::string sized =
       document(kXY + variable("vn", "N", true) + variable("vs", "S", false),
                pointsWith("<labeling variable=\"vn\"><size variable=\"vs\"/></labeling>"));
   const std::string picture = draw(sized, "X,Y,N,S\n1,1,Ann,10\n2,3,Bob,30\n3,2,Cy,20\n");
-  EXPECT_EQ(renderer.skipped(), std::vector<std::string>{});
-  std::vector<std::string> fonts;
-  const std::regex font(R"re(class="mark-label"[^>]*font-size="([\d.]+)")re");
-  for (auto it = std::sregex_iterator(picture.begin(), picture.end(), font);
-       it != std::sregex_iterator(); ++it) {
-    fonts.push_back((*it)[1]);
-  }
-  EXPECT_EQ(fonts, (std::vector<std::string>{"8", "16", "12"})) << picture;
-  ASSERT_TRUE(load(
-      document(variable("vc", "C", true) + variable("vs", "S", false),
-               kAxes + "<element id=\"e\" type=\"interval\"><statistic method=\"mean\"/>"
-                       "<x variable=\"vc\"/><y variable=\"vs\"/><labeling><size variable=\"vs\"/>"
-                       "</labeling></element>"),
-      "C,S\na,4\nb,6\n"))
+  EXPECT_EQ(matches(picture, R"re(class="mark-label"[^>]*font-size="([\d.]+)")re"),
+            (std::vector<std::string>{"8", "16", "12"}))
+      << picture;
+  ASSERT_TRUE(
+      load(document(kCY + variable("vs", "S", false),
+                    element("interval", "<statistic method=\"mean\"/>" + kByC +
+                                            "<labeling><size variable=\"vs\"/></labeling>")),
+           "C,Y,S\na,4,4\nb,6,6\n"))
       << renderer.error();
   EXPECT_EQ(renderer.skipped(),
             std::vector<std::string>{"size vs of the labels of element e (only the labels of "
                                      "single cases take a size by a number)"});
-  // A pie's slices: counts 3 and 1.
-  const std::string pie =
-      document(variable("vg", "G", true),
-               "<coordinateTransform method=\"polar\"/><dimension role=\"theta\"/>"
-               "<element id=\"e\" type=\"interval\"><color variable=\"vg\"/><labeling/>"
-               "</element>");
-  ASSERT_TRUE(load(pie, "G\na\na\na\nb\n")) << renderer.error();
-  EXPECT_EQ(texts(svg(), "mark-label"), (std::vector<std::string>{"3", "1"}));
 }
 
 TEST_F(RenderElements, TransparencyFadesPointsAndIsKeyed) {
@@ -471,37 +453,47 @@ TEST_F(RenderElements, SizesSpanTheRangeTheDocumentGives) {
                                      pointsWith("<size variable=\"vz\"" + range + "/>"));
     EXPECT_TRUE(load(xml, "X,Y,Z\n0,0,0\n5,5,25\n10,10,100\n")) << renderer.error();
     std::vector<double> out;
-    const std::string picture = svg();
-    const std::regex circle(R"re(<circle cx="[-0-9.]+" cy="[-0-9.]+" r="([0-9.]+)")re");
-    for (auto it = std::sregex_iterator(picture.begin(), picture.end(), circle);
-         it != std::sregex_iterator(); ++it) {
-      out.push_back(std::stod((*it)[1].str()));
+    for (const std::string& r :
+         matches(svg(), R"re(<circle cx="[-0-9.]+" cy="[-0-9.]+" r="([0-9.]+)")re")) {
+      out.push_back(std::stod(r));
     }
     std::sort(out.begin(), out.end());
     return out;
   };
-  // 2 px to a quarter inch (24 px): 2 + 22 * sqrt(share) for shares 0, 1/4
-  // and 1 is 2, 13 and 24 across.
-  EXPECT_EQ(radii(" low=\"2px\" high=\"0.25in\""), (std::vector<double>{1, 6.5, 12}));
-  EXPECT_EQ(renderer.skipped(), std::vector<std::string>{});
-  // High below low: the greatest value takes the smallest marker, 18 pt is 24 px.
-  EXPECT_EQ(radii(" low=\"18pt\" high=\"2\""), (std::vector<double>{1, 6.5, 12}));
-  // The binned element's words and no range at all: the own range, 4 to 18.
-  EXPECT_EQ(radii(" low=\"binlowval\" high=\"binhighval\""), (std::vector<double>{2, 5.5, 9}));
-  EXPECT_EQ(renderer.skipped(), std::vector<std::string>{});
-  EXPECT_EQ(radii(" high=\"huge\""), (std::vector<double>{2, 5.5, 9}));
-  EXPECT_EQ(renderer.skipped(),
-            std::vector<std::string>{
-                "size high 'huge' of element e (not a length: the default range is drawn)"});
+  const struct {
+    std::string range;
+    std::vector<double> radii;
+    std::vector<std::string> skipped;
+  } cases[] = {
+      // A high that is no length: the own range, 4 to 18 across, as with no range at all.
+      {" high=\"huge\"",
+       {2, 5.5, 9},
+       {"size high 'huge' of element e (not a length: the default range is drawn)"}},
+      // 2 px to a quarter inch (24 px): 2 + 22 * sqrt(share) for shares 0, 1/4
+      // and 1 is 2, 13 and 24 across.
+      {" low=\"2px\" high=\"0.25in\"", {1, 6.5, 12}, {}},
+      // High below low: the greatest value takes the smallest marker, 18 pt is 24 px.
+      {" low=\"18pt\" high=\"2\"", {1, 6.5, 12}, {}},
+      // The binned element's words: the own range.
+      {" low=\"binlowval\" high=\"binhighval\"", {2, 5.5, 9}, {}},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(radii(c.range), c.radii) << c.range;
+    EXPECT_EQ(renderer.skipped(), c.skipped) << c.range;
+  }
 }
 
 // A point element of an x alone, set to dots, stacks its cases as a dot
 // plot: one dot per case, one count of y apart, from zero up.
 TEST_F(RenderElements, DotPlotsStackTheirCasesOverTheirValues) {
-  const std::string xml = document(
-      variable("vx", "X", false),
-      kAxes + "<element id=\"e\" type=\"point\" dot=\"dot\"><x variable=\"vx\"/></element>");
-  const std::string picture = draw(xml, "X\n1\n3\n1\n2\n1\n3\n");
+  // With a y the element stays a scatter, and says so.
+  ASSERT_TRUE(load(document(kXY, element("point", kByX, " dot=\"dot\"")), "X,Y\n1,1\n"));
+  EXPECT_EQ(renderer.skipped(),
+            std::vector<std::string>{"dot plot of element e with a y (drawn as a scatter)"});
+  const std::string picture =
+      draw(document(variable("vx", "X", false),
+                    element("point", "<x variable=\"vx\"/>", " dot=\"dot\"")),
+           "X\n1\n3\n1\n2\n1\n3\n");
   const auto x = axisMap(picture, "x"), y = axisMap(picture, "y");
   ASSERT_TRUE(x && y);
   std::vector<std::pair<double, double>> dots;
@@ -513,27 +505,19 @@ TEST_F(RenderElements, DotPlotsStackTheirCasesOverTheirValues) {
   EXPECT_EQ(dots, (std::vector<std::pair<double, double>>{
                       {1, 0.5}, {1, 1.5}, {1, 2.5}, {2, 0.5}, {3, 0.5}, {3, 1.5}}));
   // Dots of one stack touch: their diameter is one count (under 16 pixels).
-  const std::regex radius(R"re(<circle [^>]*r="([0-9.]+)")re");
-  std::smatch r;
-  ASSERT_TRUE(std::regex_search(picture, r, radius));
-  EXPECT_NEAR(2 * std::stod(r[1].str()), std::min(16.0, std::fabs(y->b)), 0.01);
+  const auto radius = matches(picture, R"re(<circle [^>]*r="([0-9.]+)")re");
+  ASSERT_FALSE(radius.empty());
+  EXPECT_NEAR(2 * std::stod(radius[0]), std::min(16.0, std::fabs(y->b)), 0.01);
   EXPECT_NE(renderer.description().find("Dot plot of vx, 6 cases"), std::string::npos)
       << renderer.description();
   EXPECT_NE(renderer.description().find("Count from 1 to 3"), std::string::npos)
       << renderer.description();
-  // With a y the element stays a scatter, and says so.
-  ASSERT_TRUE(load(document(kXY, kAxes + "<element id=\"e\" type=\"point\" dot=\"dot\">"
-                                         "<x variable=\"vx\"/><y variable=\"vy\"/></element>"),
-                   "X,Y\n1,1\n"));
-  EXPECT_EQ(renderer.skipped(),
-            std::vector<std::string>{"dot plot of element e with a y (drawn as a scatter)"});
 }
 
 TEST_F(RenderElements, BarsTakeTheMeanOpacityAndColourOfTheirCases) {
-  const std::string xml = document(variable("vc", "C", true) + variable("vt", "T", true),
-                                   kAxes +
-                                       "<element id=\"e\" type=\"interval\"><x variable=\"vc\"/>"
-                                       "<transparency variable=\"vt\"/></element>");
+  const std::string xml =
+      document(variable("vc", "C", true) + variable("vt", "T", true),
+               element("interval", "<x variable=\"vc\"/><transparency variable=\"vt\"/>"));
   // hi is opaque, lo a quarter: a 1, b 0.25, c (1 + 0.25) / 2 = 0.625, so
   // alphas 255, 64 and 159; over white 255 - (255 - v) * alpha / 255 for the
   // single colour 0, 114, 178: 0072B2, BFDCEC and 60A7CF.
@@ -547,10 +531,9 @@ TEST_F(RenderElements, BarsTakeTheMeanOpacityAndColourOfTheirCases) {
   }
   // A continuous colour: means a (0 + 10) / 2 = 5, b 20, c (10 + 15) / 2
   // = 12.5 span the gradient, at shares 0, 1 and 0.5.
-  const std::string shaded = document(variable("vc", "C", true) + variable("vv", "V", false),
-                                      kAxes +
-                                          "<element id=\"e\" type=\"interval\"><x variable=\"vc\"/>"
-                                          "<color variable=\"vv\"/></element>");
+  const std::string shaded =
+      document(variable("vc", "C", true) + variable("vv", "V", false),
+               element("interval", "<x variable=\"vc\"/><color variable=\"vv\"/>"));
   const auto cells = paths(draw(shaded, "C,V\na,0\na,10\nb,20\nc,10\nc,15\n"), "mark bar");
   expectGradientEndsAndMiddle(this->png(), cells);
 }
@@ -565,10 +548,7 @@ TEST_F(RenderElements, StyleCyclesGiveTheGroupsTheirColoursAndDashesInOrder) {
       "<style id=\"p2\" value=\"stroke-dasharray:8,3\"/></cycle></styleCycle>\n";
   // Groups G of an element of `type` styled by `rest`, with the cycles `top`.
   const auto styled = [](const std::string& type, const std::string& rest, const std::string& top) {
-    return document(kXY + variable("vg", "G", true),
-                    kAxes + "<element id=\"e\" type=\"" + type +
-                        "\"><x variable=\"vx\"/><y variable=\"vy\"/>" + rest + "</element>",
-                    "", top);
+    return document(kXY + variable("vg", "G", true), element(type, kByX + rest), "", top);
   };
   const auto at = circles(
       draw(styled("point", "<styleBy variable=\"vg\" styleCycle=\"styleCycleColor\"/>", cycles),

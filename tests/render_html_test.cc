@@ -33,11 +33,13 @@ const std::string kLegend =
     "<frame id=\"frame_legend\"><legend id=\"legend_color\">"
     "<legendTarget aesthetic=\"color\" element=\"e\"/></legend></frame>";
 
-std::string page(const std::string& doc, const std::string& csv) {
+// The page, or the picture of `format`, of `doc` over `csv`.
+std::string page(const std::string& doc, const std::string& csv,
+                 PictureFormat format = PictureFormat::kHtml) {
   ChartRenderer renderer;
   EXPECT_TRUE(renderer.loadText(doc, "test.xml", [&](const std::string&) { return csv; }))
       << renderer.error();
-  return renderer.picture(PictureFormat::kHtml).value_or("");
+  return renderer.picture(format).value_or("");
 }
 
 // The text of the page's JSON data block.
@@ -188,13 +190,7 @@ TEST(HtmlPage, EveryKindOfMarkCarriesItsValuesAndGroup) {
         "5&#10;Interval: 3 to 7\""}},
       // x 1 and y 3 of 4: a quarter and three quarters.
       {"slices",
-       "<visualization><source id=\"source0\"/>" + variable("vc", "C", true) +
-           variable("vv", "V", false) +
-           "<frame id=\"frame_graph_1\"><frame id=\"frame_pie_1\">"
-           "<coordinateTransform method=\"polar\"/><dimension role=\"theta\"/>"
-           "<element id=\"e\" type=\"interval\" positionModifier=\"stack\"><statistic "
-           "method=\"sum\"/><theta variable=\"vv\"/><color variable=\"vc\"/></element></frame>"
-           "</frame></visualization>",
+       rendertest::pie(variable("vc", "C", true) + variable("vv", "V", false)),
        "C,V\nx,1\ny,2\ny,1\n",
        {"data-group=\"0\" data-tip=\"vc: x&#10;Sum of vv: 1&#10;Share: 25.0%\"",
         "data-group=\"1\" data-tip=\"vc: y&#10;Sum of vv: 3&#10;Share: 75.0%\""}},
@@ -217,9 +213,7 @@ TEST(HtmlPage, LinePointsAreHoverTargetsOnlyInThePage) {
   const std::string data = dataBlock(page(doc, csv));
   EXPECT_NE(data.find("\"count\":3"), std::string::npos) << data;
   EXPECT_NE(data.find("\"title\":\"vy\""), std::string::npos) << data;
-  ChartRenderer renderer;
-  ASSERT_TRUE(renderer.loadText(doc, "test.xml", [&](const std::string&) { return csv; }));
-  const std::string svg = renderer.picture(PictureFormat::kSvg).value_or("");
+  const std::string svg = page(doc, csv, PictureFormat::kSvg);
   EXPECT_NE(svg.find("mark line"), std::string::npos);
   EXPECT_EQ(svg.find("mark vertex"), std::string::npos);
   EXPECT_EQ(count(svg, "<circle"), 0u);

@@ -28,6 +28,8 @@ const Color kRed{255, 0, 0, 255};
 const Color kBlue{0, 0, 255, 255};
 
 using Decoded = rendertest::Image;
+using rendertest::expectPixels;
+constexpr unsigned red = 0xFF0000, white = 0xFFFFFF;
 
 Scene canvas(double width, double height) {
   Scene scene;
@@ -64,11 +66,11 @@ TEST(RenderPoints, BlittedMarkersLandWhereTheyMust) {
   scene.items.emplace_back(batch(10, {kRed}, {{10, 10}}, {}));
   const Decoded picture = png(scene);
   ASSERT_EQ(picture.width, 40);
-  EXPECT_EQ(picture.rgb(9, 9), 0xFF0000u);
-  EXPECT_EQ(picture.rgb(10, 10), 0xFF0000u);
-  EXPECT_EQ(picture.rgb(6, 10), 0xFF0000u) << "its far corner (6, 11) is 4.1 from the centre";
-  EXPECT_EQ(picture.rgb(16, 10), 0xFFFFFFu) << "beyond the radius";
-  EXPECT_EQ(picture.rgb(14, 14), 0xFFFFFFu) << "its near corner (14, 14) is 5.7 from the centre";
+  // Pixel (6, 10) is inside: its far corner (6, 11) is 4.1 from the centre;
+  // (16, 10) is beyond the radius, and so is (14, 14), whose near corner is
+  // 5.7 from the centre.
+  expectPixels(picture, {{9, 9, red}, {10, 10, red}, {6, 10, red}, {16, 10, white}});
+  expectPixels(picture, {{14, 14, white}});
   // Pixel (14, 12) is cut by the circle (its corners lie 4.5 and 5.8 from
   // the centre): red over white in part, so red stays full and green and
   // blue fall between.
@@ -88,18 +90,15 @@ TEST(RenderPoints, BlittedMarkersLandWhereTheyMust) {
   wide.items.emplace_back(batch(60, {halfBlue}, {{100, 110}, {110, 110}}, {}));
   const Decoded banded = png(wide);
   ASSERT_EQ(banded.width, 3000);
-  EXPECT_EQ(banded.rgb(75, 110), 0x7F7FFFu) << "the first disc alone";
-  EXPECT_EQ(banded.rgb(105, 90), 0x3F3FFFu) << "both discs, upper band";
-  EXPECT_EQ(banded.rgb(105, 135), 0x3F3FFFu) << "both discs, lower band";
-  EXPECT_EQ(banded.rgb(135, 110), 0x7F7FFFu) << "the second disc alone";
-  EXPECT_EQ(banded.rgb(145, 110), 0xFFFFFFu);
+  // The first disc alone, both in the upper band and in the lower, the
+  // second alone, and neither.
+  expectPixels(banded, {{75, 110, 0x7F7FFF}, {105, 90, 0x3F3FFF}, {105, 135, 0x3F3FFF}});
+  expectPixels(banded, {{135, 110, 0x7F7FFF}, {145, 110, white}});
 
   // Twice the scale: twice the distances.
   const Decoded sharp = png(scene, 2);
   ASSERT_EQ(sharp.width, 80);
-  EXPECT_EQ(sharp.rgb(20, 20), 0xFF0000u);
-  EXPECT_EQ(sharp.rgb(11, 20), 0xFF0000u);
-  EXPECT_EQ(sharp.rgb(31, 20), 0xFFFFFFu);
+  expectPixels(sharp, {{20, 20, red}, {11, 20, red}, {31, 20, white}});
 }
 
 TEST(RenderPoints, ClipsSkipsAndBlendsInOrder) {
@@ -119,20 +118,17 @@ TEST(RenderPoints, ClipsSkipsAndBlendsInOrder) {
   scene.items.emplace_back(batch(4, {halfBlue, halfRed}, {{36, 26}, {36, 26}}, {1, 0}));
   const Decoded picture = png(scene);
   ASSERT_EQ(picture.width, 40);
-  EXPECT_EQ(picture.rgb(17, 20), 0xFF0000u) << "inside the clip";
-  EXPECT_EQ(picture.rgb(20, 20), 0xFFFFFFu) << "right of the clip";
-  EXPECT_EQ(picture.rgb(23, 20), 0xFFFFFFu);
-  EXPECT_EQ(picture.rgb(1, 5), 0xFF0000u) << "the part inside the picture";
-  EXPECT_EQ(picture.rgb(10, 20), 0xFFFFFFu) << "colour index 7 of a palette of two";
-  EXPECT_EQ(picture.rgb(30, 8), 0xFFFFFFu) << "outside the clip";
+  // Inside the clip, right of it, the part of the disc inside the picture,
+  // colour index 7 of a palette of two, a disc outside the clip.
+  expectPixels(picture, {{17, 20, red}, {20, 20, white}, {23, 20, white}, {1, 5, red}});
+  expectPixels(picture, {{10, 20, white}, {30, 8, white}});
   // The blue disc on (30, 20) lay outside the clip; the translucent pair
   // after the clip's end drew. White, then blue of
   // alpha 128 (premultiplied 0,0,128): 255 * 127 / 255 = 127 left of red and
   // green, 128 + 127 of blue; then red: 128 + 127 * 127 / 255 (63) = 191,
   // 63, 255 * 127 / 255 = 127.
-  EXPECT_EQ(picture.rgb(30, 20), 0xBF3F7Fu);
   // The other order: red first (255, 127, 127), then blue: 127, 63, 191.
-  EXPECT_EQ(picture.rgb(36, 26), 0x7F3FBFu);
+  expectPixels(picture, {{30, 20, 0xBF3F7F}, {36, 26, 0x7F3FBF}});
 }
 
 TEST(RenderPoints, PngDecodesToThePixelsDrawn) {

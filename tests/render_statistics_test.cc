@@ -13,6 +13,7 @@
 #include "model/ModelBuilder.h"
 #include "read/DataTable.h"
 #include "read/XmlTree.h"
+#include "render_documents.h"
 #include "stats/Bins.h"
 #include "stats/Layers.h"
 #include "stats/Summary.h"
@@ -20,6 +21,7 @@
 namespace {
 
 using namespace chartxml::render;
+using rendertest::modelOf;
 
 double of(Summary summary, std::vector<double> values, std::vector<double> weights = {},
           SummaryArgs args = {}) {
@@ -130,15 +132,6 @@ TEST(RenderStatistics, BinsByTheirNumberShareTheRangeEqually) {
   EXPECT_EQ(counts, (std::vector<int>{4, 4, 4}));
   EXPECT_FALSE(makeBinsByCount(0, 1, 0));
   EXPECT_EQ(makeBinsByCount(5, 5, 2)->binOf(5), 1u) << "one value: bins of width 1 around it";
-}
-
-ChartModel modelOf(const std::string& xml) {
-  std::string error;
-  const auto tree = parseXml(xml, error);
-  EXPECT_TRUE(tree) << error;
-  auto model = buildModel(*tree, error);
-  EXPECT_TRUE(model) << error;
-  return model ? std::move(*model) : ChartModel{};
 }
 
 // The layer of the one element of `body` over `csv` (columns C, G, Y, W);

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "text/TextEngine.h"
@@ -59,17 +60,14 @@ void expectAlike(TextEngine& compact, TextEngine& whole) {
     for (const Font font : {Font{10, false}, Font{16, true}, Font{11.5, false}}) {
       SCOPED_TRACE(text + " at " + std::to_string(font.size) + (font.bold ? " bold" : ""));
       const TextBox a = compact.measure(text, font), b = whole.measure(text, font);
-      EXPECT_EQ(a.width, b.width);
-      EXPECT_EQ(a.height, b.height);
-      EXPECT_EQ(a.baseline, b.baseline);
-      EXPECT_EQ(a.lines, b.lines);
-      EXPECT_EQ(a.missingGlyphs, b.missingGlyphs);
+      EXPECT_EQ(std::tuple(a.width, a.height, a.baseline, a.lines, a.missingGlyphs),
+                std::tuple(b.width, b.height, b.baseline, b.lines, b.missingGlyphs));
       const std::vector<TextLine> linesA = compact.lines(text, font, 0.5);
       const std::vector<TextLine>& linesB = whole.lines(text, font, 0.5);
       ASSERT_EQ(linesA.size(), linesB.size());
       for (std::size_t i = 0; i < linesA.size(); ++i) {
-        EXPECT_EQ(linesA[i].width, linesB[i].width);
-        EXPECT_EQ(linesA[i].rightToLeft, linesB[i].rightToLeft);
+        EXPECT_EQ(std::pair(linesA[i].width, linesA[i].rightToLeft),
+                  std::pair(linesB[i].width, linesB[i].rightToLeft));
       }
       EXPECT_TRUE(pixels(compact, text, font) == pixels(whole, text, font));
     }
