@@ -44,9 +44,18 @@ std::vector<std::string> rows(const VORN_DataSource& source) {
   for (int r = 0; r < source.RowCount(); ++r) out.push_back(row(source, r));
   return out;
 }
+// A column's numbers, cell by cell; the bulk read must give the same, in
+// whole and from the second row on.
 Numbers numbers(const VORN_DataSource& source, int column) {
   Numbers out;
   for (int r = 0; r < source.RowCount(); ++r) out.push_back(source.GetNumber(r, column));
+  Numbers bulk(out.size());
+  source.GetNumbers(column, 0, source.RowCount(), bulk.data());
+  EXPECT_EQ(bulk, out) << "GetNumbers of column " << column;
+  if (out.size() > 1) {
+    source.GetNumbers(column, 1, source.RowCount() - 1, bulk.data());
+    EXPECT_EQ(Numbers(bulk.begin(), bulk.end() - 1), Numbers(out.begin() + 1, out.end()));
+  }
   return out;
 }
 // Whether each column holds texts: "T" or "n" per column.

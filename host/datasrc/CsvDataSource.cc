@@ -2,6 +2,7 @@
 // (CsvColumnTypes.h) and its dictionary applied (CsvDictionary.h).
 #include "datasrc/CsvDataSource.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 
@@ -95,7 +96,17 @@ double CsvDataSource::GetNumber(int row, int column) const {
     return csv::parseNumber(columns_[column].cell(row), value) ? value : kVornMissingValue;
   }
   value = columns_[column].numbers[row];
-  return variable.IsUserMissing(value) ? kVornMissingValue : value;
+  return variable.HasUserMissing() && variable.IsUserMissing(value) ? kVornMissingValue : value;
+}
+
+void CsvDataSource::GetNumbers(int column, int first, int count, double* out) const {
+  const bool inside = count > 0 && inRange(first, column) && count <= RowCount() - first;
+  if (!inside || variables_[column].IsString() || variables_[column].HasUserMissing()) {
+    VORN_DataSource::GetNumbers(column, first, count, out);
+    return;
+  }
+  const double* numbers = columns_[column].numbers.data() + first;
+  std::copy(numbers, numbers + count, out);
 }
 
 int CsvDataSource::LineOfRow(int row) const {

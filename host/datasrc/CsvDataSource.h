@@ -90,6 +90,7 @@ class CsvDataSource final : public VORN_DataSource {
   // A text cell (quoted or not) gives the finite number its text spells, if
   // any: only the column's type follows the quoting.
   double GetNumber(int row, int column) const override;
+  void GetNumbers(int column, int first, int count, double* out) const override;
   // A numeric cell reads back as printf("%.16g") of its value: the file's own
   // spelling of numbers is not kept, to keep numeric columns at 8 bytes a cell.
   std::string GetString(int row, int column) const override;

@@ -41,17 +41,15 @@ Table Table::fromSource(void* handle, const std::string& name) {
     column.coded =
         variable.GetMeasure() != VORN_Measure::Scale || variable.GetValueLabels().Count() > 0;
     if (column.numeric) {
-      column.numbers.reserve(static_cast<std::size_t>(rows));
-    } else {
-      column.texts.reserve(static_cast<std::size_t>(rows));
+      column.numbers.resize(static_cast<std::size_t>(rows));
+      source.GetNumbers(c, 0, rows, column.numbers.data());
+      for (double& value : column.numbers) value = value == kVornMissingValue ? kMissing : value;
+      continue;
     }
+    column.texts.reserve(static_cast<std::size_t>(rows));
     bool textSeen = false;
     for (int r = 0; r < rows; ++r) {
       const double value = source.GetNumber(r, c);
-      if (column.numeric) {
-        column.numbers.push_back(value == kVornMissingValue ? kMissing : value);
-        continue;
-      }
       column.texts.push_back(source.GetString(r, c));
       if (!textSeen && value == kVornMissingValue && !blank(column.texts.back())) {
         textSeen = true;

@@ -64,6 +64,8 @@ class CHARTXML_HOST_EXPORT VORN_Variable {
   const VORN_ValueLabelMap& GetValueLabels() const { return valueLabels_; }
   // True for the user-missing values of a numeric variable.
   bool IsUserMissing(double value) const;
+  // Whether any value is user-missing (IsUserMissing is false throughout when not).
+  bool HasUserMissing() const { return !userMissing_.empty(); }
 
   void SetLabel(std::string label) { label_ = std::move(label); }
   void SetFormat(const VORN_Format& format) { format_ = format; }
@@ -108,6 +110,12 @@ class CHARTXML_HOST_EXPORT VORN_DataSource : public VORN_FortranDictionary {
   // user-missing), and as its text ("" when empty).
   virtual double GetNumber(int row, int column) const = 0;
   virtual std::string GetString(int row, int column) const = 0;
+  // GetNumber of rows `first` to `first + count - 1` of the column, into
+  // `out` (room for `count`): for a source that holds its numbers in
+  // columns, a copy rather than a call a cell.
+  virtual void GetNumbers(int column, int first, int count, double* out) const {
+    for (int i = 0; i < count; ++i) out[i] = GetNumber(first + i, column);
+  }
   // The file line on which the row begins (the header is line 1), or -1 when
   // the source has no lines or the row is out of range.
   virtual int LineOfRow(int /*row*/) const { return -1; }
