@@ -283,6 +283,8 @@ void ColumnTyper::finish(CsvColumn& column, Typed& typed) {
     typed.kind = dates_->kind();
     return;
   }
+  // Long plain decimals are counted as written; a format shows fewer.
+  decimals_ = std::min(decimals_, kMaxDecimals);
   const int printed = std::snprintf(nullptr, 0, "%.*f", decimals_, largest_) + (negative_ ? 1 : 0);
   const int width = std::clamp(printed, kMinGuessedWidth, static_cast<int>(VORN_Format::kMaxWidth));
   typed.format = VORN_Format(kFixedType, static_cast<std::uint16_t>(width),
