@@ -705,8 +705,8 @@ TEST_F(CliTest, PlotReadsDataAsItsReaderOptionsSay) {
   EXPECT_FALSE(contains(words.err, "--date-order")) << words.err;
 }
 
-// A file of tens of megabytes makes the tool start itself again, with the
-// C library asked for huge pages: the chart is the same as without.
+// A file of tens of megabytes makes the tool keep its memory in a heap on
+// huge pages, grown at once: the chart is the same as without.
 TEST_F(CliTest, PlotOfALargeFileChartsEveryRow) {
   constexpr int kRows = 20000;
   {
