@@ -89,12 +89,31 @@ TEST(PlainDecimals, RefusesWhatIsNotOneAndReadsTheRestAsFromChars) {
   EXPECT_LT(left, 20000 / 4);
 }
 
-// Values in full precision at every magnitude the quicker ways serve, and
-// around it, with their neighbours: each written as to_chars writes it.
-TEST(ShortestNumbers, FullPrecisionValuesAreWrittenAsToCharsWritesThem) {
+// Every text must be to_chars' own: values with few decimals at every
+// magnitude (whole numbers with trailing zeros among them, some shorter in
+// scientific form), values in full precision at every magnitude the quicker
+// ways serve and around it with their neighbours, the edges of those ways,
+// and arbitrary bit patterns. Written in one sequence, as a column is, so
+// that each value starts from the decimals its predecessor left.
+TEST(ShortestNumbers, EveryValueIsWrittenAsToCharsWritesIt) {
   std::mt19937_64 random(0x5407);
+  std::vector<double> values;
+  for (int decimals = 0; decimals <= 12; ++decimals) {
+    for (double scale = 1e-6; scale < 1e13; scale *= 10) {
+      for (int i = 0; i < 40; ++i) {
+        const double digits = static_cast<double>(random() % 100000000);
+        values.push_back((i % 2 ? -1 : 1) * std::round(digits * scale) / std::pow(10, decimals));
+      }
+    }
+  }
+  for (const double edge : {1e-3, 0.00099999, 1e9, 999999999.5, 1e5, 1.2e5, 1.2e7, 1e4, -1e5,
+                            1125899906842.62, 0.1 + 0.2, 0.5, 2.5e-3, 123456789.0125, 1.0 / 3,
+                            2.0 / 3 * 1e8, 0.001 + 1e-19, 1e9 - 1e-7}) {
+    values.push_back(edge);
+    values.push_back(std::nextafter(edge, 0.0));
+    values.push_back(std::nextafter(edge, 2 * edge));
+  }
   std::uniform_real_distribution<double> magnitude(-5, 11);
-  std::vector<double> values = {0.1 + 0.2, 1.0 / 3, 2.0 / 3 * 1e8, 0.001 + 1e-19, 1e9 - 1e-7};
   for (int i = 0; i < 300000; ++i) {
     const double value = std::pow(10.0, magnitude(random)) * (i % 2 ? -1 : 1);
     values.push_back(value);
@@ -108,6 +127,10 @@ TEST(ShortestNumbers, FullPrecisionValuesAreWrittenAsToCharsWritesThem) {
   for (int e = -12; e < 32; ++e) {
     values.push_back(std::nextafter(std::ldexp(1.0, e), 0.0));
     values.push_back(std::nextafter(std::ldexp(1.0, e), 1e300));
+  }
+  for (int i = 0; i < 20000; ++i) {
+    const double any = std::bit_cast<double>(static_cast<std::uint64_t>(random()));
+    if (std::isfinite(any)) values.push_back(any);
   }
   int decimals = 0, wrong = 0;
   for (const double value : values) {

@@ -151,8 +151,8 @@ bool readsAsNumber(std::string_view text) {
   return error != std::errc::invalid_argument && stop == end;
 }
 
-// `out` is a std::string or a CsvBuffer: one rule for both, so the streamed
-// and the in-memory CSV cannot differ.
+// `out` is a CsvBuffer or a BlockBuffer: one rule for both, so rows
+// formatted on either thread cannot differ.
 template <typename Out>
 void appendCsvField(Out& out, std::string_view field) {
   if (field.find_first_of(",\"\r\n") == std::string_view::npos && !readsAsNumber(field)) {
