@@ -15,6 +15,7 @@
 
 #include "render_documents.h"
 #include "scales/Palette.h"
+#include "scene/Guides.h"
 
 namespace {
 
@@ -213,6 +214,25 @@ TEST_F(RenderElements, HistogramLinesAreFrequencyPolygons) {
     EXPECT_NEAR(lines[0][2 * i + 1], (*y)(expected[i][1]), 0.6) << i;
   }
   EXPECT_EQ(texts(picture, "axis-title y"), std::vector<std::string>{"Count"});
+}
+
+// A line inside its box is one subpath, its points exactly as given, though
+// a + (b - a) is not b for some of them in floating point; one leaving the
+// box ends on its edge and starts again where it comes back.
+TEST(RenderClipping, PolylinesStayWholeInsideAndBreakAtTheEdges) {
+  using chartxml::render::clippedPolyline, chartxml::render::Path, chartxml::render::Rect;
+  const Rect box{0, 0, 100, 100};
+  const std::vector<std::pair<double, double>> inside = {
+      {75.08766941938791, 10}, {22.677981217605048, 20}, {50, 30}};
+  const Path whole = clippedPolyline(inside, box);
+  ASSERT_EQ(whole.ops(),
+            (std::vector<Path::Op>{Path::Op::kMove, Path::Op::kLine, Path::Op::kLine}));
+  EXPECT_EQ(whole.args(),
+            (std::vector<double>{75.08766941938791, 10, 22.677981217605048, 20, 50, 30}));
+  const Path broken = clippedPolyline({{50, 50}, {150, 50}, {50, 60}}, box);
+  ASSERT_EQ(broken.ops(), (std::vector<Path::Op>{Path::Op::kMove, Path::Op::kLine, Path::Op::kMove,
+                                                 Path::Op::kLine}));
+  EXPECT_EQ(broken.args(), (std::vector<double>{50, 50, 100, 50, 100, 55, 50, 60}));
 }
 
 TEST_F(RenderElements, PathsKeepDataOrderWhereLinesSortByX) {

@@ -66,11 +66,17 @@ inline bool clipSegment(const Rect& box, double& ax, double& ay, double& bx, dou
     }
     if (t0 > t1) return false;
   }
+  // An end inside stays exactly where it was: a + (b - a) need not be b in
+  // floating point, and a line continues only from the very point it reached.
   const double x0 = ax + t0 * dx, y0 = ay + t0 * dy;
-  bx = ax + t1 * dx;
-  by = ay + t1 * dy;
-  ax = x0;
-  ay = y0;
+  if (t1 < 1) {
+    bx = ax + t1 * dx;
+    by = ay + t1 * dy;
+  }
+  if (t0 > 0) {
+    ax = x0;
+    ay = y0;
+  }
   return true;
 }
 

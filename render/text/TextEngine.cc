@@ -22,9 +22,12 @@ namespace {
 // growing with every distinct label of a long-running process.
 constexpr std::size_t kCacheLimit = 10000;
 
-// Pango positions are 32-bit integers in 1/1024 pixel: sizes far beyond any
-// legible text would overflow them.
-constexpr double kMaxFontSize = 10000;
+// Every text is laid out at this size and scaled to its own. Metrics and
+// outlines are unhinted, so they scale linearly; pango then makes a font
+// (a fontconfig lookup on two threads of its own, the glyphs' metrics) per
+// weight rather than per size, which in a small chart is most of the time
+// its texts take. Positions are kept in 1/1024 of a pixel of this size.
+constexpr double kLayoutSize = 16;
 
 constexpr double kPi = 3.14159265358979323846;
 
@@ -32,8 +35,19 @@ double fromPango(int units) {
   return static_cast<double>(units) / PANGO_SCALE;
 }
 
+// Sizes beyond any legible text are drawn at this one, as pango's 32-bit
+// positions in 1/1024 pixel would overflow; below a millionth of a pixel
+// there is no text to draw, and a scale that small is not invertible.
+constexpr double kMaxFontSize = 10000;
+constexpr double kMinFontSize = 1e-6;
+
 bool usableFont(const Font& font) {
-  return std::isfinite(font.size) && font.size > 0;
+  return std::isfinite(font.size) && font.size >= kMinFontSize;
+}
+
+// How much larger `font` is than the size texts are laid out at.
+double factorOf(const Font& font) {
+  return std::min(font.size, kMaxFontSize) / kLayoutSize;
 }
 
 // Makes `in` fit for pango and for every device alike: invalid UTF-8 becomes
@@ -217,12 +231,19 @@ struct Shaper {
   Shaper& operator=(const Shaper&) = delete;
 };
 
+// The layout of a text is the same at every size: only its weight and text
+// tell one from another.
 std::string cacheKey(std::string_view text, const Font& font) {
-  std::string key(sizeof font.size + 1, '\0');
-  std::memcpy(key.data(), &font.size, sizeof font.size);
-  key.back() = font.bold ? 'b' : 'r';
+  std::string key(1, font.bold ? 'b' : 'r');
   key.append(text);
   return key;
+}
+
+TextBox scaled(TextBox box, double factor) {
+  box.width *= factor;
+  box.height *= factor;
+  box.baseline *= factor;
+  return box;
 }
 
 }  // namespace
@@ -237,7 +258,7 @@ struct TextEngine::Impl {
   std::unordered_map<std::string, TextBox> cache;
 
   // What `laid` holds: the key of the text and font it was given (empty
-  // when nothing is laid out), the cleaned text and its box.
+  // when nothing is laid out), the cleaned text and its box at kLayoutSize.
   std::string laidKey;
   Shaper* laid = nullptr;
   std::string laidText;
@@ -291,8 +312,7 @@ struct TextEngine::Impl {
     const Cjk cjk = cjkOf(laidText);
     const char* language = cjk == Cjk::kChinese ? "zh-cn" : cjk == Cjk::kKorean ? "ko" : nullptr;
     pango_font_description_set_family(description, familiesFor(cjk));
-    pango_font_description_set_absolute_size(description,
-                                             std::min(font.size, kMaxFontSize) * PANGO_SCALE);
+    pango_font_description_set_absolute_size(description, kLayoutSize * PANGO_SCALE);
     pango_font_description_set_weight(description,
                                       font.bold ? PANGO_WEIGHT_BOLD : PANGO_WEIGHT_NORMAL);
     Shaper* shaper = compact && language == nullptr ? compact.get() : &wholeShaper();
@@ -363,8 +383,9 @@ struct TextEngine::Impl {
 
   // The lines of the laid-out text, placed within its box: each line's
   // logical extent is shifted by the same fraction of the room it leaves as
-  // the anchor is of the box (0 left, 0.5 centred, 1 right).
-  void placeLines(double hAlign) {
+  // the anchor is of the box (0 left, 0.5 centred, 1 right). Positions are
+  // at kLayoutSize times `factor`.
+  void placeLines(double hAlign, double factor) {
     lines.clear();
     layoutLines.clear();
     const double fraction = std::isfinite(hAlign) ? std::clamp(hAlign, 0.0, 1.0) : 0.0;
@@ -375,8 +396,9 @@ struct TextEngine::Impl {
       pango_layout_line_get_extents(line, nullptr, &logical);
       TextLine placed;
       placed.width = fromPango(logical.width);
-      placed.left = (laidBox.width - placed.width) * fraction;
-      placed.baseline = fromPango(pango_layout_iter_get_baseline(iter) - laidLogical.y);
+      placed.left = (laidBox.width - placed.width) * fraction * factor;
+      placed.width *= factor;
+      placed.baseline = fromPango(pango_layout_iter_get_baseline(iter) - laidLogical.y) * factor;
       placed.rightToLeft = line->resolved_dir == PANGO_DIRECTION_RTL;
       const auto start = static_cast<std::size_t>(std::max(line->start_index, 0));
       const auto length = static_cast<std::size_t>(std::max(line->length, 0));
@@ -422,12 +444,15 @@ std::string TextEngine::familiesOf(std::string_view text) {
 TextBox TextEngine::measure(std::string_view text, const Font& font) {
   if (!usableFont(font)) return TextBox{0, 0, 0, 0, false};
   try {
+    const double factor = factorOf(font);
     std::string key = cacheKey(text, font);
-    if (auto found = impl_->cache.find(key); found != impl_->cache.end()) return found->second;
+    if (auto found = impl_->cache.find(key); found != impl_->cache.end()) {
+      return scaled(found->second, factor);
+    }
     impl_->layOut(text, font);
     if (impl_->cache.size() >= kCacheLimit) impl_->cache.clear();
     impl_->cache.emplace(std::move(key), impl_->laidBox);
-    return impl_->laidBox;
+    return scaled(impl_->laidBox, factor);
   } catch (...) {
     // Out of memory: nothing can be said of the text, and a picture laid
     // out as if it were empty would be wrong; the caller's operation fails.
@@ -440,7 +465,7 @@ const std::vector<TextLine>& TextEngine::lines(std::string_view text, const Font
                                                double hAlign) {
   try {
     if (impl_->layOut(text, font)) {
-      impl_->placeLines(hAlign);
+      impl_->placeLines(hAlign, factorOf(font));
     } else {
       impl_->lines.clear();
       impl_->layoutLines.clear();
@@ -460,7 +485,7 @@ void TextEngine::draw(cairo_t* cr, const TextItem& item) {
     return;
   try {
     if (!impl_->layOut(item.text, item.font)) return;
-    impl_->placeLines(item.hAlign);
+    impl_->placeLines(item.hAlign, 1);
   } catch (...) {
     impl_->laidKey.clear();
     throw;  // a picture without this text would be wrong
@@ -472,6 +497,9 @@ void TextEngine::draw(cairo_t* cr, const TextItem& item) {
   cairo_save(cr);
   cairo_translate(cr, item.x, item.y);
   cairo_rotate(cr, item.angle * kPi / 180);
+  // The layout's size to the text's: the outlines are drawn at the size
+  // they end at, unhinted, so nothing is scaled as pixels.
+  cairo_scale(cr, factorOf(item.font), factorOf(item.font));
   cairo_set_source_rgba(cr, item.color.r / 255.0, item.color.g / 255.0, item.color.b / 255.0,
                         item.color.a / 255.0);
   for (std::size_t i = 0; i < impl_->lines.size(); ++i) {

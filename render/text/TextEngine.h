@@ -44,7 +44,7 @@ class TextEngine {
   // rules), then fontconfig's whole configuration for the texts the set
   // cannot draw or whose language its rules decide; or the whole
   // configuration alone. Both give every text the same faces; each new
-  // font size costs less with the compact set. Without the set (the
+  // font weight costs less with the compact set. Without the set (the
   // environment names fontconfig's files, or the usual font folders lack
   // the faces) both are the whole configuration.
   enum class Fonts { kCompactFirst, kWhole };
@@ -54,8 +54,9 @@ class TextEngine {
   TextEngine(const TextEngine&) = delete;
   TextEngine& operator=(const TextEngine&) = delete;
 
-  // Each of these throws std::bad_alloc when memory runs out: a text that
-  // cannot be laid out must fail the picture, not leave a gap in it.
+  // Texts are laid out at one size and scaled to theirs (unhinted, so
+  // exactly). Each of these throws std::bad_alloc when memory runs out: a
+  // text that cannot be laid out must fail the picture, not leave a gap.
   // The box of `text` ("\n" separates lines) in `font`. Results are cached.
   TextBox measure(std::string_view text, const Font& font);
 
