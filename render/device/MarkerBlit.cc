@@ -285,6 +285,58 @@ void blend(const PixelImage& image, const ClipCover& clip, const MarkerMask& mas
   }
 }
 
+// A marker's masks at each quarter-pixel phase.
+struct Masks {
+  MarkerMask body, outline;
+  WideMask wideBody, wideOutline;
+};
+using PhaseMasks = std::array<Masks, kPhases * kPhases>;
+
+// What a marker's masks depend on: the colours are blended later.
+struct MaskKey {
+  MarkerShape shape{};
+  double size = 0, scale = 0;
+  bool outlined = false;
+  double outlineWidth = 0;
+  std::vector<double> outlineDash;
+  bool roundJoins = false;
+
+  bool operator==(const MaskKey&) const = default;
+};
+
+// The masks of `batch`'s marker at `scale`: those of the batch before when
+// its marker was the same (a chart's groups differ in colour alone, and
+// making the sixteen phases costs more than blending a few dozen points),
+// else made anew. Null, keeping nothing, when they cannot be made.
+const PhaseMasks* phaseMasks(const PointBatch& batch, double scale) {
+  struct Kept {
+    MaskKey key;
+    std::unique_ptr<PhaseMasks> masks;
+  };
+  thread_local Kept kept;
+  const bool withOutline = outlined(batch);
+  MaskKey key{batch.shape,
+              batch.size,
+              scale,
+              withOutline,
+              withOutline ? batch.outline.width : 0,
+              withOutline ? batch.outline.dash : std::vector<double>{},
+              withOutline && batch.outline.roundJoins};
+  if (kept.masks && kept.key == key) return kept.masks.get();
+  kept.masks.reset();
+  auto masks = std::make_unique<PhaseMasks>();
+  for (int phase = 0; phase < kPhases * kPhases; ++phase) {
+    Masks& m = (*masks)[static_cast<std::size_t>(phase)];
+    if (!markerMasks(batch, scale, phase % kPhases, phase / kPhases, m.body, m.outline))
+      return nullptr;
+    m.wideBody = widened(m.body);
+    m.wideOutline = widened(m.outline);
+  }
+  kept.key = std::move(key);
+  kept.masks = std::move(masks);
+  return kept.masks.get();
+}
+
 }  // namespace
 
 bool blittable(const PointBatch& batch, double scale) {
@@ -353,18 +405,9 @@ bool blitPoints(const PointBatch& batch, const PixelMap& map, const PixelClip& c
   static_assert(kMaxBlitMarker < kBias);
 
   // Every mask first, so that a failure leaves the image untouched.
-  struct Masks {
-    MarkerMask body, outline;
-    WideMask wideBody, wideOutline;
-  };
-  std::array<Masks, kPhases * kPhases> masks;
-  for (int phase = 0; phase < kPhases * kPhases; ++phase) {
-    Masks& m = masks[static_cast<std::size_t>(phase)];
-    if (!markerMasks(batch, map.scale, phase % kPhases, phase / kPhases, m.body, m.outline))
-      return false;
-    m.wideBody = widened(m.body);
-    m.wideOutline = widened(m.outline);
-  }
+  const PhaseMasks* found = phaseMasks(batch, map.scale);
+  if (found == nullptr) return false;
+  const PhaseMasks& masks = *found;
 
   const std::size_t count = pointCount(batch);
   const bool oneColor = batch.colorIndex.empty();
