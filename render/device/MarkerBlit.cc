@@ -304,11 +304,26 @@ struct MaskKey {
   bool operator==(const MaskKey&) const = default;
 };
 
-// The masks of `batch`'s marker at `scale`: those of the batch before when
-// its marker was the same (a chart's groups differ in colour alone, and
-// making the sixteen phases costs more than blending a few dozen points),
-// else made anew. Null, keeping nothing, when they cannot be made.
-const PhaseMasks* phaseMasks(const PointBatch& batch, double scale) {
+// Masks kept past their batch take at most this much memory: a chart's
+// markers take a few kilobytes, the largest blittable marker megabytes.
+constexpr std::size_t kKeptMaskBytes = std::size_t{256} << 10;
+
+std::size_t bytesOf(const PhaseMasks& masks) {
+  std::size_t bytes = 0;
+  for (const Masks& m : masks) {
+    bytes += m.body.coverage.size() + m.outline.coverage.size() + m.wideBody.coverage.size() +
+             m.wideOutline.coverage.size();
+  }
+  return bytes;
+}
+
+// The masks of `batch`'s marker at `scale`: those of the thread's batch
+// before when its marker was the same (a chart's groups differ in colour
+// alone, and making the sixteen phases costs more than blending a few dozen
+// points), else made anew, and kept for the next batch when small, else
+// left in `owned`. Null when they cannot be made.
+const PhaseMasks* phaseMasks(const PointBatch& batch, double scale,
+                             std::unique_ptr<PhaseMasks>& owned) {
   struct Kept {
     MaskKey key;
     std::unique_ptr<PhaseMasks> masks;
@@ -331,6 +346,10 @@ const PhaseMasks* phaseMasks(const PointBatch& batch, double scale) {
       return nullptr;
     m.wideBody = widened(m.body);
     m.wideOutline = widened(m.outline);
+  }
+  if (bytesOf(*masks) > kKeptMaskBytes) {
+    owned = std::move(masks);
+    return owned.get();
   }
   kept.key = std::move(key);
   kept.masks = std::move(masks);
@@ -405,7 +424,8 @@ bool blitPoints(const PointBatch& batch, const PixelMap& map, const PixelClip& c
   static_assert(kMaxBlitMarker < kBias);
 
   // Every mask first, so that a failure leaves the image untouched.
-  const PhaseMasks* found = phaseMasks(batch, map.scale);
+  std::unique_ptr<PhaseMasks> owned;
+  const PhaseMasks* found = phaseMasks(batch, map.scale, owned);
   if (found == nullptr) return false;
   const PhaseMasks& masks = *found;
 

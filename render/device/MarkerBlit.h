@@ -42,7 +42,9 @@ bool blittable(const PointBatch& batch, double scale);
 // marker's body in its colour and then its outline, clipped to `clip` and
 // the image. Points with a coordinate that is not finite or a colour index
 // outside the palette are skipped, as every device skips them. False, with
-// nothing drawn, when cairo cannot draw a mask (out of memory).
+// nothing drawn, when cairo cannot draw a mask (out of memory). The masks
+// of a marker are kept, per thread, for the next batch of the same marker
+// when they take at most 256 KiB. Throws std::bad_alloc as allocation does.
 bool blitPoints(const PointBatch& batch, const PixelMap& map, const PixelClip& clip,
                 const PixelImage& image);
 
