@@ -3,14 +3,37 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 
 #include "chartxml/render.h"
 #include "cli/Args.h"
 #include "cli/Commands.h"
 
+#if defined(__SANITIZE_ADDRESS__)
+#define CHARTXML_CLI_FREES_AT_EXIT 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define CHARTXML_CLI_FREES_AT_EXIT 1
+#endif
+#endif
+
 namespace chartxml::cli {
 namespace {
+
+// Ends the process once the picture is written and said: what the renderer
+// holds (its fonts, the scene) is the kernel's to take back, sooner than
+// freeing it piece by piece (a millisecond of a small chart's 30).
+// Sanitizer builds return and free it all, so that their leak check still
+// sees the renderer's memory.
+int endWith(int status) {
+#ifndef CHARTXML_CLI_FREES_AT_EXIT
+  std::fflush(stdout);
+  std::fflush(stderr);
+  std::_Exit(status);
+#endif
+  return status;
+}
 
 constexpr std::array<Option, 6> kOptions{{
     {"data", "DIR", "where the chart's data files are (default: the document's folder)"},
@@ -119,7 +142,7 @@ int runRender(std::span<char* const> args) {
   } else {
     std::printf("wrote %s\n", out.c_str());
   }
-  return kExitOk;
+  return endWith(kExitOk);
 }
 
 }  // namespace chartxml::cli
